@@ -15,3 +15,6 @@ endif()
 if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
     set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 endif()
+
+# The redirected copies of the libraries, made in tests/, link what the libraries link.
+set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)

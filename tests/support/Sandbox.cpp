@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+
+#include "support/Sandbox.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr std::array<std::string_view, 5> cardDirectories{"/etc", "/tmp", "/var", "/dev", "/lib"};
+
+const Sandbox* current = nullptr;
+
+bool isCardName(std::string_view name)
+{
+    for (const std::string_view directory : cardDirectories)
+        if (name == directory || (name.starts_with(directory) && name[directory.size()] == '/'))
+            return true;
+    return false;
+}
+
+std::string makeRoot()
+{
+    std::string name = (std::filesystem::temp_directory_path() / "tarveld-test-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr)
+        throw std::runtime_error("no directory can be made for the test");
+    return name;
+}
+
+} // namespace
+
+Sandbox::Sandbox() : root(makeRoot()), previousDirectory(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+{
+    for (const std::string_view directory : cardDirectories)
+        std::filesystem::create_directory(root + std::string(directory));
+    std::filesystem::current_path(root);
+    current = this;
+}
+
+Sandbox::~Sandbox()
+{
+    current = nullptr;
+    if (fchdir(previousDirectory) != 0)
+        std::perror("fchdir() failed after a test");
+    close(previousDirectory);
+    std::error_code ignored; // a directory left behind harms no other test
+    std::filesystem::remove_all(root, ignored);
+}
+
+std::string Sandbox::path(std::string_view name) const
+{
+    if (name.starts_with(root) || !isCardName(name))
+        return std::string(name);
+    return root + std::string(name);
+}
+
+void Sandbox::write(std::string_view name, std::string_view content) const
+{
+    const std::filesystem::path file = std::filesystem::absolute(path(name));
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream(file, std::ios::binary);
+    stream << content << std::flush;
+    if (!stream)
+        throw std::runtime_error("cannot write " + file.string());
+}
+
+std::string Sandbox::read(std::string_view name) const
+{
+    std::ifstream stream(path(name), std::ios::binary);
+    if (!stream)
+        throw std::runtime_error("cannot read " + path(name));
+    return (std::ostringstream() << stream.rdbuf()).str();
+}
+
+bool Sandbox::exists(std::string_view name) const
+{
+    return std::filesystem::exists(path(name));
+}
+
+void Sandbox::makeDirectory(std::string_view name) const
+{
+    std::filesystem::create_directories(path(name));
+}
+
+std::string sandboxed(const char* name)
+{
+    if (current != nullptr)
+        return current->path(name);
+    if (isCardName(name)) {
+        std::fprintf(stderr, "%s would be touched on this machine: the test has no sandbox (use SystemTest)\n", name);
+        std::abort();
+    }
+    return name;
+}
