@@ -42,7 +42,8 @@ function(add_redirected_library library)
     target_link_libraries(${copy} INTERFACE test_support)
 endfunction()
 
-# redirect_links(<library>...) -> redirected_links: static libraries of this tree become their copies, others stay.
+# redirect_links(<library>...) -> redirected_links: static libraries of this tree become their copies, others stay, and
+# so do the tests' own (test_...), which are what the copies lead to.
 function(redirect_links)
     set(redirected_links)
     foreach(link IN LISTS ARGN)
@@ -50,7 +51,7 @@ function(redirect_links)
         if(TARGET ${link})
             get_target_property(imported ${link} IMPORTED)
             get_target_property(type ${link} TYPE)
-            if(NOT imported AND type STREQUAL "STATIC_LIBRARY")
+            if(NOT imported AND type STREQUAL "STATIC_LIBRARY" AND NOT link MATCHES "^test_")
                 add_redirected_library(${link})
                 set(link ${link}_redirected)
             endif()

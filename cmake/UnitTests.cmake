@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+
+include(GoogleTest)
+
+# A cross build has no GoogleTest of its own; Debian ships the sources beside the library.
+if(NOT CMAKE_CROSSCOMPILING)
+    find_package(GTest)
+endif()
+if(NOT TARGET GTest::gtest)
+    set(INSTALL_GTEST OFF)
+    set(BUILD_GMOCK OFF)
+    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+    add_library(GTest::gtest ALIAS gtest)
+    add_library(GTest::gtest_main ALIAS gtest_main)
+endif()
+
+# add_unit_tests(<name> SOURCES <file>... [LINK <library>...])
+#
+# Makes the program unit_<name> and one ctest case of each test in it. The libraries are linked as their redirected
+# copies, and so is all that they need.
+function(add_unit_tests name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+    set(program unit_${name})
+    redirect_links(${arg_LINK})
+    add_executable(${program} ${arg_SOURCES})
+    target_link_libraries(${program} PRIVATE ${redirected_links} test_support GTest::gtest_main)
+    # Under an emulator, or with sanitizers, listing the tests can take its time.
+    gtest_discover_tests(${program} TEST_PREFIX "${name}: " DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 60)
+    set_property(GLOBAL APPEND PROPERTY TARVELD_TEST_PROGRAMS ${program})
+endfunction()
+
+# add_system_reach_check([EXCEPT <program>...])
+#
+# Proves with nm that no test program, except the named ones, can reach the calls that would change this machine.
+function(add_system_reach_check)
+    cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "EXCEPT")
+    get_property(programs GLOBAL PROPERTY TARVELD_TEST_PROGRAMS)
+    list(REMOVE_ITEM programs ${arg_EXCEPT})
+    list(TRANSFORM programs REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE files)
+    add_test(NAME "tests cannot reach the machine's clock, shell and log"
+        COMMAND ${PROJECT_SOURCE_DIR}/tools/check_system_reach ${CMAKE_NM} ${files})
+endfunction()

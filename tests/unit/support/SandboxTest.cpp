@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+
+#include "support/Sandbox.h"
+
+#include "OrdinaryCalls.h"
+#include "support/SystemTest.h"
+
+#include <filesystem>
+
+using SandboxTest = SystemTest;
+
+TEST_F(SandboxTest, NamesOfTheCardLeadIntoIt)
+{
+    sandbox.write("/etc/pnr/squashfs", "1234\n");
+    EXPECT_EQ(ordinary::readLine("/etc/pnr/squashfs"), "1234\n");
+    EXPECT_EQ(ordinary::sizeOf("/etc/pnr/squashfs"), 5);
+    EXPECT_EQ(ordinary::countEntries("/etc/pnr"), 3);
+}
+
+TEST_F(SandboxTest, ItsOwnNamesStayAsTheyAre)
+{
+    sandbox.write("/tmp/file", "text");
+    EXPECT_TRUE(ordinary::exists(sandbox.path("/tmp/file").c_str()));
+}
+
+TEST_F(SandboxTest, RelativeNamesStayInside)
+{
+    EXPECT_TRUE(ordinary::writeFile("relative", "text"));
+    EXPECT_EQ(sandbox.read("relative"), "text");
+}
+
+TEST_F(SandboxTest, HoldsNothingOfThisMachine)
+{
+    EXPECT_FALSE(ordinary::exists("/etc/passwd"));
+}
+
+TEST(SandboxLife, LeavesNothingBehind)
+{
+    std::string root;
+    {
+        const Sandbox sandbox;
+        root = sandbox.path("/tmp");
+        EXPECT_TRUE(std::filesystem::exists(root));
+    }
+    EXPECT_FALSE(std::filesystem::exists(root));
+}
+
+TEST(SandboxLife, ANameOfTheCardWithoutOneEndsTheTest)
+{
+    EXPECT_DEATH(ordinary::exists("/etc/passwd"), "the test has no sandbox");
+}
