@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "protocol/DatagramBuffer.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+constexpr std::size_t countSize = sizeof(std::uint32_t);
+
+std::uint32_t hostCount(std::span<const std::byte> bytes)
+{
+    std::uint32_t count = 0;
+    std::memcpy(&count, bytes.data(), countSize);
+    return count;
+}
+
+using ConvertElements = void (*)(void* data, std::size_t count);
+
+void convertNothing(void* /*data*/, std::size_t /*count*/) {}
+
+struct SectionKind {
+    std::uint8_t formatBit;
+    std::size_t elementSize;
+    ConvertElements convert;
+};
+
+constexpr std::array<SectionKind, 4> sectionsInOrder = {{
+    {section64Bit, 8, convertWords64},
+    {section32Bit, 4, convertWords32},
+    {section16Bit, 2, convertWords16},
+    {section8Bit, 1, convertNothing},
+}};
+
+// `convertCount` converts the count in place and returns its value in host order.
+template<typename ConvertCount>
+void walkSections(std::uint8_t messageFormat, std::span<std::byte> rest, ConvertCount convertCount)
+{
+    for (const SectionKind& kind : sectionsInOrder) {
+        if ((messageFormat & kind.formatBit) == 0) {
+            continue;
+        }
+        if (rest.size() < countSize) {
+            return;
+        }
+        const std::size_t count = convertCount(rest.first(countSize));
+        rest = rest.subspan(countSize);
+        if (count > rest.size()) {
+            return;
+        }
+        kind.convert(rest.data(), count / kind.elementSize);
+        rest = rest.subspan(count);
+    }
+}
+
+} // namespace
+
+void decodeDatagramSections(std::uint8_t messageFormat, std::span<std::byte> sections)
+{
+    walkSections(messageFormat, sections, [](std::span<std::byte> count) {
+        convertWords32(count.data(), 1);
+        return hostCount(count);
+    });
+}
+
+void encodeDatagramSections(std::uint8_t messageFormat, std::span<std::byte> sections)
+{
+    walkSections(messageFormat, sections, [](std::span<std::byte> count) {
+        const std::uint32_t value = hostCount(count);
+        convertWords32(count.data(), 1);
+        return value;
+    });
+}
+
+std::span<std::byte> DatagramBuffer::sections()
+{
+    return std::span(storage).subspan(headerSize, std::max(length, headerSize) - headerSize);
+}
+
+std::string_view DatagramBuffer::text() const
+{
+    if (header().payloadLength == 0 || length < textOffset) {
+        return {};
+    }
+    const std::size_t count = hostCount(std::span(storage).subspan(headerSize));
+    const auto* start = reinterpret_cast<const char*>(storage.data()) + textOffset;
+    return {start, std::min(count, length - textOffset)};
+}
+
+bool DatagramBuffer::setText(std::string_view text)
+{
+    if (text.size() + 1 > capacity - textOffset) {
+        return false;
+    }
+    const auto count = static_cast<std::uint32_t>(text.size() + 1);
+    std::byte* start = storage.data() + textOffset;
+    std::memcpy(storage.data() + headerSize, &count, countSize);
+    std::memcpy(start, text.data(), text.size());
+    start[text.size()] = std::byte{0};
+    length = textOffset + count;
+    return true;
+}
+
+std::uint32_t DatagramBuffer::payloadLengthOf(std::string_view text)
+{
+    return static_cast<std::uint32_t>(countSize + text.size() + 1);
+}
