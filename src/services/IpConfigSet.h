@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <string>
+
+// Stages the changes of an IpConfiguration document, refuses a result that leaves the card without any interface,
+// and commits. Returns 0, or -1 when nothing was changed: staged changes of the network are then reverted.
+int configureInterfaces(std::string payload);

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "unit/services/TarvelTcpFixture.h"
+
+namespace
+{
+
+constexpr SampleHeader request = {.messageFormat = 1, .commandId = 8, .payloadLength = 7};
+constexpr const char* script = "/lib/upgrade/fwupgrade";
+
+class FirmwareUpgradeTest : public TarvelTcpTest
+{
+protected:
+    void upgrade() { serve(request.bytes() + section(Bytes{'a', 'b', 'c'})); }
+};
+
+} // namespace
+
+TEST_F(FirmwareUpgradeTest, RunsTheUpgradeScriptAfterTheUnpacking)
+{
+    upgrade();
+    EXPECT_EQ(shell.commands(), (std::vector<std::string>{"tar -xzvf firmware.tar.gz -C /tmp/upgrade", script}));
+}
+
+TEST_F(FirmwareUpgradeTest, IsAnsweredBeforeTheScriptStarts)
+{
+    upgrade();
+    EXPECT_EQ(orderOf({"log", "send", "system"}),
+              (std::vector<std::string>{"log: File size = 3", "system: tar -xzvf firmware.tar.gz -C /tmp/upgrade",
+                                        "log: Upgrade process starting...", "send: 20",
+                                        "log: Starting /lib/upgrade/fwupgrade", "system: /lib/upgrade/fwupgrade",
+                                        "log: SUCCESS"}));
+}
+
+TEST_F(FirmwareUpgradeTest, LogsItsSuccess)
+{
+    upgrade();
+    EXPECT_EQ(log.lines(), (std::vector<CapturedLog::Line>{{LOG_INFO, "File size = 3"},
+                                                           {LOG_INFO, "Upgrade process starting..."},
+                                                           {LOG_INFO, "Starting /lib/upgrade/fwupgrade"},
+                                                           {LOG_INFO, "SUCCESS"}}));
+}
+
+TEST_F(FirmwareUpgradeTest, IsAnsweredOnce)
+{
+    upgrade();
+    expectStatus(request, 1);
+}
+
+TEST_F(FirmwareUpgradeTest, LeavesTheClientWithSuccessIfTheScriptFails)
+{
+    shell.answer(script, exitStatus(1));
+    upgrade();
+    expectStatus(request, 1);
+    EXPECT_EQ(log.lines().back(), (CapturedLog::Line{LOG_WARNING, "Upgrade FAILED"}));
+}
+
+TEST_F(FirmwareUpgradeTest, FailsIfASignalKillsTheScript)
+{
+    shell.answer(script, killedBy(9));
+    upgrade();
+    EXPECT_EQ(log.warnings(), (std::vector<std::string>{"Upgrade FAILED"}));
+}
+
+TEST_F(FirmwareUpgradeTest, FailsIfNoShellCanBeRunForTheScript)
+{
+    shell.answerNext(0);
+    shell.failToStart(ENOMEM);
+    upgrade();
+    expectStatus(request, 1);
+    EXPECT_EQ(log.warnings(), (std::vector<std::string>{"Upgrade FAILED"}));
+}
+
+TEST_F(FirmwareUpgradeTest, RunsNoScriptIfTheUnpackingFails)
+{
+    shell.answerNext(exitStatus(2));
+    upgrade();
+    expectStatus(request, 2);
+    EXPECT_EQ(shell.commands().size(), 1U);
+}
+
+TEST_F(FirmwareUpgradeTest, KeepsTheConnectionOpen)
+{
+    upgrade();
+    EXPECT_TRUE(isConnected());
+}

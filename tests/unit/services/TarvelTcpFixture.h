@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "services/TarvelServiceTcp.h"
+#include "support/SystemTest.h"
+#include "unit/protocol/ConnectedTcpService.h"
+
+#include <cstring>
+#include <syslog.h>
+
+// The TCP service of a card with a connected client; the log and the journal start behind the set-up.
+class TarvelTcpTest : public SystemTest
+{
+protected:
+    TarvelTcpTest()
+    {
+        log.clear();
+        forgetCalls();
+    }
+
+    // Lets the service handle one message, and keeps what the process wrote meanwhile.
+    void dispatch()
+    {
+        CapturedOutput output;
+        service.dispatch();
+        out = output.out();
+        err = output.err();
+    }
+
+    void serve(const Bytes& message)
+    {
+        client.send(message);
+        dispatch();
+    }
+
+    void expectStatus(const SampleHeader& request, std::uint8_t status)
+    {
+        EXPECT_EQ(hex(client.receive(20)), hex(replyTo(request, status).bytes()));
+        EXPECT_TRUE(client.hasNothing());
+    }
+
+    // A reply with a text, whole.
+    Bytes receiveTextReply()
+    {
+        const Bytes header = client.receive(20);
+        return header + client.receive(SampleHeader::from(header).payloadLength);
+    }
+
+    [[nodiscard]] bool isConnected() const { return service.peerDescriptor() != -1; }
+
+    ConnectedTcpService<TarvelServiceTcp> connection{[](TarvelServiceTcp& opened) { opened.dispatch(); }};
+    TarvelServiceTcp& service = connection.service;
+    TcpPeer& client = *connection.client;
+    std::string out;
+    std::string err;
+};
