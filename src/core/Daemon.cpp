@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "core/Daemon.h"
+
+#include "core/EventLoop.h"
+#include "services/TarvelServiceTcp.h"
+#include "services/TarvelServiceUdp.h"
+#include "services/XmlReader.h"
+#include "util/Log.h"
+
+#include <cerrno>
+#include <csignal>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr const char* ident = "tarveld";
+constexpr const char* build = "SVN revision: 1795:4041";
+constexpr const char* workingDirectory = "/tmp/upgrade"; // a firmware upload is stored here by relative name
+
+constexpr ServiceConfig tcpConfig = {
+    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 0, .deviceName = nullptr, .broadcast = 0};
+constexpr ServiceConfig firstUdpConfig = {
+    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 1, .deviceName = "eth0", .broadcast = 1};
+constexpr ServiceConfig secondUdpConfig = {
+    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 1, .deviceName = "eth1", .broadcast = 1};
+
+bool enterWorkingDirectory()
+{
+    constexpr mode_t mode = 0777;
+    if (mkdir(workingDirectory, mode) == 0) {
+        logInfo("%s successfully created", workingDirectory);
+    } else if (errno != EEXIST) {
+        logErrno("mkdir() failed");
+        return false;
+    }
+    if (chdir(workingDirectory) != 0) {
+        logErrno("chdir() failed");
+        return false;
+    }
+    logInfo("Working directory successfully changed to %s", workingDirectory);
+    return true;
+}
+
+void serve(TarvelServiceTcp& tcp, TarvelServiceUdp& udpFirst, TarvelServiceUdp& udpSecond)
+{
+    tcp.open(tcpConfig);
+    udpFirst.open(firstUdpConfig);
+    udpSecond.open(secondUdpConfig);
+
+    runEventLoop(tcp, udpFirst, udpSecond);
+
+    tcp.close();
+    udpFirst.close();
+    udpSecond.close();
+}
+
+} // namespace
+
+void ignoreBrokenPipe()
+{
+    struct sigaction action = {};
+    action.sa_handler = SIG_IGN;
+    sigemptyset(&action.sa_mask);
+    if (sigaction(SIGPIPE, &action, nullptr) == -1) {
+        logErrno("sigaction() FAILED");
+    }
+}
+
+int runDaemon()
+{
+    openLog(ident);
+    logInfo("Starting...");
+    logInfo("%s", build);
+    if (!enterWorkingDirectory()) {
+        return 1;
+    }
+    ignoreBrokenPipe();
+    checkXmlLibrary();
+
+    TarvelServiceTcp tcp;
+    TarvelServiceUdp udpFirst;
+    TarvelServiceUdp udpSecond;
+    serve(tcp, udpFirst, udpSecond);
+
+    cleanUpXmlLibrary();
+    logError("tarvel-daemon terminated unexpectedly!");
+    closeLog();
+    return 1;
+}
