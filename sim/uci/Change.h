@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sim/uci/Config.h"
+
+namespace sim
+{
+
+// One staged change: a value or a section type to set, or something to remove.
+struct Change {
+    enum class Kind { set, remove };
+
+    Kind kind;
+    std::string section;
+    std::string option; // empty: the section itself
+    std::string value;  // for a section: its type
+
+    void applyTo(Package& package) const;
+
+    // As `changes` lists it and as it is kept: "config.section.option='value'" or "-config.section.option".
+    std::string describe(const std::string& config) const;
+};
+
+// Reads kept changes, one a line; lines that make no sense are left out, as a change store is no place to fail.
+std::vector<Change> parseChanges(std::string_view text);
+
+} // namespace sim
