@@ -1,0 +1,158 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The card as a whole: boots, serves orders, heals the daemon, reboots."""
+
+import os
+import selectors
+import signal
+import time
+from collections.abc import Callable
+
+import daemon
+import factory
+import filesystem
+import network
+from control import Control, Order
+from settings import DIRECTORY, Settings
+from systemlog import SystemLog
+
+
+class Card:
+    def __init__(self, settings: Settings) -> None:
+        self._settings = settings
+        self._log = SystemLog(DIRECTORY / "log")
+        self._control = Control(DIRECTORY / "control.socket")
+        self._daemon = daemon.Daemon(settings.command, settings.environment, DIRECTORY / "console")
+        self._is_supervised = settings.supervised
+        self._respawn_at: float | None = None
+        self._boots = 0
+        self._reboot_wanted = False
+        self._orders: dict[str, Callable[[Order], Order]] = {
+            "state": self._state,
+            "start": self._start,
+            "stop": self._stop,
+            "kill": self._kill,
+            "supervise": self._supervise,
+            "reset": self._reset,
+            "reboot": self._reboot_later,
+        }
+
+    def first_boot(self) -> None:
+        factory.restore(self._settings)
+        self._boot(with_extra_files=True)
+
+    def run(self) -> None:
+        """The life of the card; ends with its process."""
+        selector = selectors.DefaultSelector()
+        wakeup, signalled = os.pipe2(os.O_NONBLOCK | os.O_CLOEXEC)
+        signal.set_wakeup_fd(signalled, warn_on_full_buffer=False)
+        signal.signal(signal.SIGCHLD, lambda *_: None)
+        selector.register(self._control.socket, selectors.EVENT_READ)
+        selector.register(wakeup, selectors.EVENT_READ)
+        self._reap()
+        while True:
+            for key, _ in selector.select(self._time_to_respawn()):
+                if key.fd == wakeup:
+                    os.read(wakeup, 512)
+                    self._reap()
+                else:
+                    self._control.serve_one(self._execute)
+            self._do_what_is_due()
+
+    def _execute(self, order: Order) -> Order:
+        return self._orders[order["do"]](order)
+
+    def _do_what_is_due(self) -> None:
+        if self._reboot_wanted:
+            self._reboot()
+        if self._respawn_at is not None and time.monotonic() >= self._respawn_at:
+            self._respawn_at = None
+            self._daemon.start()
+
+    def _time_to_respawn(self) -> float | None:
+        return None if self._respawn_at is None else max(0.0, self._respawn_at - time.monotonic())
+
+    def _reap(self) -> None:
+        try:
+            while (ended := os.waitpid(-1, os.WNOHANG))[0] != 0:
+                if self._daemon.note_exit(*ended) and self._is_supervised:
+                    self._respawn_at = time.monotonic() + self._settings.respawn_delay
+        except ChildProcessError:
+            pass  # nobody is left to wait for
+
+    # Booting
+
+    def _boot(self, with_extra_files: bool = False) -> None:
+        factory.make_boot_files()
+        if with_extra_files:
+            factory.write_extra_files(self._settings)
+        network.bring_up(self._settings)
+        self._boots += 1
+        self._log.note(f"booted ({self._boots})")
+        if self._settings.autostart:
+            self._daemon.start()
+
+    def _shut_down(self) -> None:
+        self._respawn_at = None
+        self._daemon.stop()
+        daemon.end_all_others()
+        network.bring_down(self._settings)
+        filesystem.empty_volatile()
+
+    def _reboot(self) -> None:
+        self._reboot_wanted = False
+        self._log.note("rebooting")
+        self._shut_down()
+        time.sleep(self._settings.reboot_time)
+        self._boot()
+
+    # Orders
+
+    def _state(self, _: Order) -> Order:
+        exits = [end.to_json() for end in self._daemon.exits]
+        return {"pid": self._daemon.pid, "exits": exits, "boots": self._boots}
+
+    def _start(self, order: Order) -> Order:
+        self._respawn_at = None
+        if order.get("command") is not None:
+            self._daemon.command = order["command"]
+        if order.get("environment") is not None:
+            self._daemon.environment = order["environment"]
+        self._daemon.start()
+        return self._state(order)
+
+    def _stop(self, order: Order) -> Order:
+        self._respawn_at = None
+        self._daemon.stop()
+        return self._state(order)
+
+    def _kill(self, order: Order) -> Order:
+        if self._daemon.pid is not None:
+            os.kill(self._daemon.pid, order["signal"])
+        return {}
+
+    def _supervise(self, order: Order) -> Order:
+        self._is_supervised = order["on"]
+        if not self._is_supervised:
+            self._respawn_at = None
+        return {}
+
+    def _reboot_later(self, _: Order) -> Order:
+        """After the answer: the one who asks is ended by the reboot."""
+        self._reboot_wanted = True
+        return {}
+
+    def _reset(self, order: Order) -> Order:
+        """A card as new, without the time that making one takes."""
+        self._shut_down()
+        for name in ("commands", "calls", "console", "log"):
+            (DIRECTORY / name).write_bytes(b"")
+        for name in ("fail", "hold"):
+            filesystem.clear(str(DIRECTORY / "control" / name))
+        self._daemon.command = self._settings.command
+        self._daemon.environment = self._settings.environment
+        self._daemon.exits = []
+        self._is_supervised = self._settings.supervised
+        self._boots = 0
+        self.first_boot()
+        return self._state(order)

@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The few system calls that Python does not offer."""
+
+import ctypes
+import os
+
+MS_RDONLY, MS_REMOUNT, MS_BIND, MS_REC = 1, 32, 4096, 16384
+
+_libc = ctypes.CDLL(None, use_errno=True)
+_CLOCK_AND_REBOOT = (25, 22)  # CAP_SYS_TIME, CAP_SYS_BOOT
+
+
+def _check(result: int, what: str) -> None:
+    if result != 0:
+        code = ctypes.get_errno()
+        raise OSError(code, os.strerror(code), what)
+
+
+def mount(source: str, target: str, filesystem: str = "", flags: int = 0, options: str = "") -> None:
+    names = (source.encode(), target.encode(), filesystem.encode() or None)
+    _check(_libc.mount(*names, ctypes.c_ulong(flags), options.encode() or None), target)
+
+
+def bind(source: str, target: str) -> None:
+    mount(source, target, flags=MS_BIND | MS_REC)
+
+
+def tmpfs(target: str, mode: str = "755") -> None:
+    mount("tmpfs", target, "tmpfs", options=f"mode={mode}")
+
+
+def refuse_dangerous_capabilities() -> None:
+    """A card must not even be able to ask for another time or a reboot of the machine it is simulated on."""
+    status = open("/proc/self/status", encoding="ascii").read()
+    bounding = int(status.split("CapBnd:")[1].split()[0], 16)
+    if any(bounding >> capability & 1 for capability in _CLOCK_AND_REBOOT):
+        raise SystemExit("card: started with the right to set the clock or to reboot; refusing to go on")
