@@ -1,0 +1,213 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""A simulated card, made and driven from the client side of its LAN."""
+
+import base64
+import json
+import os
+import signal
+import subprocess
+from collections.abc import Mapping, Sequence
+from pathlib import Path
+from types import TracebackType
+from typing import TYPE_CHECKING, Any
+
+from . import binaries, namespaces, plan
+from .errors import SimError
+from .inside import Inside
+from .service import Service
+from .waiting import wait_for
+
+if TYPE_CHECKING:
+    from .lan import Lan
+
+_INIT = binaries.ROOT / "sim/card"
+
+
+class Card(Service, Inside):
+    """Made by Lan.card(). Use it in a `with` statement, or call start() and stop()."""
+
+    def __init__(
+        self,
+        lan: "Lan",
+        name: str,
+        number: int,
+        *,
+        command: Sequence[str] | None,
+        env: Mapping[str, str] | None,
+        autostart: bool,
+        supervised: bool,
+        devices: Sequence[str],
+        hostname: str | None,
+        files: Mapping[str, bytes | str | None],
+        binds: Sequence[str],
+        reboot_time: float,
+    ) -> None:
+        self.name = name
+        self.number = number
+        self.hostname = hostname
+        self.directory = lan.run_dir / name
+        self._lan = lan
+        self._segments = [segment for segment in plan.SEGMENTS if segment.card_device in devices]
+        self._unshare: subprocess.Popen[str] | None = None
+        self._init_pid: int | None = None
+        self._autostart = autostart
+        self._settings = {
+            "name": name,
+            "hostname": hostname,
+            "directory": str(self.directory),
+            "programs": binaries.sim_programs(),
+            "addresses": {
+                segment.card_device: {
+                    "static": segment.static_address(number),
+                    "lease": segment.leased_address(number),
+                }
+                for segment in plan.SEGMENTS
+            },
+            "command": list(command) if command is not None else binaries.daemon_command(),
+            "environment": dict(env or {}),
+            "binds": list(binds),
+            "files": {path: _encoded(content) for path, content in files.items()},
+            "autostart": autostart,
+            "supervised": supervised,
+            "reboot_time": reboot_time,
+        }
+
+    # Life
+
+    def start(self, wait: bool = True, timeout: float = 10) -> None:
+        """Boots the card; with `wait` until its daemon serves."""
+        if self.running:
+            raise SimError(f"{self.name} runs already")
+        self.directory.mkdir()
+        self._ready_since = 0
+        with open(self.directory / "init.log", "w", encoding="utf-8") as complaints:
+            self._unshare = subprocess.Popen(
+                namespaces.card_command([namespaces.PYTHON, "-IS", str(_INIT)]),
+                stdin=subprocess.PIPE,
+                stdout=subprocess.PIPE,
+                stderr=complaints,
+                text=True,
+                start_new_session=True,
+            )
+        try:
+            self._boot(self._unshare, timeout)
+        except BaseException:
+            self.stop()
+            raise
+        if wait and self._autostart:
+            self.wait_ready(timeout)
+
+    def _boot(self, unshare: "subprocess.Popen[str]", timeout: float) -> None:
+        self._init_pid = wait_for(lambda: self._first_process(unshare), timeout, lambda: f"{self.name} does not start")
+        self._connect()
+        assert unshare.stdin is not None and unshare.stdout is not None
+        self._settings["binds"] = self._all_binds()
+        unshare.stdin.write(json.dumps(self._settings))
+        unshare.stdin.close()
+        if unshare.stdout.readline() != "up\n":
+            unshare.wait()
+            raise SimError(f"{self.name} does not boot: {(self.directory / 'init.log').read_text()}")
+        self._lan.note_card(self)
+
+    def _first_process(self, unshare: "subprocess.Popen[str]") -> int | None:
+        if unshare.poll() is not None:
+            raise SimError(f"{self.name} does not start: {(self.directory / 'init.log').read_text()}")
+        return namespaces.only_child(unshare.pid)
+
+    def _all_binds(self) -> list[str]:
+        """The tree, and wherever the programs are; also behind a directory that the card hides."""
+        words: list[str] = [*self._settings["command"], *self._settings["programs"].values()]
+        folders = [os.path.dirname(word) for word in words if word.startswith("/") and os.path.exists(word)]
+        wanted = [str(binaries.ROOT), *folders, *self._settings["binds"]]
+        system = ("/usr", "/bin", "/sbin", "/lib", "/etc")
+        chosen: list[str] = []
+        for path in dict.fromkeys(wanted):
+            if not any(path == top or path.startswith(top + "/") for top in (*system, *chosen)):
+                chosen.append(path)
+        return chosen
+
+    def _connect(self) -> None:
+        """Plugs a cable into each device: a pair of ends, one in the card and one at the LAN's bridge."""
+        commands = []
+        for segment in self._segments:
+            port, mac = segment.port(self.number), segment.card_mac(self.number)
+            device = f"name {segment.card_device} address {mac} netns {self._init_pid}"
+            commands.append(f"link add name {port} type veth peer {device}")
+            commands.append(f"link set {port} master {segment.client_device} up")
+        self._lan.ip(commands)
+
+    def stop(self) -> None:
+        """The card vanishes, with all of its processes. Its log stays until the LAN ends or the name is used again."""
+        if self._unshare is None:
+            return
+        if self._init_pid is not None and self._unshare.poll() is None:
+            os.kill(self._init_pid, signal.SIGKILL)
+        self._unshare.kill()
+        self._unshare.wait()
+        for stream in (self._unshare.stdin, self._unshare.stdout):
+            if stream is not None:
+                stream.close()
+        self._unshare, self._init_pid = None, None
+        self._lan.forget_card(self, [segment.port(self.number) for segment in self._segments])
+
+    def reset(self, wait: bool = True, timeout: float = 10) -> None:
+        """A card as new, at its number and with its settings; faster than another one. All marks are void."""
+        self._ready_since = 0
+        self._order("reset")
+        if wait and self._autostart:
+            self.wait_ready(timeout)
+
+    @property
+    def running(self) -> bool:
+        return self._unshare is not None and self._unshare.poll() is None
+
+    @property
+    def init_pid(self) -> int:
+        if self._init_pid is None:
+            raise SimError(f"{self.name} does not run")
+        return self._init_pid
+
+    def __enter__(self) -> "Card":
+        self.start()
+        return self
+
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
+        self.stop()
+
+    # Devices
+
+    def mac(self, device: str) -> str:
+        return plan.segment_of(device).card_mac(self.number)
+
+    def lease(self, device: str) -> str:
+        """The address that the device gets when it asks by DHCP."""
+        return plan.segment_of(device).leased_address(self.number)
+
+    def addresses(self, device: str) -> list[str]:
+        """What the device has now, with prefix lengths."""
+        listing = self.run(["ip", "-json", "-4", "address", "show", "dev", device]).stdout
+        links: list[dict[str, Any]] = json.loads(listing)
+        return [f"{info['local']}/{info['prefixlen']}" for link in links for info in link.get("addr_info", [])]
+
+    def address(self, device: str) -> str | None:
+        return next((address.split("/")[0] for address in self.addresses(device)), None)
+
+    def wait_address(self, device: str, address: str | None, timeout: float = 10) -> None:
+        wait_for(
+            lambda: self.address(device) == address,
+            timeout,
+            lambda: f"{device} of {self.name} has {self.addresses(device)} instead of {address}",
+        )
+
+    def set_link(self, device: str, up: bool) -> None:
+        """Plugs the cable in or pulls it."""
+        self._lan.ip([f"link set {plan.segment_of(device).port(self.number)} {'up' if up else 'down'}"])
+
+
+def _encoded(content: bytes | str | None) -> str | None:
+    if content is None:
+        return None
+    return base64.b64encode(content.encode() if isinstance(content, str) else content).decode()

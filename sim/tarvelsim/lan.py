@@ -1,0 +1,102 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The simulated LAN, as seen by a process on its client side."""
+
+import json
+import os
+import shutil
+import subprocess
+from collections.abc import Mapping, Sequence
+from pathlib import Path
+
+from . import plan
+from .card import Card
+from .errors import NotInLan, SimError
+
+_SAME_AS_NAME = "\0"
+
+
+class Lan:
+    """Made by current(). Cards are numbered from 1; a number is free again when its card has stopped."""
+
+    def __init__(self, run_dir: Path) -> None:
+        self.run_dir = run_dir
+        self._cards: dict[str, Card] = {}
+
+    @staticmethod
+    def current() -> "Lan":
+        """The LAN that this process was started in by `sim/lan`."""
+        if "TARVEL_LAN" not in os.environ:
+            raise NotInLan("this program must be started by sim/lan, for example: sim/lan python3 -m pytest")
+        return Lan(Path(os.environ["TARVEL_LAN"]))
+
+    def address(self, device: str) -> str:
+        """The client's own address on lan0 or lan1."""
+        return plan.segment_of(device).client_address
+
+    def card(
+        self,
+        name: str = "card1",
+        *,
+        command: Sequence[str] | None = None,
+        env: Mapping[str, str] | None = None,
+        autostart: bool = True,
+        supervised: bool = True,
+        devices: Sequence[str] = plan.CARD_DEVICES,
+        hostname: str | None = _SAME_AS_NAME,
+        files: Mapping[str, bytes | str | None] | None = None,
+        binds: Sequence[str] = (),
+        reboot_time: float = 0.3,
+    ) -> Card:
+        """A new card; it does not run yet."""
+        if name in self._cards:
+            raise SimError(f"there is a card {name} already")
+        shutil.rmtree(self.run_dir / name, ignore_errors=True)
+        card = Card(
+            self,
+            name,
+            self._free_number(),
+            command=command,
+            env=env,
+            autostart=autostart,
+            supervised=supervised,
+            devices=devices,
+            hostname=name if hostname == _SAME_AS_NAME else hostname,
+            files=files or {},
+            binds=binds,
+            reboot_time=reboot_time,
+        )
+        self._cards[name] = card
+        return card
+
+    def cards(self) -> list[Card]:
+        """The running cards that this process has made."""
+        return [card for card in self._cards.values() if card.running]
+
+    def _free_number(self) -> int:
+        used = {card.number for card in self._cards.values()}
+        number = next(number for number in range(1, plan.MOST_CARDS + 2) if number not in used)
+        if number > plan.MOST_CARDS:
+            raise SimError("too many cards")
+        return number
+
+    # For cards only
+
+    def ip(self, commands: Sequence[str]) -> None:
+        done = subprocess.run(
+            ["ip", "-batch", "-"], input="\n".join(commands) + "\n", text=True, capture_output=True, check=False
+        )
+        if done.returncode != 0:
+            raise SimError(f"ip: {list(commands)}: {done.stderr.strip()}")
+
+    def note_card(self, card: Card) -> None:
+        """Leaves word for those who look at the LAN from outside."""
+        about = {"pid": card.init_pid, "number": card.number, "hostname": card.hostname}
+        (card.directory / "card.json").write_text(json.dumps(about) + "\n")
+
+    def forget_card(self, card: Card, ports: Sequence[str]) -> None:
+        (card.directory / "card.json").unlink(missing_ok=True)
+        self._cards.pop(card.name, None)
+        for port in ports:
+            # The kernel removes a vanished card's cable in its own time; the next card may want the name at once.
+            subprocess.run(["ip", "link", "delete", port], capture_output=True, check=False)
