@@ -182,6 +182,10 @@ class Card(Service, Inside):
     def mac(self, device: str) -> str:
         return plan.segment_of(device).card_mac(self.number)
 
+    def planned_addresses(self) -> dict[str, str]:
+        """What the devices have as long as nobody changes it."""
+        return {segment.card_device: segment.static_address(self.number) for segment in self._segments}
+
     def lease(self, device: str) -> str:
         """The address that the device gets when it asks by DHCP."""
         return plan.segment_of(device).leased_address(self.number)

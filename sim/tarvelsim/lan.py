@@ -8,6 +8,7 @@ import shutil
 import subprocess
 from collections.abc import Mapping, Sequence
 from pathlib import Path
+from typing import Any
 
 from . import plan
 from .card import Card
@@ -49,7 +50,7 @@ class Lan:
         reboot_time: float = 0.3,
     ) -> Card:
         """A new card; it does not run yet."""
-        if name in self._cards:
+        if name in self._cards or (self.run_dir / name / "card.json").exists():
             raise SimError(f"there is a card {name} already")
         shutil.rmtree(self.run_dir / name, ignore_errors=True)
         card = Card(
@@ -74,7 +75,8 @@ class Lan:
         return [card for card in self._cards.values() if card.running]
 
     def _free_number(self) -> int:
-        used = {card.number for card in self._cards.values()}
+        others = (json.loads(note.read_text())["number"] for note in self.run_dir.glob("*/card.json"))
+        used = {card.number for card in self._cards.values()} | set(others)
         number = next(number for number in range(1, plan.MOST_CARDS + 2) if number not in used)
         if number > plan.MOST_CARDS:
             raise SimError("too many cards")
@@ -91,7 +93,8 @@ class Lan:
 
     def note_card(self, card: Card) -> None:
         """Leaves word for those who look at the LAN from outside."""
-        about = {"pid": card.init_pid, "number": card.number, "hostname": card.hostname}
+        about: dict[str, Any] = {"pid": card.init_pid, "number": card.number, "hostname": card.hostname}
+        about["addresses"] = card.planned_addresses()
         (card.directory / "card.json").write_text(json.dumps(about) + "\n")
 
     def forget_card(self, card: Card, ports: Sequence[str]) -> None:

@@ -6,6 +6,7 @@ Started as a program of its own inside the LAN's namespaces. When it ends, the k
 """
 
 import os
+import signal
 import subprocess
 import sys
 from pathlib import Path
@@ -26,6 +27,8 @@ _KERNEL_SETTINGS = {
     "ipv4/neigh/default/locktime": "0",
     "ipv4/ping_group_range": "0 0",
 }
+# Changed by us or by Python, which must not show in the command.
+_NORMAL_FOR_COMMAND = (signal.SIGINT, signal.SIGPIPE, signal.SIGXFSZ)
 
 
 def apply_kernel_settings() -> None:
@@ -63,7 +66,8 @@ def _build_networks() -> None:
 
 def _run(command: list[str], run_dir: str) -> int:
     """Waits for the command while reaping what others have left to the first process."""
-    pid = os.posix_spawnp(command[0], command, {**os.environ, "TARVEL_LAN": run_dir})
+    signal.signal(signal.SIGINT, signal.SIG_IGN)  # Ctrl-C is for the command
+    pid = os.posix_spawnp(command[0], command, {**os.environ, "TARVEL_LAN": run_dir}, setsigdef=_NORMAL_FOR_COMMAND)
     while True:
         ended, wait_status = os.wait()
         if ended == pid:

@@ -15,6 +15,8 @@ from . import namespaces
 from .errors import SimError
 
 PREFIX = "tarvel-lan."
+# Even if this process is killed without warning, the LAN ends with it.
+_TIED_TO_US = ["setpriv", "--pdeathsig", "KILL", "--"]
 
 
 def _check_namespaces() -> None:
@@ -39,10 +41,11 @@ def run_in_lan(command: Sequence[str]) -> int:
     inside = [namespaces.PYTHON, str(Path(__file__).with_name("lan_init.py")), str(run_dir), *command]
     unshare = None
     try:
-        unshare = subprocess.Popen(namespaces.lan_command(inside))
+        unshare = subprocess.Popen(_TIED_TO_US + namespaces.lan_command(inside))
         # Ctrl-C goes to the command, which decides; this process waits for it in any case.
         signal.signal(signal.SIGINT, signal.SIG_IGN)
-        signal.signal(signal.SIGTERM, lambda *_: sys.exit(128 + signal.SIGTERM))
+        for ending in (signal.SIGTERM, signal.SIGHUP):
+            signal.signal(ending, lambda number, _: sys.exit(128 + number))
         _await_first_process(unshare, run_dir)
         status = unshare.wait()
         return status if status >= 0 else 128 - status

@@ -5,8 +5,6 @@
 from collections.abc import Sequence
 from pathlib import Path
 
-from .errors import SimError
-
 PYTHON = "/usr/bin/python3"
 # Nothing in a LAN may ever set the clock or reboot. The kernel refuses both in a user namespace; this is the second lock.
 _WITHOUT_DANGER = ["setpriv", "--bounding-set", "-sys_time,-sys_boot", "--inh-caps", "-sys_time,-sys_boot", "--"]
@@ -63,8 +61,3 @@ def why_forbidden() -> str:
         "user namespaces do not work here, and the simulated card needs them: "
         "in a container start it with the right to make them (--privileged, or a seccomp profile that allows unshare)"
     )
-
-
-def check_allowed(result: int, complaint: str) -> None:
-    if result != 0:
-        raise SimError(f"{why_forbidden()} ({complaint.strip()})")

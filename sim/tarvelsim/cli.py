@@ -1,0 +1,108 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""scripts/card: simulated cards for experiments, and ways to look into them."""
+
+import argparse
+import os
+import signal
+import sys
+from collections.abc import Sequence
+
+from . import namespaces, running
+from .card import Card
+from .errors import SimError
+from .lan import Lan
+from .launch import run_in_lan
+
+
+def _start_cards(names: Sequence[str]) -> list[Card]:
+    lan = Lan.current()
+    cards = [lan.card(name) for name in names]
+    for card in cards:
+        card.start()
+        addresses = ", ".join(f"{device} {address}" for device, address in card.planned_addresses().items())
+        print(f"{card.name}: {addresses}\n  log: {card.log_path}", flush=True)
+    return cards
+
+
+def _run(options: argparse.Namespace) -> int:
+    if "TARVEL_LAN" not in os.environ:
+        return run_in_lan([namespaces.PYTHON, *sys.argv])
+    names = options.names or [f"card{number}" for number in range(1, options.cards + 1)]
+    signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
+    cards: list[Card] = []
+    try:
+        cards = _start_cards(names)
+        print(f"Try: scripts/card shell {names[0]}, scripts/card client. Ctrl-C ends it all.", flush=True)
+        signal.pause()
+    except KeyboardInterrupt:
+        print()
+    for card in cards:
+        card.stop()
+    return 0
+
+
+def _exec(command: Sequence[str]) -> int:
+    sys.stdout.flush()
+    os.execvp(command[0], list(command))
+
+
+def _shell(options: argparse.Namespace) -> int:
+    lan, card = running.find_card(options.name)
+    return _exec(lan.enter_card(card, options.command or running.shell(f"{card.name}:\\w# ")))
+
+
+def _client(options: argparse.Namespace) -> int:
+    there = ["env", "-C", os.getcwd(), *(options.command or running.shell("client:\\w# "))]
+    return _exec(running.the_lan().enter(there))
+
+
+def _log(options: argparse.Namespace) -> int:
+    _, card = running.find_card(options.name)
+    return _exec(["tail", "-n", "+1", *(["-f"] if options.follow else []), str(card.directory / "log")])
+
+
+def _list(_: argparse.Namespace) -> int:
+    for lan in running.running_lans():
+        for card in lan.cards():
+            addresses = ", ".join(f"{device} {address}" for device, address in card.addresses.items())
+            print(f"{card.name}: {addresses} at the factory\n  directory: {card.directory}")
+    return 0
+
+
+def _parser() -> argparse.ArgumentParser:
+    parser = argparse.ArgumentParser(prog="scripts/card", description=__doc__)
+    verbs = parser.add_subparsers(required=True, metavar="COMMAND")
+
+    run = verbs.add_parser("run", help="start cards on a LAN and keep them until Ctrl-C")
+    run.add_argument("--cards", type=int, default=1, metavar="N", help="how many, if no name is given")
+    run.add_argument("names", nargs="*", metavar="NAME", help="host names of the cards")
+    run.set_defaults(act=_run)
+
+    shell = verbs.add_parser("shell", help="open a shell on a running card, or run a command there")
+    shell.add_argument("name", metavar="NAME")
+    shell.set_defaults(act=_shell)
+
+    client = verbs.add_parser("client", help="open a shell on the client side, or run a command there")
+    client.set_defaults(act=_client)
+
+    log = verbs.add_parser("log", help="print a card's log")
+    log.add_argument("-f", "--follow", action="store_true", help="go on printing")
+    log.add_argument("name", metavar="NAME")
+    log.set_defaults(act=_log)
+
+    verbs.add_parser("list", help="say which cards are running").set_defaults(act=_list)
+    for verb in (shell, client):
+        verb.add_argument("command", nargs="*", metavar="-- COMMAND", help="instead of a shell")
+    return parser
+
+
+def main() -> int:
+    os.environ["PATH"] = namespaces.with_system_path(os.environ.get("PATH", ""))
+    options = _parser().parse_args()
+    try:
+        status: int = options.act(options)
+        return status
+    except (SimError, OSError) as error:
+        print(f"scripts/card: {error}", file=sys.stderr)
+        return 1
