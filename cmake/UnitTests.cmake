@@ -3,17 +3,7 @@
 
 include(GoogleTest)
 
-# A cross build has no GoogleTest of its own; Debian ships the sources beside the library.
-if(NOT CMAKE_CROSSCOMPILING)
-    find_package(GTest)
-endif()
-if(NOT TARGET GTest::gtest)
-    set(INSTALL_GTEST OFF)
-    set(BUILD_GMOCK OFF)
-    add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
-    add_library(GTest::gtest ALIAS gtest)
-    add_library(GTest::gtest_main ALIAS gtest_main)
-endif()
+find_package(GTest REQUIRED)
 
 # add_unit_tests(<name> SOURCES <file>... [LINK <library>...])
 #
