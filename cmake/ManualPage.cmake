@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+
+find_program(SCDOC scdoc DOC "Makes manual pages; without it there are none")
+
+# manual_page(<name>.<section>)
+#
+# Makes the page from <name>.<section>.scd beside the caller and installs it, where scdoc is at hand.
+function(manual_page page)
+    if(NOT SCDOC)
+        return()
+    endif()
+    set(source ${CMAKE_CURRENT_SOURCE_DIR}/${page}.scd)
+    set(made ${CMAKE_CURRENT_BINARY_DIR}/${page})
+    string(REGEX REPLACE ".*\\." "" section ${page})
+    add_custom_command(
+        OUTPUT ${made}
+        COMMAND ${SCDOC} < ${source} > ${made}
+        DEPENDS ${source}
+        VERBATIM)
+    add_custom_target(manual_${page} ALL DEPENDS ${made})
+    install(FILES ${made} TYPE MAN RENAME man${section}/${page})
+endfunction()
