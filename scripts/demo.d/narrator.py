@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The voice of the demo: headings, plain words, and what programs say."""
+
+import os
+import sys
+from collections.abc import Iterable
+
+_PLAIN = not sys.stdout.isatty() or "NO_COLOR" in os.environ
+
+
+def chapter(title: str) -> None:
+    print(f"\n== {title}" if _PLAIN else f"\n\033[1m== {title}\033[0m", flush=True)
+
+
+def say(sentence: str) -> None:
+    print(sentence, flush=True)
+
+
+def show(lines: Iterable[str]) -> None:
+    """What somebody else said: the card, or a program."""
+    for line in lines:
+        print(f"    {line}", flush=True)
