@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+
+#include "sim/uci/Key.h"
+
+#include <gtest/gtest.h>
+
+#include "sim/uci/UciError.h"
+
+namespace
+{
+
+using sim::Key;
+
+TEST(Key, hasUpToThreeParts)
+{
+    const Key key = Key::parse("network.lan.ipaddr");
+    EXPECT_EQ(key.config, "network");
+    EXPECT_EQ(key.section, "lan");
+    EXPECT_EQ(key.option, "ipaddr");
+}
+
+TEST(Key, theValueIsWhatFollowsTheFirstEqualSign)
+{
+    EXPECT_EQ(Key::parse("a.b.c=d=e.f").value, "d=e.f");
+}
+
+TEST(Key, withoutEqualSignThereIsNoValue)
+{
+    EXPECT_FALSE(Key::parse("a.b.c").value.has_value());
+}
+
+TEST(Key, anEmptyValueIsAValue)
+{
+    EXPECT_EQ(Key::parse("a.b.c=").value, "");
+}
+
+TEST(Key, aSectionMayBeAddressedByTypeAndIndex)
+{
+    EXPECT_EQ(Key::parse("system.@system[0].hostname").section, "@system[0]");
+}
+
+class InvalidKey : public testing::TestWithParam<const char*>
+{
+};
+
+TEST_P(InvalidKey, isRefused)
+{
+    EXPECT_THROW(Key::parse(GetParam()), sim::UciError);
+}
+
+INSTANTIATE_TEST_SUITE_P(Key, InvalidKey,
+                         testing::Values("", ".", "a.", "a..c", "a.b.", "a.b.c.d", "a.b c.d", "a/b", "a.@t", "a.b.c-d",
+                                         "=v"));
+
+} // namespace
