@@ -2,19 +2,17 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """A simulated card, made and driven from the client side of its LAN."""
 
-import base64
 import json
 import os
 import signal
 import subprocess
-from collections.abc import Mapping, Sequence
-from pathlib import Path
 from types import TracebackType
 from typing import TYPE_CHECKING, Any
 
 from . import binaries, namespaces, plan
 from .errors import SimError
 from .inside import Inside
+from .options import CardOptions
 from .service import Service
 from .waiting import wait_for
 
@@ -27,51 +25,15 @@ _INIT = binaries.ROOT / "sim/card"
 class Card(Service, Inside):
     """Made by Lan.card(). Use it in a `with` statement, or call start() and stop()."""
 
-    def __init__(
-        self,
-        lan: "Lan",
-        name: str,
-        number: int,
-        *,
-        command: Sequence[str] | None,
-        env: Mapping[str, str] | None,
-        autostart: bool,
-        supervised: bool,
-        devices: Sequence[str],
-        hostname: str | None,
-        files: Mapping[str, bytes | str | None],
-        binds: Sequence[str],
-        reboot_time: float,
-    ) -> None:
+    def __init__(self, lan: "Lan", name: str, number: int, options: CardOptions) -> None:
         self.name = name
         self.number = number
-        self.hostname = hostname
+        self.hostname = options.hostname_of(name)
         self.directory = lan.run_dir / name
         self._lan = lan
-        self._segments = [segment for segment in plan.SEGMENTS if segment.card_device in devices]
+        self._options = options
         self._unshare: subprocess.Popen[str] | None = None
         self._init_pid: int | None = None
-        self._autostart = autostart
-        self._settings = {
-            "name": name,
-            "hostname": hostname,
-            "directory": str(self.directory),
-            "programs": binaries.sim_programs(),
-            "addresses": {
-                segment.card_device: {
-                    "static": segment.static_address(number),
-                    "lease": segment.leased_address(number),
-                }
-                for segment in plan.SEGMENTS
-            },
-            "command": list(command) if command is not None else binaries.daemon_command(),
-            "environment": dict(env or {}),
-            "binds": list(binds),
-            "files": {path: _encoded(content) for path, content in files.items()},
-            "autostart": autostart,
-            "supervised": supervised,
-            "reboot_time": reboot_time,
-        }
 
     # Life
 
@@ -95,15 +57,14 @@ class Card(Service, Inside):
         except BaseException:
             self.stop()
             raise
-        if wait and self._autostart:
+        if wait and self._options.autostart:
             self.wait_ready(timeout)
 
     def _boot(self, unshare: "subprocess.Popen[str]", timeout: float) -> None:
         self._init_pid = wait_for(lambda: self._first_process(unshare), timeout, lambda: f"{self.name} does not start")
         self._connect()
         assert unshare.stdin is not None and unshare.stdout is not None
-        self._settings["binds"] = self._all_binds()
-        unshare.stdin.write(json.dumps(self._settings))
+        unshare.stdin.write(json.dumps(self._options.settings(self.name, self.number, self.directory)))
         unshare.stdin.close()
         if unshare.stdout.readline() != "up\n":
             unshare.wait()
@@ -115,22 +76,10 @@ class Card(Service, Inside):
             raise SimError(f"{self.name} does not start: {(self.directory / 'init.log').read_text()}")
         return namespaces.only_child(unshare.pid)
 
-    def _all_binds(self) -> list[str]:
-        """The tree, and wherever the programs are; also behind a directory that the card hides."""
-        words: list[str] = [*self._settings["command"], *self._settings["programs"].values()]
-        folders = [os.path.dirname(word) for word in words if word.startswith("/") and os.path.exists(word)]
-        wanted = [str(binaries.ROOT), *folders, *self._settings["binds"]]
-        system = ("/usr", "/bin", "/sbin", "/lib", "/etc")
-        chosen: list[str] = []
-        for path in dict.fromkeys(wanted):
-            if not any(path == top or path.startswith(top + "/") for top in (*system, *chosen)):
-                chosen.append(path)
-        return chosen
-
     def _connect(self) -> None:
         """Plugs a cable into each device: a pair of ends, one in the card and one at the LAN's bridge."""
         commands = []
-        for segment in self._segments:
+        for segment in self._options.segments():
             port, mac = segment.port(self.number), segment.card_mac(self.number)
             device = f"name {segment.card_device} address {mac} netns {self._init_pid}"
             commands.append(f"link add name {port} type veth peer {device}")
@@ -140,6 +89,7 @@ class Card(Service, Inside):
     def stop(self) -> None:
         """The card vanishes, with all of its processes. Its log stays until the LAN ends or the name is used again."""
         if self._unshare is None:
+            self._lan.forget_card(self, ports=[])
             return
         if self._init_pid is not None and self._unshare.poll() is None:
             os.kill(self._init_pid, signal.SIGKILL)
@@ -149,13 +99,13 @@ class Card(Service, Inside):
             if stream is not None:
                 stream.close()
         self._unshare, self._init_pid = None, None
-        self._lan.forget_card(self, [segment.port(self.number) for segment in self._segments])
+        self._lan.forget_card(self, [segment.port(self.number) for segment in self._options.segments()])
 
     def reset(self, wait: bool = True, timeout: float = 10) -> None:
         """A card as new, at its number and with its settings; faster than another one. All marks are void."""
         self._ready_since = 0
         self._order("reset")
-        if wait and self._autostart:
+        if wait and self._options.autostart:
             self.wait_ready(timeout)
 
     @property
@@ -184,7 +134,7 @@ class Card(Service, Inside):
 
     def planned_addresses(self) -> dict[str, str]:
         """What the devices have as long as nobody changes it."""
-        return {segment.card_device: segment.static_address(self.number) for segment in self._segments}
+        return {segment.card_device: segment.static_address(self.number) for segment in self._options.segments()}
 
     def lease(self, device: str) -> str:
         """The address that the device gets when it asks by DHCP."""
@@ -209,9 +159,3 @@ class Card(Service, Inside):
     def set_link(self, device: str, up: bool) -> None:
         """Plugs the cable in or pulls it."""
         self._lan.ip([f"link set {plan.segment_of(device).port(self.number)} {'up' if up else 'down'}"])
-
-
-def _encoded(content: bytes | str | None) -> str | None:
-    if content is None:
-        return None
-    return base64.b64encode(content.encode() if isinstance(content, str) else content).decode()

@@ -85,7 +85,8 @@ class Inside:
         return done
 
     def uci(self, *arguments: str) -> str:
-        return self.run(["uci", *arguments]).stdout.strip()
+        answer: str = self.run(["uci", *arguments]).stdout
+        return answer.strip()
 
     # Switches: names are those of the stand-ins (uci, tar, reboot, network, ntpd, ntpdate, fwupgrade) and sh
 

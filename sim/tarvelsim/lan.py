@@ -6,15 +6,14 @@ import json
 import os
 import shutil
 import subprocess
-from collections.abc import Mapping, Sequence
+from collections.abc import Sequence
 from pathlib import Path
 from typing import Any
 
 from . import plan
 from .card import Card
 from .errors import NotInLan, SimError
-
-_SAME_AS_NAME = "\0"
+from .options import CardOptions
 
 
 class Lan:
@@ -35,38 +34,12 @@ class Lan:
         """The client's own address on lan0 or lan1."""
         return plan.segment_of(device).client_address
 
-    def card(
-        self,
-        name: str = "card1",
-        *,
-        command: Sequence[str] | None = None,
-        env: Mapping[str, str] | None = None,
-        autostart: bool = True,
-        supervised: bool = True,
-        devices: Sequence[str] = plan.CARD_DEVICES,
-        hostname: str | None = _SAME_AS_NAME,
-        files: Mapping[str, bytes | str | None] | None = None,
-        binds: Sequence[str] = (),
-        reboot_time: float = 0.3,
-    ) -> Card:
-        """A new card; it does not run yet."""
+    def card(self, name: str = "card1", **options: Any) -> Card:
+        """A new card; it does not run yet. The options are those of CardOptions."""
         if name in self._cards or (self.run_dir / name / "card.json").exists():
             raise SimError(f"there is a card {name} already")
         shutil.rmtree(self.run_dir / name, ignore_errors=True)
-        card = Card(
-            self,
-            name,
-            self._free_number(),
-            command=command,
-            env=env,
-            autostart=autostart,
-            supervised=supervised,
-            devices=devices,
-            hostname=name if hostname == _SAME_AS_NAME else hostname,
-            files=files or {},
-            binds=binds,
-            reboot_time=reboot_time,
-        )
+        card = Card(self, name, self._free_number(), CardOptions(**options))
         self._cards[name] = card
         return card
 

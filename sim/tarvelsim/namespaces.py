@@ -6,7 +6,7 @@ from collections.abc import Sequence
 from pathlib import Path
 
 PYTHON = "/usr/bin/python3"
-# Nothing in a LAN may ever set the clock or reboot. The kernel refuses both in a user namespace; this is the second lock.
+# Nothing in a LAN may ever set the clock or reboot. A user namespace is the first lock, this is the second one.
 _WITHOUT_DANGER = ["setpriv", "--bounding-set", "-sys_time,-sys_boot", "--inh-caps", "-sys_time,-sys_boot", "--"]
 _SEARCH_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 

@@ -32,7 +32,7 @@ public:
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
-    int get() const { return fd; }
+    [[nodiscard]] int get() const { return fd; }
 
 private:
     int fd;
