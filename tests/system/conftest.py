@@ -1,0 +1,136 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""Fixtures of the system tests: the shipped daemon on a simulated card, and clients on the card's LAN.
+
+TARVELD_COMMAND may name another daemon, with its emulator in front if it needs one.
+"""
+
+import os
+import shlex
+import sys
+from collections.abc import Callable, Iterator
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "sim"))
+
+import tarvelsim  # noqa: E402
+from support.peers import TcpPeer, UdpPeer  # noqa: E402
+from support.tracing import Tracer  # noqa: E402
+from support.watch import Watch  # noqa: E402
+
+if "TARVELD_COMMAND" in os.environ:
+    os.environ["TARVELD"] = os.environ["TARVELD_COMMAND"]
+DAEMON_WORDS = shlex.split(os.environ.get("TARVELD", "")) or [str(ROOT / "build/tarveld")]
+DAEMON = [str(Path(word).resolve()) if Path(word).exists() else word for word in DAEMON_WORDS]
+
+
+def pytest_configure(config: pytest.Config) -> None:
+    config.addinivalue_line("markers", "needs_native: looks at the daemon's system calls, so it cannot be emulated")
+
+
+def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
+    if len(DAEMON) == 1:
+        return
+    emulated = pytest.mark.skip(reason=f"system calls of {DAEMON[0]} are not the daemon's")
+    for item in items:
+        if item.get_closest_marker("needs_native"):
+            item.add_marker(emulated)
+
+
+@pytest.hookimpl(hookwrapper=True)
+def pytest_runtest_makereport(item: pytest.Item) -> Iterator[None]:
+    outcome = yield
+    if outcome.get_result().failed:  # type: ignore[attr-defined]
+        item.stash[FAILED] = True
+
+
+FAILED = pytest.StashKey[bool]()
+
+
+@pytest.fixture(scope="session")
+def lan() -> tarvelsim.Lan:
+    try:
+        return tarvelsim.Lan.current()
+    except tarvelsim.NotInLan:
+        pytest.exit("these tests need a simulated LAN: sim/lan /usr/bin/python3 -m pytest tests/system", returncode=4)
+
+
+@pytest.fixture(scope="session")
+def only_card(lan: tarvelsim.Lan) -> Iterator[tarvelsim.Card]:
+    """The card that the tests share; use `card` or `scratch_card`."""
+    with lan.card("card1", command=DAEMON) as card:
+        yield card
+
+
+@pytest.fixture(scope="session")
+def addresses(only_card: tarvelsim.Card) -> dict[str, str]:
+    """The factory addresses of the shared card."""
+    return {device: only_card.address(device) or "" for device in ("eth0", "eth1")}
+
+
+@pytest.fixture
+def card(only_card: tarvelsim.Card, request: pytest.FixtureRequest) -> Iterator[tarvelsim.Card]:
+    """A card as new. The test leaves it as it was, or takes `scratch_card`."""
+    yield only_card
+    survived = not only_card.exits
+    if request.node.stash.get(FAILED, False) or not survived:
+        only_card.reset()
+    assert survived, "the daemon did not survive this test"
+
+
+@pytest.fixture
+def scratch_card(only_card: tarvelsim.Card) -> Iterator[tarvelsim.Card]:
+    """A card as new, with which the test may do what it likes."""
+    yield only_card
+    only_card.reset()
+
+
+@pytest.fixture
+def udp(lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[UdpPeer]:
+    """A client on the side of eth0."""
+    peer = UdpPeer("lan0", lan.address("lan0"), addresses["eth0"])
+    yield peer
+    peer.close()
+
+
+@pytest.fixture
+def udp1(lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[UdpPeer]:
+    """A client on the side of eth1."""
+    peer = UdpPeer("lan1", lan.address("lan1"), addresses["eth1"])
+    yield peer
+    peer.close()
+
+
+@pytest.fixture
+def connect(addresses: dict[str, str]) -> Iterator[Callable[[], TcpPeer]]:
+    """Makes connections; they are closed at the end, oldest first, as the card serves them."""
+    peers: list[TcpPeer] = []
+
+    def new_peer() -> TcpPeer:
+        peers.append(TcpPeer(addresses["eth0"]))
+        return peers[-1]
+
+    yield new_peer
+    for peer in peers:
+        peer.close()
+
+
+@pytest.fixture
+def tcp(connect: Callable[[], TcpPeer]) -> TcpPeer:
+    """A connected client."""
+    return connect()
+
+
+@pytest.fixture
+def watch(only_card: tarvelsim.Card, udp: UdpPeer) -> Watch:
+    """What happens from here on; requested before `tcp` it sees the connection being accepted."""
+    return Watch(only_card, udp)
+
+
+@pytest.fixture
+def tracer(scratch_card: tarvelsim.Card) -> Tracer:
+    """Restarts the shared card's daemon with its system calls watched or spoiled."""
+    return Tracer(scratch_card, DAEMON)

@@ -1,0 +1,151 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The two kinds of clients."""
+
+import socket
+import struct
+from collections.abc import Iterator
+from dataclasses import dataclass
+from itertools import count
+from types import TracebackType
+
+from wire import HEADER_SIZE, Header, Message, request
+from wire.numbers import PORT
+
+PATIENCE = 15.0  # seconds; only a test that fails waits that long
+BROADCAST = "255.255.255.255"
+_IP_PKTINFO = 8  # not among Python's constants; Linux tells with it where a datagram was sent to
+_PKTINFO = struct.Struct("=i4s4s")
+# Commands that nobody knows and no test uses otherwise: their answers tell where a sequence of events ends.
+_UNKNOWN_COMMANDS: Iterator[int] = count(0x6000)
+
+
+class ConnectionEnded(Exception):
+    """The card closed the connection in place of an answer."""
+
+
+def next_unknown_command() -> int:
+    return next(_UNKNOWN_COMMANDS)
+
+
+class TcpPeer:
+    def __init__(self, address: str) -> None:
+        self.socket = socket.create_connection((address, PORT), timeout=PATIENCE)
+        self.port: int = self.socket.getsockname()[1]
+
+    def send(self, data: bytes) -> None:
+        self.socket.sendall(data)
+
+    def receive(self) -> Message:
+        header = Header.decode(self._receive_exactly(HEADER_SIZE))
+        return Message(header, self._receive_exactly(header.payload_length))
+
+    def ask(self, data: bytes) -> Message:
+        self.send(data)
+        return self.receive()
+
+    def _receive_exactly(self, size: int) -> bytes:
+        data = b""
+        while len(data) < size:
+            piece = self.socket.recv(size - len(data))
+            if not piece:
+                raise ConnectionEnded(f"after {len(data)} of {size} bytes")
+            data += piece
+        return data
+
+    def rest(self) -> bytes:
+        """Everything that comes until the card closes the connection."""
+        data = b""
+        try:
+            while piece := self.socket.recv(4096):
+                data += piece
+        except ConnectionResetError:
+            pass  # closed while some of our bytes were unread
+        return data
+
+    def has_answer(self) -> bool:
+        self.socket.setblocking(False)
+        try:
+            return self.socket.recv(1, socket.MSG_PEEK) != b""
+        except BlockingIOError:
+            return False
+        finally:
+            self.socket.settimeout(PATIENCE)
+
+    def end_sending(self) -> None:
+        self.socket.shutdown(socket.SHUT_WR)
+
+    def close(self) -> None:
+        """Returns when the card has closed its end, too."""
+        try:
+            self.end_sending()
+            self.rest()
+        except OSError:
+            pass  # not connected any more
+        self.socket.close()
+
+    def __enter__(self) -> "TcpPeer":
+        return self
+
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
+        self.close()
+
+
+@dataclass(frozen=True)
+class Answer:
+    """A datagram, and the address it was sent to."""
+
+    message: Message
+    destination: str
+
+    @property
+    def header(self) -> Header:
+        return self.message.header
+
+    @property
+    def text(self) -> str:
+        return self.message.text
+
+
+class UdpPeer:
+    """A client on one of the LAN's devices; it talks to one card unless told otherwise."""
+
+    def __init__(self, device: str, own_address: str, card_address: str) -> None:
+        self.own_address = own_address
+        self.card_address = card_address
+        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_BINDTODEVICE, device.encode() + b"\0")
+        self.socket.setsockopt(socket.IPPROTO_IP, _IP_PKTINFO, 1)
+        self.socket.settimeout(PATIENCE)
+        self.socket.bind(("", 0))
+        self.port: int = self.socket.getsockname()[1]
+
+    def send(self, data: bytes, to: str | None = None) -> None:
+        self.socket.sendto(data, (to or self.card_address, PORT))
+
+    def receive(self) -> Answer:
+        data, ancillary, _, _ = self.socket.recvmsg(65536, socket.CMSG_SPACE(_PKTINFO.size))
+        destination = next(
+            _PKTINFO.unpack(value[: _PKTINFO.size])[2] for _, kind, value in ancillary if kind == _IP_PKTINFO
+        )
+        return Answer(Message.decode(data), socket.inet_ntoa(destination))
+
+    def ask(self, data: bytes, to: str | None = None) -> Answer:
+        self.send(data, to)
+        return self.receive()
+
+    def is_ignored(self, data: bytes, to: str | None = None) -> bool:
+        """True if the first answer that comes is the one to a later question."""
+        self.send(data, to)
+        command = next_unknown_command()
+        return self.ask(request(command)).header.command == command | 0x8000
+
+    def logged(self, size: int) -> str:
+        """What the card logs when so many bytes of this client arrive."""
+        return f"info Got datagram of {size} bytes from {self.own_address} on port {self.port}"
+
+    def close(self) -> None:
+        self.socket.close()

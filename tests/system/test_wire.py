@@ -1,0 +1,79 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The tests' own codec, against bytes written by hand."""
+
+import pytest
+from support import documents
+from wire import Command, Header, Message, Sections, Status, golden, reply_to, request
+from wire.sections import BadPayload
+
+REQUESTS = [
+    (golden.VERSIONS, request(Command.VERSIONS, sequence=7)),
+    (golden.TIME_GET, request(Command.TIME_GET, sequence=10)),
+    (golden.TIME_SET, request(Command.TIME_SET, documents.time_reference(server="10.0.0.9"), sequence=11)),
+    (golden.IP_GET, request(Command.IP_GET, documents.ip_configuration(), sequence=0x12345678)),
+    (
+        golden.IP_SET,
+        request(Command.IP_SET, documents.ip_configuration(documents.interface("VemkEth1", "Dhcp")), sequence=13),
+    ),
+    (golden.REBOOT, request(Command.REBOOT, documents.reboot_card(), sequence=0xDEADBEEF)),
+]
+
+
+def name_of(value: object) -> str:
+    return value.name if isinstance(value, golden.Exchange) else ""
+
+
+@pytest.mark.parametrize(("exchange", "encoded"), REQUESTS, ids=name_of)
+def test_request_is_encoded_as_written_by_hand(exchange: golden.Exchange, encoded: bytes) -> None:
+    assert encoded == exchange.request
+
+
+@pytest.mark.parametrize("exchange", golden.EVERY, ids=name_of)
+def test_message_written_by_hand_survives_decoding_and_encoding(exchange: golden.Exchange) -> None:
+    assert Message.decode(exchange.request).encode() == exchange.request
+    assert Message.decode(exchange.reply).encode() == exchange.reply
+
+
+@pytest.mark.parametrize("exchange", golden.EVERY, ids=name_of)
+def test_lengths_written_by_hand_agree(exchange: golden.Exchange) -> None:
+    for message in (Message.decode(exchange.request), Message.decode(exchange.reply)):
+        assert message.header.payload_length == len(message.payload)
+        assert message.sections.encode() == message.payload
+
+
+@pytest.mark.parametrize("exchange", golden.EVERY, ids=name_of)
+def test_reply_written_by_hand_answers_its_request(exchange: golden.Exchange) -> None:
+    asked, answered = Message.decode(exchange.request).header, Message.decode(exchange.reply).header
+    assert (answered.command, answered.sequence) == (reply_to(asked.command), asked.sequence)
+    assert answered.status == Status.SUCCESS
+
+
+def test_header_fields_travel_in_order_and_little_endian() -> None:
+    header = Header(0x04030201, 0x05, 0x06, 0x07, 0x08, 0x0A09, 0x0B, 0x0C, 0x100F0E0D, 0x14131211)
+    assert header.encode() == bytes(range(1, 21))
+    assert Header.decode(bytes(range(1, 21))) == header
+
+
+def test_sections_travel_from_wide_to_narrow() -> None:
+    sections = Sections((0x0102030405060708,), (0x11121314,), (0x2122,), b"\x31")
+    assert sections.message_format == 0x0F
+    assert sections.encode() == bytes.fromhex(
+        "08 00 00 00 08 07 06 05 04 03 02 01  04 00 00 00 14 13 12 11  02 00 00 00 22 21  01 00 00 00 31"
+    )
+    assert Sections.decode(0x0F, sections.encode()) == sections
+
+
+def test_text_of_ten_characters_has_count_11_and_payload_length_15() -> None:
+    encoded = request(1, "0123456789")
+    assert encoded[16:24] == bytes.fromhex("0f 00 00 00  0b 00 00 00")
+
+
+@pytest.mark.parametrize("payload", ["", "01 00 00", "02 00 00 00 61", "01 00 00 00 61 62"])
+def test_payload_that_is_not_one_section_is_refused(payload: str) -> None:
+    with pytest.raises(BadPayload):
+        Sections.decode(1, bytes.fromhex(payload))
+
+
+def test_reply_identifier_of_a_reply_is_itself() -> None:
+    assert (reply_to(0x0011), reply_to(0x8011)) == (0x8011, 0x8011)
