@@ -59,6 +59,12 @@ def lan() -> tarvelsim.Lan:
 
 
 @pytest.fixture(scope="session")
+def daemon() -> list[str]:
+    """The command line of the daemon under test."""
+    return DAEMON
+
+
+@pytest.fixture(scope="session")
 def only_card(lan: tarvelsim.Lan) -> Iterator[tarvelsim.Card]:
     """The card that the tests share; use `card` or `scratch_card`."""
     with lan.card("card1", command=DAEMON) as card:

@@ -11,7 +11,9 @@ from wire import golden
 
 
 def masked(reply: bytes) -> bytes:
-    """The clock's text is replaced by a fixed one of the same length."""
+    """In a reply as long as that with the clock, its text is replaced by a fixed one."""
+    if len(reply) != len(golden.TIME_GET.reply):
+        return reply
     place = golden.TIME_GET_DATE
     return reply[: place.start] + golden.TIME_GET.reply[place] + reply[place.stop :]
 
@@ -40,7 +42,7 @@ def test_tcp_command_that_changes_the_card(
 def test_all_tcp_commands_in_turn_on_one_connection(scratch_card: Card, connect: Callable[[], TcpPeer]) -> None:
     peer = connect()
     for exchange in (golden.TIME_GET, golden.VERSIONS, golden.UPLOAD, golden.TIME_SET, golden.UPGRADE):
-        assert masked(peer.ask(exchange.request).encode()) == masked(exchange.reply)
+        assert masked(peer.ask(exchange.request).encode()) == exchange.reply
 
 
 @pytest.mark.parametrize("to", [None, BROADCAST], ids=["unicast", "broadcast"])

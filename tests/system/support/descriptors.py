@@ -1,0 +1,74 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""A look at the descriptors of another process."""
+
+import array
+import ctypes
+import fcntl
+import os
+import socket
+import termios
+from pathlib import Path
+
+from tarvelsim.waiting import wait_for
+
+from .peers import PATIENCE, TcpPeer
+
+_PIDFD_GETFD = 438  # the same number on every architecture
+_O_CLOEXEC = 0o2000000
+
+
+def descriptors(pid: int) -> dict[int, str]:
+    """What each descriptor stands for."""
+    folder = Path(f"/proc/{pid}/fd")
+    return {int(entry.name): os.readlink(entry) for entry in folder.iterdir()}
+
+
+def is_closed_on_exec(pid: int, descriptor: int) -> bool:
+    fields = dict(line.split(":\t") for line in Path(f"/proc/{pid}/fdinfo/{descriptor}").read_text().splitlines()[:4])
+    return int(fields["flags"], 8) & _O_CLOEXEC != 0
+
+
+def copy_of_descriptor(pid: int, descriptor: int) -> socket.socket:
+    """The other process's own socket, not a new one: its options can be read."""
+    process = os.pidfd_open(pid)
+    try:
+        libc = ctypes.CDLL(None, use_errno=True)
+        copy = libc.syscall(_PIDFD_GETFD, process, descriptor, 0)
+        if copy == -1:
+            raise OSError(ctypes.get_errno(), "pidfd_getfd")
+        return socket.socket(fileno=copy)
+    finally:
+        os.close(process)
+
+
+def connection_of(pid: int) -> socket.socket:
+    """A copy of the only connection that the process has."""
+    for descriptor, target in descriptors(pid).items():
+        if not target.startswith("socket:"):
+            continue
+        copy = copy_of_descriptor(pid, descriptor)
+        try:
+            if copy.family == socket.AF_INET and copy.getpeername():
+                return copy
+        except OSError:
+            pass  # not connected
+        copy.close()
+    raise AssertionError("the daemon has no connection")
+
+
+def wait_until_read(pid: int, peer: TcpPeer) -> None:
+    """Returns when the daemon has read all that the client has sent."""
+    with connection_of(pid) as connection:
+        wait_for(
+            lambda: _waiting(peer.socket, termios.TIOCOUTQ) == _waiting(connection, termios.FIONREAD) == 0,
+            PATIENCE,
+            lambda: "the daemon does not read",
+        )
+
+
+def _waiting(connection: socket.socket, question: int) -> int:
+    """Bytes sent and not acknowledged, or received and not read."""
+    answer = array.array("i", [0])
+    fcntl.ioctl(connection, question, answer)
+    return answer[0]
