@@ -131,9 +131,11 @@ def tcp(connect: Callable[[], TcpPeer]) -> TcpPeer:
 
 
 @pytest.fixture
-def watch(only_card: tarvelsim.Card, udp: UdpPeer) -> Watch:
+def watch(only_card: tarvelsim.Card, lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[Watch]:
     """What happens from here on; requested before `tcp` it sees the connection being accepted."""
-    return Watch(only_card, udp)
+    peer = UdpPeer("lan0", lan.address("lan0"), addresses["eth0"])
+    yield Watch(only_card, peer)
+    peer.close()
 
 
 @pytest.fixture
