@@ -10,11 +10,16 @@ from collections.abc import Mapping
 
 
 def archive(members: Mapping[str, bytes]) -> bytes:
-    """A compressed archive whose members belong to root; only that owner exists on a simulated card."""
+    """A compressed archive; a name that ends with a slash is a directory.
+
+    Its members belong to root: only that owner exists on a simulated card.
+    """
     packed = io.BytesIO()
     with tarfile.open(fileobj=packed, mode="w", format=tarfile.USTAR_FORMAT) as tar:
         for name, content in members.items():
             member = tarfile.TarInfo(name)
+            if name.endswith("/"):
+                member.type, member.mode = tarfile.DIRTYPE, 0o755
             member.size = len(content)
             tar.addfile(member, io.BytesIO(content))
     return gzip.compress(packed.getvalue(), mtime=0)

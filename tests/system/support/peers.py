@@ -9,7 +9,7 @@ from dataclasses import dataclass
 from itertools import count
 from types import TracebackType
 
-from wire import HEADER_SIZE, Header, Message, request
+from wire import HEADER_SIZE, Header, Message, reply_to, request
 from wire.numbers import PORT
 
 PATIENCE = 15.0  # seconds; only a test that fails waits that long
@@ -138,10 +138,17 @@ class UdpPeer:
         return self.receive()
 
     def is_ignored(self, data: bytes, to: str | None = None) -> bool:
-        """True if the first answer that comes is the one to a later question."""
         self.send(data, to)
+        return self.settle() == []
+
+    def settle(self) -> list[Answer]:
+        """The answers that come before the one to a later question."""
         command = next_unknown_command()
-        return self.ask(request(command)).header.command == command | 0x8000
+        self.send(request(command))
+        answers = [self.receive()]
+        while answers[-1].header.command != reply_to(command):
+            answers.append(self.receive())
+        return answers[:-1]
 
     def logged(self, size: int) -> str:
         """What the card logs when so many bytes of this client arrive."""
