@@ -52,6 +52,8 @@ def restore(settings: Settings) -> None:
     Path("/etc/config/network").write_text(_network_config(settings))
     for name, number in _PART_NUMBERS.items():
         Path("/etc/pnr", name).write_text(number + "\n")
+    if Path("/dev/mtd0ro").is_dir():
+        Path("/dev/mtd0ro").rmdir()
     Path("/dev/mtd0ro").write_bytes(_bootloader_flash())
 
 

@@ -80,17 +80,22 @@ def prepare(directory: str, binds: list[str]) -> None:
 def empty_volatile() -> None:
     """Empties /tmp and /var as a power cycle does, except for what is bound there."""
     for directory in _VOLATILE:
-        _empty(Path(directory))
+        _empty(Path(directory), _mounts())
 
 
-def _empty(directory: Path) -> bool:
+def _mounts() -> set[str]:
+    # os.path.ismount() takes every file of an overlay for a mount: it has another device number than its directory.
+    return {line.split()[4] for line in Path("/proc/self/mountinfo").read_text().splitlines()}
+
+
+def _empty(directory: Path, mounts: set[str]) -> bool:
     """True if nothing is left in the directory."""
     is_empty = True
     for entry in list(directory.iterdir()):
-        if os.path.ismount(entry):
+        if str(entry) in mounts:
             is_empty = False
         elif entry.is_dir() and not entry.is_symlink():
-            if _empty(entry):
+            if _empty(entry, mounts):
                 entry.rmdir()
             else:
                 is_empty = False
@@ -102,4 +107,4 @@ def _empty(directory: Path) -> bool:
 def clear(directory: str) -> None:
     """Makes a directory of the card empty, creating it if need be; it may be a mount and is not replaced."""
     os.makedirs(directory, exist_ok=True)
-    _empty(Path(directory))
+    _empty(Path(directory), _mounts())
