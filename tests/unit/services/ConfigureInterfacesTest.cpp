@@ -3,6 +3,7 @@
 #include "services/IpConfigSet.h"
 #include "support/SystemTest.h"
 #include "unit/services/IpConfigSamples.h"
+#include "unit/services/NoXmlMemory.h"
 
 #include <syslog.h>
 
@@ -162,4 +163,11 @@ TEST_F(ConfigureInterfacesTest, FailsIfTheCommitFails)
     shell.answer("uci -q commit ", exitStatus(1));
     EXPECT_EQ(configureInterfaces(configuration(one)), -1);
     EXPECT_EQ(shell.commands().back(), "uci -q commit ");
+}
+
+TEST_F(ConfigureInterfacesTest, RunNoCommandIfNoReaderCanBeMade)
+{
+    const NoXmlMemory noMemory;
+    EXPECT_EQ(configureInterfaces(configuration(one)), -1);
+    EXPECT_TRUE(shell.commands().empty());
 }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/Envelope.h"
 #include "support/SystemTest.h"
+#include "unit/services/NoXmlMemory.h"
 
 #include <syslog.h>
 
@@ -153,4 +154,13 @@ TEST_F(EnvelopeTest, RefusesABlankDocument)
 TEST_F(EnvelopeTest, RefusesABrokenDocument)
 {
     expectUnreadable("<RebootCard From=\"mgmt");
+}
+
+TEST_F(EnvelopeTest, IsRefusedIfNoReaderCanBeMade)
+{
+    const std::string document = std::string("<RebootCard") + names;
+    const NoXmlMemory noMemory;
+    EXPECT_EQ(parseEnvelope(document, from, to), -1);
+    ASSERT_EQ(log.warnings().size(), 1U);
+    EXPECT_TRUE(log.warnings().front().starts_with("xmlReaderForDoc() failed: ")) << log.warnings().front();
 }
