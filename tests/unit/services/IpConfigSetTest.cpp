@@ -39,6 +39,13 @@ TEST_F(IpConfigSetTest, LogsOneLineOnSuccess)
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{start}));
 }
 
+TEST_F(IpConfigSetTest, RestartsTheNetworkForARootWithoutInterfaces)
+{
+    EXPECT_EQ(serve(textRequest(4, "<IpConfiguration From=\"mgmt\" To=\"card7\"/>")), 0);
+    EXPECT_EQ(shell.commands(), joined({readBack, commit, restart}));
+    expectBroadcast(request, 1);
+}
+
 TEST_F(IpConfigSetTest, RestartsTheNetworkForAnotherRoot)
 {
     EXPECT_EQ(serve(textRequest(4, "<RebootCard From=\"mgmt\" To=\"card7\"/>")), 0);
