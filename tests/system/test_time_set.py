@@ -126,7 +126,9 @@ def test_local_time_zone_does_not_matter(
     assert watch.logged("info Setting unix time to 1625375167")
 
 
-@pytest.mark.parametrize(("mode", "status"), [("Ntp", Status.SUCCESS), ("Manual", Status.FAILURE), ("ntp", Status.FAILURE)])
+@pytest.mark.parametrize(
+    ("mode", "status"), [("Ntp", Status.SUCCESS), ("Manual", Status.FAILURE), ("ntp", Status.FAILURE)]
+)
 def test_replication_marker_is_left_whatever_the_outcome(
     scratch_card: Card, tcp: TcpPeer, mode: str, status: Status
 ) -> None:
