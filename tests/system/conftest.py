@@ -1,19 +1,15 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""Fixtures of the system tests: the shipped daemon on a simulated card, and clients on the card's LAN.
-
-TARVELD_COMMAND may name another daemon, with its emulator in front if it needs one.
-"""
+"""Fixtures of the system tests: the shipped daemon on a simulated card, and clients on the card's LAN."""
 
 import os
 import shlex
 import sys
 from collections.abc import Callable, Iterator
-from pathlib import Path
 
 import pytest
+from support.daemon import COMMAND, IS_EMULATED, ROOT
 
-ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "sim"))
 
 import tarvelsim  # noqa: E402
@@ -21,10 +17,8 @@ from support.peers import TcpPeer, UdpPeer  # noqa: E402
 from support.tracing import Tracer  # noqa: E402
 from support.watch import Watch  # noqa: E402
 
-if "TARVELD_COMMAND" in os.environ:
-    os.environ["TARVELD"] = os.environ["TARVELD_COMMAND"]
-DAEMON_WORDS = shlex.split(os.environ.get("TARVELD", "")) or [str(ROOT / "build/tarveld")]
-DAEMON = [str(Path(word).resolve()) if Path(word).exists() else word for word in DAEMON_WORDS]
+# For tarvelsim, which looks for the card's other programs next to the daemon.
+os.environ["TARVELD"] = shlex.join(COMMAND)
 
 
 def pytest_configure(config: pytest.Config) -> None:
@@ -32,9 +26,9 @@ def pytest_configure(config: pytest.Config) -> None:
 
 
 def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
-    if len(DAEMON) == 1:
+    if not IS_EMULATED:
         return
-    emulated = pytest.mark.skip(reason=f"system calls of {DAEMON[0]} are not the daemon's")
+    emulated = pytest.mark.skip(reason=f"system calls of {COMMAND[0]} are not the daemon's")
     for item in items:
         if item.get_closest_marker("needs_native"):
             item.add_marker(emulated)
@@ -61,13 +55,13 @@ def lan() -> tarvelsim.Lan:
 @pytest.fixture(scope="session")
 def daemon() -> list[str]:
     """The command line of the daemon under test."""
-    return DAEMON
+    return COMMAND
 
 
 @pytest.fixture(scope="session")
 def only_card(lan: tarvelsim.Lan) -> Iterator[tarvelsim.Card]:
     """The card that the tests share; use `card` or `scratch_card`."""
-    with lan.card("card1", command=DAEMON) as card:
+    with lan.card("card1", command=COMMAND) as card:
         yield card
 
 
@@ -141,4 +135,4 @@ def watch(only_card: tarvelsim.Card, lan: tarvelsim.Lan, addresses: dict[str, st
 @pytest.fixture
 def tracer(scratch_card: tarvelsim.Card) -> Tracer:
     """Restarts the shared card's daemon with its system calls watched or spoiled."""
-    return Tracer(scratch_card, DAEMON)
+    return Tracer(scratch_card, COMMAND)

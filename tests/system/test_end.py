@@ -6,6 +6,7 @@ import signal
 from typing import Any
 
 import pytest
+from support.daemon import words
 from tarvelsim import Card, Lan
 
 ABORTED = -signal.SIGABRT
@@ -36,7 +37,7 @@ def test_second_daemon_on_a_card_is_aborted(card: Card, daemon: list[str]) -> No
     done = card.run(daemon, check=False)
     card.wait_log("Bind() failed", since=mark)
     assert done.returncode in (ABORTED, 128 + signal.SIGABRT)
-    assert lines_of(card, mark)[-1] == "warning Bind() failed: Address already in use"
+    assert lines_of(card, mark)[-1] == f"warning Bind() failed: {words('Address already in use')}"
 
 
 def test_second_daemon_does_not_disturb_the_first(card: Card, daemon: list[str]) -> None:

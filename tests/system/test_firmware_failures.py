@@ -155,7 +155,7 @@ def test_archive_file_that_cannot_be_closed_is_only_logged(
 def test_write_error_is_logged_once_and_is_a_failure(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
-    tracer.inject("write:error=ENOSPC", path=STORED)
+    tracer.inject("/^writev?$:error=ENOSPC", path=STORED)
     mark = scratch_card.log_mark()
     peer = connect()
     peer.send(request(7, message_format=1, payload_length=4 + 4096) + struct.pack("<I", 4096) + b"x" * 4096)

@@ -3,6 +3,7 @@
 """The reboot of a card."""
 
 import pytest
+from support.daemon import words
 from support.documents import envelope, reboot_card
 from support.peers import BROADCAST, UdpPeer
 from support.tracing import Tracer
@@ -106,4 +107,4 @@ def test_shell_without_a_result_is_told_on_standard_error(scratch_card: Card, tr
     scratch_card.hold("reboot")
     tracer.inject(*NO_RESULT)
     udp.ask(QUESTION)
-    scratch_card.wait_console("system() FAILED: No child processes\n")
+    scratch_card.wait_console(f"system() FAILED: {words('No child processes')}\n")

@@ -5,13 +5,14 @@
 import os
 import re
 
+from support.daemon import words
 from support.descriptors import descriptors, is_closed_on_exec
 from support.peers import TcpPeer
 from support.watch import Watch
 from tarvelsim import Card
 from wire import Command, request
 
-FIRST_START = """\
+FIRST_START = f"""\
 info Starting...
 info SVN revision: 1795:4041
 info /tmp/upgrade successfully created
@@ -29,7 +30,7 @@ info Datagram socket (N) successfully created
 info Server socket options successfully set
 info Bind() was successful
 info BindToDevice (eth1) was successful
-warning recv() failed: Transport endpoint is not connected
+warning recv() failed: {words('Transport endpoint is not connected')}
 info Socket (PEER) successfully closed""".splitlines()
 
 

@@ -7,6 +7,7 @@ from collections.abc import Callable
 from pathlib import Path
 
 import pytest
+from support.daemon import words
 from support.documents import time_reference
 from support.peers import PATIENCE, TcpPeer
 from support.tracing import Tracer
@@ -96,7 +97,7 @@ def test_clock_error_is_logged_with_its_text(
 FAULTS = [
     ("flock:error=ENOLCK:when=1", LOCK, "flock() FAILED: No locks available"),
     ("flock:error=ENOLCK:when=2", LOCK, "flock() FAILED: No locks available"),
-    ("close:error=EIO", LOCK, "close() FAILED: Input/output error"),
+    ("close:error=EIO", LOCK, f"close() FAILED: {words('Input/output error')}"),
 ]
 
 
@@ -119,7 +120,7 @@ def test_marker_that_cannot_be_closed_is_only_logged(
     tracer.inject("close:error=EIO", path=MARKER)
     mark = scratch_card.log_mark()
     assert set_time(connect(), time_reference("Ntp")) == Status.SUCCESS
-    scratch_card.wait_log("fclose() FAILED: Input/output error", since=mark, level="warning")
+    scratch_card.wait_log(f"fclose() FAILED: {words('Input/output error')}", since=mark, level="warning")
 
 
 @pytest.mark.needs_native

@@ -4,6 +4,7 @@
 
 import re
 
+from support.daemon import words
 from support.peers import TcpPeer
 from support.watch import Watch
 from tarvelsim import Card
@@ -84,7 +85,7 @@ def test_part_number_directory_may_be_missing(scratch_card: Card, tcp: TcpPeer) 
 def test_empty_file_is_left_out_without_an_old_error(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     scratch_card.write("/etc/pnr/kernel", "")
     assert version(tcp, "kernel") is None
-    assert watch.console() == "fgets() failed or file is empty: Success\n"
+    assert watch.console() == f"fgets() failed or file is empty: {words('Success')}\n"
 
 
 def test_version_is_copied_unescaped(scratch_card: Card, tcp: TcpPeer) -> None:

@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The daemon under test: how it is run, and what its C library calls an error.
+
+TARVELD_COMMAND, or TARVELD, is its command line, with an emulator in front if it needs one.
+"""
+
+import os
+import shlex
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[3]
+
+_WORDS = shlex.split(os.environ.get("TARVELD_COMMAND") or os.environ.get("TARVELD") or str(ROOT / "build/tarveld"))
+COMMAND = [str(Path(word).resolve()) if Path(word).exists() else word for word in _WORDS]
+IS_EMULATED = len(COMMAND) > 1
+
+# Where musl has other words than glibc.
+_IN_MUSL = {
+    "Success": "No error information",
+    "Address already in use": "Address in use",
+    "Cannot allocate memory": "Out of memory",
+    "Input/output error": "I/O error",
+    "No child processes": "No child process",
+    "Too many open files": "No file descriptors available",
+    "Transport endpoint is not connected": "Socket not connected",
+}
+
+
+def _uses_musl() -> bool:
+    """Linked to it, or with its texts inside."""
+    program = Path(COMMAND[-1])
+    content = program.read_bytes() if program.exists() else b""
+    return b"ld-musl" in content or b"\0No error information\0" in content
+
+
+_USES_MUSL = _uses_musl()
+
+
+def words(text: str) -> str:
+    """An error's text, given in the words of glibc, as the daemon under test says it."""
+    return _IN_MUSL[text] if _USES_MUSL else text
