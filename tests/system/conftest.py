@@ -34,14 +34,14 @@ def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
             item.add_marker(emulated)
 
 
-@pytest.hookimpl(hookwrapper=True)
+FAILED = pytest.StashKey[bool]()
+
+
+@pytest.hookimpl(hookwrapper=True)  # type: ignore[misc]
 def pytest_runtest_makereport(item: pytest.Item) -> Iterator[None]:
     outcome = yield
     if outcome.get_result().failed:  # type: ignore[attr-defined]
         item.stash[FAILED] = True
-
-
-FAILED = pytest.StashKey[bool]()
 
 
 @pytest.fixture(scope="session")

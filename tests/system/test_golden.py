@@ -31,7 +31,7 @@ def test_time_reference_get(card: Card, addresses: dict[str, str], device: str) 
 
 
 @pytest.mark.parametrize("device", ["eth0", "eth1"])
-@pytest.mark.parametrize("exchange", [golden.UPLOAD, golden.UPGRADE, golden.TIME_SET], ids=lambda one: one.name)
+@pytest.mark.parametrize("exchange", [golden.UPLOAD, golden.UPGRADE, golden.TIME_SET], ids=str)
 def test_tcp_command_that_changes_the_card(
     scratch_card: Card, addresses: dict[str, str], device: str, exchange: golden.Exchange
 ) -> None:
@@ -53,7 +53,7 @@ def test_ip_configuration_get(card: Card, request: pytest.FixtureRequest, device
 
 
 @pytest.mark.parametrize("device", ["udp", "udp1"])
-@pytest.mark.parametrize("exchange", [golden.IP_SET, golden.REBOOT], ids=lambda one: one.name)
+@pytest.mark.parametrize("exchange", [golden.IP_SET, golden.REBOOT], ids=str)
 def test_udp_command_that_changes_the_card(
     scratch_card: Card, request: pytest.FixtureRequest, device: str, exchange: golden.Exchange
 ) -> None:

@@ -7,10 +7,11 @@ import re
 
 from support.daemon import words
 from support.descriptors import descriptors, is_closed_on_exec
-from support.peers import TcpPeer
+from support.documents import ip_configuration
+from support.peers import TcpPeer, UdpPeer
 from support.watch import Watch
 from tarvelsim import Card
-from wire import Command, request
+from wire import Command, Status, request
 
 FIRST_START = f"""\
 info Starting...
@@ -111,3 +112,20 @@ def test_every_descriptor_is_closed_on_exec(card: Card, tcp: TcpPeer) -> None:
         if number > 2 and not is_closed_on_exec(card.daemon_pid, number)
     }
     assert kept == {}
+
+
+def test_daemon_restarts_right_after_it_has_closed_a_connection(scratch_card: Card, tcp: TcpPeer) -> None:
+    tcp.send(request(Command.VERSIONS, device=6))
+    tcp.rest()  # the card has closed first, so its port lingers
+    scratch_card.stop_daemon()
+    scratch_card.start_daemon()
+    assert scratch_card.daemon_pid is not None
+
+
+def test_new_host_name_counts_from_the_next_start_on(scratch_card: Card, udp: UdpPeer) -> None:
+    scratch_card.uci("set", "system.@system[0].hostname=renamed")
+    assert udp.is_ignored(request(Command.IP_GET, ip_configuration(to="renamed")))
+    scratch_card.stop_daemon()
+    scratch_card.start_daemon()
+    assert udp.is_ignored(request(Command.IP_GET, ip_configuration(to="card1")))
+    assert udp.ask(request(Command.IP_GET, ip_configuration(to="renamed"))).header.status == Status.SUCCESS

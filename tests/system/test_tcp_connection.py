@@ -90,7 +90,7 @@ def test_requests_sent_at_once_are_answered_in_order(card: Card, tcp: TcpPeer) -
     assert [tcp.receive().header.sequence for _ in range(20)] == list(range(20))
 
 
-@pytest.mark.parametrize("command", [Command.VERSIONS, Command.TIME_GET], ids=lambda command: command.name)
+@pytest.mark.parametrize("command", [Command.VERSIONS, Command.TIME_GET], ids=["versions", "time"])
 def test_payload_of_a_get_command_is_taken_as_the_next_message(card: Card, tcp: TcpPeer, command: Command) -> None:
     tcp.send(request(command, payload_length=20) + request(0x55, sequence=3))
     assert tcp.receive().header.status == Status.SUCCESS

@@ -3,6 +3,7 @@
 """Which TCP requests are refused before any command sees them, and what follows."""
 
 from collections.abc import Callable
+from typing import Any
 
 import pytest
 from support.descriptors import wait_until_read
@@ -25,14 +26,14 @@ REFUSALS = [
 
 @pytest.mark.parametrize(("wrong", "status"), REFUSALS, ids=str)
 def test_wrong_header_gets_its_status_with_the_cards_own_numbers(
-    card: Card, tcp: TcpPeer, wrong: dict[str, int], status: Status
+    card: Card, tcp: TcpPeer, wrong: dict[str, Any], status: Status
 ) -> None:
     reply = tcp.ask(request(Command.VERSIONS, sequence=0xA1B2C3D4, **wrong))
     assert reply.header == Header(command=0x8001, status=status, sequence=0xA1B2C3D4)
 
 
 @pytest.mark.parametrize("wrong", [{"version": 2}, {"device": 6}, {"service": 3}], ids=str)
-def test_refused_header_ends_the_connection(card: Card, tcp: TcpPeer, wrong: dict[str, int]) -> None:
+def test_refused_header_ends_the_connection(card: Card, tcp: TcpPeer, wrong: dict[str, Any]) -> None:
     tcp.send(request(Command.VERSIONS, **wrong))
     assert len(tcp.rest()) == 20
 

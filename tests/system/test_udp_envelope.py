@@ -19,7 +19,7 @@ def is_broadcast_failure(answer: Answer, command: int, sequence: int = 0) -> boo
 
 
 @pytest.mark.parametrize("device", ["udp", "udp1"])
-@pytest.mark.parametrize("command", COMMANDS, ids=lambda command: command.name)
+@pytest.mark.parametrize("command", COMMANDS, ids=COMMANDS.values())
 def test_request_without_a_section_is_refused_to_everybody(
     card: Card, watch: Watch, request: pytest.FixtureRequest, device: str, command: Command
 ) -> None:
@@ -84,7 +84,7 @@ BAD_DOCUMENTS = [
 ]
 
 
-@pytest.mark.parametrize("command", COMMANDS, ids=lambda command: command.name)
+@pytest.mark.parametrize("command", COMMANDS, ids=COMMANDS.values())
 @pytest.mark.parametrize(("document", "warnings"), BAD_DOCUMENTS, ids=[text for text, _ in BAD_DOCUMENTS])
 def test_bad_envelope_is_logged_and_refused(
     card: Card, udp: UdpPeer, watch: Watch, command: Command, document: str, warnings: list[str]

@@ -2,6 +2,8 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Which datagrams are refused or dropped before any command sees them."""
 
+from typing import Any
+
 import pytest
 from support.peers import BROADCAST, TcpPeer, UdpPeer
 from support.stopping import stopped
@@ -40,7 +42,7 @@ def peer(card: Card, request: pytest.FixtureRequest) -> UdpPeer:
 
 @pytest.mark.parametrize(("wrong", "status", "warnings"), REFUSALS, ids=str)
 def test_wrong_header_is_logged_and_refused_to_its_sender(
-    peer: UdpPeer, watch: Watch, wrong: dict[str, int], status: Status, warnings: list[str]
+    peer: UdpPeer, watch: Watch, wrong: dict[str, Any], status: Status, warnings: list[str]
 ) -> None:
     answer = peer.ask(request(**{"command": 3, "sequence": 0xA1B2C3D4, **wrong}))
     assert answer.header == Header(command=0x8003, status=status, sequence=0xA1B2C3D4)
@@ -50,7 +52,7 @@ def test_wrong_header_is_logged_and_refused_to_its_sender(
 
 @pytest.mark.parametrize(("other", "reasons"), DROPS, ids=str)
 def test_datagram_that_is_not_for_this_card_is_dropped(
-    peer: UdpPeer, watch: Watch, other: dict[str, int], reasons: list[str]
+    peer: UdpPeer, watch: Watch, other: dict[str, Any], reasons: list[str]
 ) -> None:
     assert peer.is_ignored(request(**{"command": 3, **other}))
     assert watch.log()[: 1 + len(reasons)] == [peer.logged(20), *reasons]

@@ -16,6 +16,9 @@ class Exchange:
     request: bytes
     reply: bytes
 
+    def __str__(self) -> str:
+        return self.name
+
 
 def _exchange(name: str, request: str, reply: str) -> Exchange:
     return Exchange(name, bytes.fromhex(request), bytes.fromhex(reply))
