@@ -14,6 +14,9 @@ from support.watch import Watch
 from tarvelsim import Card
 from wire import Command, Header, Status, request
 
+# Closing a socket with this option resets the connection.
+LINGER_FOR_NO_TIME = b"\1\0\0\0\0\0\0\0"
+
 # sendto(4, ""..., 20, MSG_MORE, NULL, 0) = 20
 SEND = re.compile(r", (\d+, \w+), NULL, 0\)")
 
@@ -62,8 +65,7 @@ def test_connection_that_is_reset_is_logged_with_its_error(
 ) -> None:
     peer = connect()
     peer.ask(request(2))
-    linger_for_no_time = b"\1\0\0\0\0\0\0\0"
-    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, linger_for_no_time)
+    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, LINGER_FOR_NO_TIME)
     peer.socket.close()
     connect().ask(request(3))
     assert watch.log_without_numbers()[2:4] == [
@@ -73,16 +75,18 @@ def test_connection_that_is_reset_is_logged_with_its_error(
 
 
 def test_reply_to_a_client_that_is_gone_does_not_end_the_daemon(
-    card: Card, watch: Watch, connect: Callable[[], TcpPeer]
+    scratch_card: Card, watch: Watch, connect: Callable[[], TcpPeer]
 ) -> None:
     peer = connect()
-    card.hold("sh")
-    peer.send(request(Command.TIME_GET) + request(Command.VERSIONS) * 3)
-    card.wait_command("uci -q get system.ntp.server", since=watch.commands_mark)
-    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, b"\1\0\0\0\0\0\0\0")
+    scratch_card.hold("sh")
+    peer.send(request(Command.TIME_GET))
+    scratch_card.wait_command("uci -q get system.ntp.server", since=watch.commands_mark)
+    peer.end_sending()
+    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, LINGER_FOR_NO_TIME)
     peer.socket.close()
-    card.release()
+    scratch_card.release()
     assert connect().ask(request(Command.VERSIONS)).header.status == Status.SUCCESS
+    assert "info Client closed the connection" in watch.log()
 
 
 def test_requests_sent_at_once_are_answered_in_order(card: Card, tcp: TcpPeer) -> None:

@@ -44,7 +44,8 @@ def peer(card: Card, request: pytest.FixtureRequest) -> UdpPeer:
 def test_wrong_header_is_logged_and_refused_to_its_sender(
     peer: UdpPeer, watch: Watch, wrong: dict[str, Any], status: Status, warnings: list[str]
 ) -> None:
-    answer = peer.ask(request(**{"command": 3, "sequence": 0xA1B2C3D4, **wrong}))
+    fields: dict[str, Any] = {"command": 3, "sequence": 0xA1B2C3D4, **wrong}
+    answer = peer.ask(request(**fields))
     assert answer.header == Header(command=0x8003, status=status, sequence=0xA1B2C3D4)
     assert answer.destination == peer.own_address
     assert watch.log() == [peer.logged(20), *warnings]
@@ -54,7 +55,8 @@ def test_wrong_header_is_logged_and_refused_to_its_sender(
 def test_datagram_that_is_not_for_this_card_is_dropped(
     peer: UdpPeer, watch: Watch, other: dict[str, Any], reasons: list[str]
 ) -> None:
-    assert peer.is_ignored(request(**{"command": 3, **other}))
+    fields: dict[str, Any] = {"command": 3, **other}
+    assert peer.is_ignored(request(**fields))
     assert watch.log()[: 1 + len(reasons)] == [peer.logged(20), *reasons]
 
 
