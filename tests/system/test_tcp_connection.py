@@ -7,8 +7,8 @@ import socket
 from collections.abc import Callable
 
 import pytest
-from support.descriptors import connection_of
-from support.peers import TcpPeer
+from support.descriptors import connection_of, wait_until_read
+from support.peers import TcpPeer, UdpPeer
 from support.tracing import Tracer
 from support.watch import Watch
 from tarvelsim import Card
@@ -87,6 +87,22 @@ def test_reply_to_a_client_that_is_gone_does_not_end_the_daemon(
     scratch_card.release()
     assert connect().ask(request(Command.VERSIONS)).header.status == Status.SUCCESS
     assert "info Client closed the connection" in watch.log()
+
+
+def test_client_that_stalls_holds_everything_up(card: Card, watch: Watch, tcp: TcpPeer, udp: UdpPeer) -> None:
+    tcp.ask(request(2))
+    tcp.send(request(0x43)[:10])
+    assert card.daemon_pid is not None
+    wait_until_read(card.daemon_pid, tcp)
+    udp.send(request(0x42))
+    tcp.send(request(0x43)[10:])
+    tcp.receive()
+    udp.receive()
+    assert watch.log()[-3:] == [
+        "warning Unknown command ID: 0x43",
+        udp.logged(20),
+        "warning Unknown command ID: 0x42",
+    ]
 
 
 def test_requests_sent_at_once_are_answered_in_order(card: Card, tcp: TcpPeer) -> None:

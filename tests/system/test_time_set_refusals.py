@@ -136,6 +136,8 @@ def test_text_that_is_no_document_is_refused_with_one_warning(
     ],
     ids=["longer name", "not closed", "document type", "processing instruction"],
 )
-def test_name_is_a_prefix_and_the_node_type_is_not_looked_at(card: Card, watch: Watch, tcp: TcpPeer, text: str) -> None:
+def test_name_is_a_prefix_and_the_node_type_is_not_looked_at(
+    scratch_card: Card, watch: Watch, tcp: TcpPeer, text: str
+) -> None:
     tcp.ask(request(Command.TIME_SET, text))
     assert not any("Bad node name" in line for line in watch.log())
