@@ -28,7 +28,7 @@ def is_refused(udp: UdpPeer, watch: Watch, content: str) -> bool:
 
 
 REFUSALS = [
-    ("", "<Interface/>", ["warning No attributes in node: Interface"]),
+    ("no attributes", "<Interface/>", ["warning No attributes in node: Interface"]),
     ("no name", interface(None, "Dhcp"), ['warning Getting attribute "Name" failed']),
     ("no mode", interface("VemkEth1", None), ['warning Getting attribute "Mode" FAILED']),
     ("unknown name", interface("VemkEth3", "Dhcp"), ["warning Unknown interface: VemkEth3"]),
