@@ -12,6 +12,7 @@ import daemon
 import factory
 import filesystem
 import network
+import programs
 from control import Control, Order
 from settings import DIRECTORY, Settings
 from systemlog import SystemLog
@@ -38,6 +39,7 @@ class Card:
         }
 
     def first_boot(self) -> None:
+        programs.install(self._settings.programs)
         factory.restore(self._settings)
         self._boot(with_extra_files=True)
 

@@ -10,6 +10,7 @@ from settings import Settings
 
 _PART_NUMBERS = {"squashfs": "BASE-1.4.0", "kernel": "KERN-6.1.0", "application": "APPL-2.5.1"}
 _BOOT_FILES = {"/tmp/drav_pnr_assy": "DRAV-2001-03\n", "/tmp/vemk_pnr_assy": "VEMK-1004-07\n"}
+_FLASH = Path("/dev/mtd0ro")
 _FLASH_SIZE = 1024
 _INTERFACES = {"eth0": "lanvemt2eth1", "eth1": "lanvemt2eth2"}
 
@@ -37,8 +38,8 @@ def _bootloader_flash() -> bytes:
 
 
 def _write(path: str, content: bytes | None) -> None:
+    filesystem.remove(Path(path))
     if content is None:
-        Path(path).unlink(missing_ok=True)
         return
     Path(path).parent.mkdir(parents=True, exist_ok=True)
     Path(path).write_bytes(content)
@@ -52,9 +53,8 @@ def restore(settings: Settings) -> None:
     Path("/etc/config/network").write_text(_network_config(settings))
     for name, number in _PART_NUMBERS.items():
         Path("/etc/pnr", name).write_text(number + "\n")
-    if Path("/dev/mtd0ro").is_dir():
-        Path("/dev/mtd0ro").rmdir()
-    Path("/dev/mtd0ro").write_bytes(_bootloader_flash())
+    filesystem.remove(_FLASH)
+    _FLASH.write_bytes(_bootloader_flash())
 
 
 def make_boot_files() -> None:

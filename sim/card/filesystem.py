@@ -104,7 +104,19 @@ def _empty(directory: Path, mounts: set[str]) -> bool:
     return is_empty
 
 
+def remove(path: Path) -> None:
+    """Whatever it is: a file, a link, or a directory with all that is in it; no error if there is nothing."""
+    if path.is_dir() and not path.is_symlink():
+        if _empty(path, _mounts()):
+            path.rmdir()
+    else:
+        path.unlink(missing_ok=True)
+
+
 def clear(directory: str) -> None:
-    """Makes a directory of the card empty, creating it if need be; it may be a mount and is not replaced."""
-    os.makedirs(directory, exist_ok=True)
-    _empty(Path(directory), _mounts())
+    """Makes an empty directory of whatever is there; one that is a mount stays one."""
+    path = Path(directory)
+    if path.is_symlink() or not path.is_dir():
+        remove(path)
+        path.mkdir(parents=True)
+    _empty(path, _mounts())

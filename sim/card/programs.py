@@ -8,6 +8,7 @@ Each of them is the gate, which records the call and then becomes the program of
 import os
 from pathlib import Path
 
+import filesystem
 import kernel
 
 PATH = "/run/bin:/usr/sbin:/usr/bin:/sbin:/bin"
@@ -24,13 +25,25 @@ def _real_program(name: str, programs: dict[str, str]) -> str:
     return str(standin) if standin.exists() else programs[name]
 
 
+def take_over_shell(gate: str) -> None:
+    """The shell cannot be found through the path: system() asks for /bin/sh. The real one is in /run/programs."""
+    kernel.bind(gate, os.path.realpath("/bin/sh"))
+
+
 def install(programs: dict[str, str]) -> None:
-    """`programs` says where the programs that are no script of ours are: gate, uci and tar."""
-    os.makedirs("/run/bin", exist_ok=True)
-    os.makedirs("/lib/upgrade", exist_ok=True)
+    """`programs` says where the programs that are no script of ours are: gate, uci and tar.
+
+    What is missing or was replaced since the last time is put right.
+    """
     for path in [*(f"/run/bin/{name}" for name in _ON_PATH), *_FIXED]:
         name = os.path.basename(path)
-        os.symlink(_real_program(name, programs), _REAL / name)
-        os.symlink(programs["gate"], path)
-    # The shell cannot be found through the path: system() asks for /bin/sh. The real one is already in place.
-    kernel.bind(programs["gate"], os.path.realpath("/bin/sh"))
+        _link(_real_program(name, programs), _REAL / name)
+        _link(programs["gate"], Path(path))
+
+
+def _link(target: str, link: Path) -> None:
+    if link.is_symlink() and os.readlink(link) == target:
+        return
+    link.parent.mkdir(parents=True, exist_ok=True)
+    filesystem.remove(link)
+    link.symlink_to(target)
