@@ -15,6 +15,11 @@ function(add_unit_tests name)
     redirect_links(${arg_LINK})
     add_executable(${program} ${arg_SOURCES})
     target_link_libraries(${program} PRIVATE ${redirected_links} test_support GTest::gtest_main)
+    # The code under test is compiled as its preset says. The tests' own code need not be fast, and optimising it takes
+    # several times as long as all the rest.
+    if(NOT CMAKE_CROSSCOMPILING)
+        target_compile_options(${program} PRIVATE -O0 -U_FORTIFY_SOURCE)
+    endif()
     # Under an emulator, or with sanitizers, listing the tests can take its time.
     gtest_discover_tests(${program} TEST_PREFIX "${name}: " DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 60)
     set_property(GLOBAL APPEND PROPERTY TARVELD_TEST_PROGRAMS ${program})
