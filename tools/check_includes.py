@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
 """Fails on an include that points against the arrows of the architecture, or on a cycle of includes.

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
 """Checks the rules of the house that no other tool knows, on all files that git tracks.
