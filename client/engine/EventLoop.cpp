@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/engine/EventLoop.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+EventLoop::Wait::Wait(EventLoop& newLoop, std::vector<pollfd> newDescriptors, TimePoint newDeadline)
+    : loop(newLoop), descriptors(std::move(newDescriptors)), deadline(newDeadline)
+{
+}
+
+EventLoop::Wait::~Wait()
+{
+    loop.forget(this);
+}
+
+void EventLoop::Wait::await_suspend(std::coroutine_handle<> waiting)
+{
+    handle = waiting;
+    loop.waits.push_back(this);
+}
+
+bool EventLoop::Wait::await_resume() const
+{
+    if (end == End::interrupted) {
+        throw Interrupted();
+    }
+    return end == End::ready;
+}
+
+EventLoop::Wait EventLoop::readable(int descriptor, TimePoint deadline)
+{
+    return {*this, {{descriptor, POLLIN, 0}}, deadline};
+}
+
+EventLoop::Wait EventLoop::writable(int descriptor, TimePoint deadline)
+{
+    return {*this, {{descriptor, POLLOUT, 0}}, deadline};
+}
+
+EventLoop::Wait EventLoop::anyReadable(const std::vector<int>& descriptors, TimePoint deadline)
+{
+    std::vector<pollfd> polled;
+    for (const int descriptor : descriptors) {
+        polled.push_back({descriptor, POLLIN, 0});
+    }
+    return {*this, std::move(polled), deadline};
+}
+
+EventLoop::Wait EventLoop::ready(std::vector<pollfd> descriptors, TimePoint deadline)
+{
+    return {*this, std::move(descriptors), deadline};
+}
+
+EventLoop::Wait EventLoop::until(TimePoint moment)
+{
+    return {*this, {}, moment};
+}
+
+void EventLoop::interrupt()
+{
+    interruptedOnce = true;
+    for (Wait* wait : waits) {
+        wait->end = Wait::End::interrupted;
+    }
+}
+
+void EventLoop::forget(const Wait* wait)
+{
+    std::erase(waits, wait);
+}
+
+void EventLoop::turn()
+{
+    if (posted.empty()) {
+        if (waits.empty()) {
+            throw std::logic_error("a task waits for nothing");
+        }
+        pollOnce();
+        resumeEnded();
+    }
+    for (const std::coroutine_handle<> handle : std::exchange(posted, {})) {
+        handle.resume();
+    }
+}
+
+int EventLoop::timeoutMilliseconds() const
+{
+    TimePoint earliest = TimePoint::max();
+    for (const Wait* wait : waits) {
+        earliest = std::min(earliest, wait->deadline);
+    }
+    if (earliest == TimePoint::max()) {
+        return -1;
+    }
+    // Rounded up: a poll that ends just before the deadline would only spin.
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(earliest - Clock::now()).count();
+    return static_cast<int>(std::clamp<long long>(left, 0, std::numeric_limits<int>::max()));
+}
+
+std::vector<pollfd> EventLoop::collectDescriptors() const
+{
+    std::vector<pollfd> polled = {{interruptDescriptor, POLLIN, 0}};
+    for (const Wait* wait : waits) {
+        polled.insert(polled.end(), wait->descriptors.begin(), wait->descriptors.end());
+    }
+    return polled;
+}
+
+void EventLoop::noteReady(const std::vector<pollfd>& polled)
+{
+    std::size_t next = 1; // behind the interrupt descriptor
+    const TimePoint now = Clock::now();
+    for (Wait* wait : waits) {
+        const auto first = polled.begin() + static_cast<std::ptrdiff_t>(next);
+        next += wait->descriptors.size();
+        const auto last = polled.begin() + static_cast<std::ptrdiff_t>(next);
+        if (std::any_of(first, last, [](const pollfd& one) { return one.revents != 0; })) {
+            wait->end = Wait::End::ready;
+        } else if (wait->deadline <= now) {
+            wait->end = Wait::End::deadline;
+        }
+    }
+}
+
+void EventLoop::pollOnce()
+{
+    std::vector<pollfd> polled = collectDescriptors();
+    if (::poll(polled.data(), polled.size(), timeoutMilliseconds()) == -1 && errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), "poll");
+    }
+    noteReady(polled);
+    if (polled.front().revents != 0) {
+        interrupt();
+    }
+}
+
+// A continued coroutine may end waits of others by destroying them, so the list is looked at anew each time.
+void EventLoop::resumeEnded()
+{
+    const auto hasEnded = [](const Wait* wait) { return wait->end != Wait::End::none; };
+    for (auto ended = std::find_if(waits.begin(), waits.end(), hasEnded); ended != waits.end();
+         ended = std::find_if(waits.begin(), waits.end(), hasEnded)) {
+        const std::coroutine_handle<> handle = (*ended)->handle;
+        waits.erase(ended);
+        handle.resume();
+    }
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/engine/InterruptSource.h"
+
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace
+{
+
+volatile std::sig_atomic_t wakeDescriptor = -1; // a signal handler reaches nothing but globals
+
+void onSignal(int /*number*/)
+{
+    const int savedErrno = errno;
+    const char wake = 0;
+    // On purpose: a full pipe already wakes the loop.
+    [[maybe_unused]] const ssize_t ignored = ::write(wakeDescriptor, &wake, 1);
+    errno = savedErrno;
+}
+
+void setHandler(void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = handler == SIG_DFL ? 0 : static_cast<int>(SA_RESETHAND);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGTERM, &action, nullptr);
+}
+
+} // namespace
+
+InterruptSource::InterruptSource()
+{
+    std::array<int, 2> ends = {};
+    if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == -1) {
+        throw std::system_error(errno, std::generic_category(), "pipe2");
+    }
+    readEnd = Descriptor(ends[0]);
+    writeEnd = Descriptor(ends[1]);
+    wakeDescriptor = ends[1];
+    setHandler(onSignal);
+}
+
+InterruptSource::~InterruptSource()
+{
+    setHandler(SIG_DFL);
+    wakeDescriptor = -1;
+}
