@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+// The exit status, part of the contract with scripts. With several targets it is their common one, or `mixed`.
+enum class ExitCode : int {
+    ok = 0,
+    internal = 1,
+    usage = 2,
+    refusedByCard = 3, // status 2
+    protocol = 4,      // status 3 to 6, or an answer that makes no sense
+    noAnswer = 5,      // connected or sent, but nothing came in time
+    unreachable = 6,   // refused, no route, or no connection in time
+    verification = 7,  // the card answered well, but is not what it was told to be
+    mixed = 8,         // several targets with different outcomes
+    differs = 9,       // nothing to do, or a difference was found
+    badFile = 10,
+    interrupted = 130,
+};

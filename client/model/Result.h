@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/model/Failure.h"
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+// One value as it is printed; an empty one is null in JSON and nothing in a table.
+using Cell = std::variant<std::monostate, bool, std::int64_t, double, std::string>;
+
+struct Field {
+    std::string name;
+    Cell value;
+
+    bool operator==(const Field&) const = default;
+};
+
+using Row = std::vector<Field>;
+
+// What one target gave: the outcome, fields about the target, and at most one list with a row each. In JSON the list
+// is an array under its name; in a table and in CSV each row of the list is a line.
+struct Result {
+    std::string target;
+    ExitCode code = ExitCode::ok;
+    std::string category; // empty with ok
+    std::string phase;
+    std::string hint; // may also accompany a success
+    Row fields;
+    std::string listName;
+    std::vector<Row> list;
+
+    [[nodiscard]] bool ok() const { return code == ExitCode::ok; }
+    void add(std::string name, Cell value) { fields.push_back({std::move(name), std::move(value)}); }
+    // Takes over the outcome and leaves the data: what was learned before a failure is worth printing.
+    void fail(Failure failure)
+    {
+        code = failure.code;
+        category = std::move(failure.category);
+        phase = std::move(failure.phase);
+        hint = std::move(failure.hint);
+    }
+};
+
+// 0 if all are well, the common code if all ended alike, else ExitCode::mixed.
+[[nodiscard]] ExitCode commonCode(const std::vector<Result>& results);
