@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/messages/IpConfiguration.h"
+
+#include "client/wire/Frame.h"
+#include "client/wire/Network.h"
+#include "client/xml/TolerantScanner.h"
+#include "client/xml/XmlElement.h"
+#include "client/xml/XmlText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace
+{
+
+constexpr std::array<std::string_view, 2> rootAttributes = {"From", "To"};
+constexpr ElementForm rootForm = {"IpConfiguration", rootAttributes, ">"};
+constexpr std::array<std::string_view, 5> interfaceAttributes = {"Name", "Mode", "Address", "Netmask", "Gateway"};
+constexpr ElementForm interfaceForm = {"Interface", interfaceAttributes, "/>"};
+constexpr std::string_view closing = "</IpConfiguration>";
+
+std::optional<IpMode> modeOf(std::string_view word)
+{
+    for (const IpMode mode : {IpMode::fixed, IpMode::dhcp, IpMode::disabled}) {
+        if (word == wordOf(mode)) {
+            return mode;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<InterfaceConfig> interfaceOf(const XmlElement& element)
+{
+    const std::optional<std::string> name = element.attribute("Name");
+    const std::optional<IpMode> mode = modeOf(element.attribute("Mode").value_or(""));
+    if (element.name != "Interface" || !name || !mode) {
+        return std::nullopt;
+    }
+    return InterfaceConfig{*name, *mode, element.attribute("Address"), element.attribute("Netmask"),
+                           element.attribute("Gateway")};
+}
+
+bool isComplete(const IpConfiguration& configuration)
+{
+    return configuration.interfaces.size() == 2 && configuration.interfaces[0].name == "VemkEth1" &&
+           configuration.interfaces[1].name == "VemkEth2";
+}
+
+std::optional<IpConfiguration> configurationOf(const XmlElement& root)
+{
+    const std::optional<std::string> from = root.attribute("From");
+    const std::optional<std::string> to = root.attribute("To");
+    if (root.name != "IpConfiguration" || !from || !to) {
+        return std::nullopt;
+    }
+    IpConfiguration configuration{*from, *to, {}, false};
+    for (const XmlElement& child : root.children) {
+        std::optional<InterfaceConfig> interface = interfaceOf(child);
+        if (!interface) {
+            return std::nullopt;
+        }
+        configuration.interfaces.push_back(std::move(*interface));
+    }
+    return isComplete(configuration) ? std::optional(configuration) : std::nullopt;
+}
+
+std::optional<XmlElement> scanDocument(std::string_view rest)
+{
+    std::optional<XmlElement> root = scanElement(rest, rootForm);
+    while (root && rest != closing) {
+        std::optional<XmlElement> child = scanElement(rest, interfaceForm);
+        if (!child) {
+            return std::nullopt;
+        }
+        root->children.push_back(std::move(*child));
+    }
+    return root;
+}
+
+std::string envelope(std::string_view root, std::string_view card)
+{
+    std::string xml = "<" + std::string(root);
+    appendAttribute(xml, "From", ourName);
+    appendAttribute(xml, "To", card);
+    return xml;
+}
+
+void appendInterface(std::string& xml, const InterfaceConfig& interface)
+{
+    xml += "<Interface";
+    appendAttribute(xml, "Name", interface.name);
+    appendAttribute(xml, "Mode", wordOf(interface.mode));
+    const std::array values = {&interface.address, &interface.netmask, &interface.gateway};
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        if (*values[index]) {
+            appendAttribute(xml, interfaceAttributes[index + 2], **values[index]);
+        }
+    }
+    xml += "/>";
+}
+
+} // namespace
+
+std::string_view wordOf(IpMode mode)
+{
+    switch (mode) {
+    case IpMode::fixed:
+        return "Static";
+    case IpMode::dhcp:
+        return "Dhcp";
+    case IpMode::disabled:
+        break;
+    }
+    return "Disabled";
+}
+
+const InterfaceConfig* IpConfiguration::find(std::string_view name) const
+{
+    const auto found =
+        std::find_if(interfaces.begin(), interfaces.end(), [&](const auto& one) { return one.name == name; });
+    return found == interfaces.end() ? nullptr : &*found;
+}
+
+IpConfiguration parseIpConfiguration(const std::string& text, const std::string& phase)
+{
+    if (const std::optional<XmlElement> root = parseXml(text)) {
+        if (std::optional<IpConfiguration> configuration = configurationOf(*root)) {
+            return std::move(*configuration);
+        }
+    }
+    const std::optional<XmlElement> root = scanDocument(text);
+    std::optional<IpConfiguration> configuration = root ? configurationOf(*root) : std::nullopt;
+    if (!configuration) {
+        throw garbage(phase, "the answer is no IP configuration of two interfaces");
+    }
+    configuration->malformed = true;
+    return std::move(*configuration);
+}
+
+std::string ipConfigGetXml(std::string_view card)
+{
+    return envelope("IpConfiguration", card) + "/>";
+}
+
+std::string ipConfigSetXml(std::string_view card, const std::vector<InterfaceConfig>& interfaces)
+{
+    std::string xml = envelope("IpConfiguration", card) + ">";
+    for (const InterfaceConfig& interface : interfaces) {
+        appendInterface(xml, interface);
+    }
+    return xml + std::string(closing);
+}
+
+std::string rebootXml(std::string_view card)
+{
+    return envelope("RebootCard", card) + "/>";
+}

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+enum class IpMode { fixed, dhcp, disabled };
+
+[[nodiscard]] std::string_view wordOf(IpMode mode); // as in XML: "Static", "Dhcp", "Disabled"
+
+// The configuration of one interface of a card. Addresses only in fixed mode, where a card may lack the last two.
+struct InterfaceConfig {
+    std::string name; // "VemkEth1" or "VemkEth2"
+    IpMode mode = IpMode::disabled;
+    std::optional<std::string> address;
+    std::optional<std::string> netmask;
+    std::optional<std::string> gateway;
+
+    bool operator==(const InterfaceConfig&) const = default;
+};
+
+// What a card reports of its interfaces.
+struct IpConfiguration {
+    std::string from; // the card's name
+    std::string to;
+    std::vector<InterfaceConfig> interfaces; // VemkEth1, VemkEth2
+    bool malformed = false;                  // was read by the fixed grammar, as it is no XML
+
+    [[nodiscard]] const InterfaceConfig* find(std::string_view name) const;
+};
+
+// Throws a protocol Failure if the text is not even nearly an IP configuration of both interfaces.
+[[nodiscard]] IpConfiguration parseIpConfiguration(const std::string& text, const std::string& phase);
+
+[[nodiscard]] std::string ipConfigGetXml(std::string_view card);
+// Empty elements without whitespace between them: the card takes whitespace after the first for an error.
+[[nodiscard]] std::string ipConfigSetXml(std::string_view card, const std::vector<InterfaceConfig>& interfaces);
+[[nodiscard]] std::string rebootXml(std::string_view card);
