@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/cli/Cli.h"
+
+#include "client/model/Failure.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <fmt/core.h>
+#include <sstream>
+#include <type_traits>
+#include <vector>
+
+namespace
+{
+
+constexpr const char* version = "tarvelctl 1.0.0";
+constexpr const char* summary = "Configures the cards that run tarveld: versions, time, IP addresses, firmware.";
+constexpr const char* footer =
+    "Exit status: 0 ok, 2 usage, 3 refused by the card, 4 protocol, 5 no answer, 6 unreachable, "
+    "7 verification\nfailed, 8 mixed outcomes, 9 nothing to do or differs, 10 bad file, "
+    "130 interrupted.";
+
+struct OfferedCommand {
+    const CommandRow* row;
+    std::unique_ptr<Command> command;
+    OptionSet options;
+    CLI::App* app;
+};
+
+CLI::Option* addToParser(CLI::App& app, const OptionSpec& spec)
+{
+    return std::visit(
+        [&](auto* destination) {
+            using Value = std::remove_pointer_t<decltype(destination)>;
+            if constexpr (std::is_same_v<Value, bool>) {
+                return app.add_flag(spec.names, *destination, spec.help);
+            } else {
+                CLI::Option* option = app.add_option(spec.names, *destination, spec.help);
+                if constexpr (std::is_same_v<Value, int> || std::is_same_v<Value, double>) {
+                    option->check(CLI::Range(spec.minimum, 1e9))->capture_default_str();
+                }
+                return option;
+            }
+        },
+        spec.destination);
+}
+
+void describe(CLI::App& app, const OptionSpec& spec)
+{
+    CLI::Option* option = addToParser(app, spec);
+    option->required(spec.required);
+    if (spec.isFlag()) {
+        return;
+    }
+    if (!spec.isArgument()) {
+        option->option_text(spec.valueName);
+        option->allow_extra_args(false); // -i lan0 card1: the second word is a target
+    } else {
+        option->option_text(" "); // its name says all
+    }
+    if (!spec.choices.empty()) {
+        option->check(CLI::IsMember(spec.choices));
+    }
+}
+
+CLI::App& groupOf(CLI::App& app, std::string_view name)
+{
+    const std::size_t space = name.find(' ');
+    if (space == std::string_view::npos) {
+        return app;
+    }
+    const std::string group(name.substr(0, space));
+    const auto known = app.get_subcommands([&](const CLI::App* one) { return one->get_name() == group; });
+    if (!known.empty()) {
+        return *known.front();
+    }
+    return *app.add_subcommand(group, std::string(groupSummary(group)))->require_subcommand(1);
+}
+
+std::string indented(std::string_view examples)
+{
+    std::istringstream lines{std::string(examples)};
+    std::string text = "Examples:";
+    for (std::string line; std::getline(lines, line);) {
+        text += "\n  " + line;
+    }
+    return text;
+}
+
+std::vector<OfferedCommand> offerCommands(CLI::App& app)
+{
+    std::vector<OfferedCommand> offered;
+    for (const CommandRow& row : commandTable()) {
+        OfferedCommand one{&row, row.make(), {}, nullptr};
+        const std::string word(row.name.substr(row.name.find(' ') + 1)); // npos + 1 is 0: the only word
+        one.app = groupOf(app, row.name).add_subcommand(word, std::string(row.summary));
+        one.app->footer(indented(row.examples));
+        one.command->declare(one.options);
+        for (const OptionSpec& spec : one.options.specs()) {
+            describe(*one.app, spec);
+        }
+        offered.push_back(std::move(one));
+    }
+    return offered;
+}
+
+void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
+{
+    for (OfferedCommand& one : offered) {
+        if (one.app->parsed()) {
+            line.command = std::move(one.command);
+            line.commandName = one.row->name;
+        }
+    }
+}
+
+} // namespace
+
+void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
+{
+    CLI::App app(summary, "tarvelctl");
+    app.fallthrough(); // options of the program are understood after the command's name, too
+    app.require_subcommand(1);
+    app.set_version_flag("-V,--version", version, "print the version");
+    app.footer(footer);
+    OptionSet options;
+    line.options.declare(options);
+    for (const OptionSpec& spec : options.specs()) {
+        describe(app, spec);
+    }
+    std::vector<OfferedCommand> offered = offerCommands(app);
+    try {
+        app.parse(argc, argv);
+        chooseCommand(offered, line);
+    } catch (const CLI::CallForHelp&) {
+        line.text = app.help();
+    } catch (const CLI::CallForVersion&) {
+        line.text = std::string(version) + "\n";
+    } catch (const CLI::ParseError& error) {
+        throw usageFailure(error.what());
+    }
+}

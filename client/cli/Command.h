@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/cli/OptionSet.h"
+#include "client/model/ExitCode.h"
+
+#include <memory>
+#include <span>
+#include <string_view>
+
+struct Context;
+
+// One command of the program. It is made when its name is found on the command line (and for help and completion),
+// declares its options, and is run once.
+class Command
+{
+public:
+    virtual ~Command() = default;
+
+    virtual void declare(OptionSet& options) = 0;
+    // Does the job and prints its data through context.writer. A Failure that leaves run() is reported as the
+    // program's own.
+    virtual ExitCode run(Context& context) = 0;
+};
+
+// A row of the table of commands. The name is one word, or two for a command of a group: "time get".
+struct CommandRow {
+    std::string_view name;
+    std::string_view summary;
+    std::string_view examples; // shown under the help, one a line
+    std::unique_ptr<Command> (*make)();
+};
+
+[[nodiscard]] std::span<const CommandRow> commandTable();
+[[nodiscard]] std::string_view groupSummary(std::string_view group);

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/cli/GlobalOptions.h"
+
+void GlobalOptions::declare(OptionSet& options)
+{
+    options.value("-o,--output", &output, "FORMAT", "how data is printed: table (if not told), json, jsonl, csv")
+        .choices = {"table", "json", "jsonl", "csv"};
+    options.value("--timeout", &timeout, "SECONDS", "time for one step: to connect, to be answered (5)").minimum = 0.01;
+    options.value("--retries", &retries, "N", "how often a request that changes nothing is repeated (2)");
+    options.value("--parallel", &parallel, "N", "how many targets are served at the same time (64)").minimum = 1;
+    options.value("-i,--interface", &interfaces, "IF", "broadcast only on this interface (repeatable)");
+    options.value("--groups", &groupsFile, "FILE", "file with card names and @groups");
+    options.flag("--fold", fold, "print identical answers once");
+    options.flag("-q,--quiet", quiet, "no notes and no progress: data, warnings and failures only");
+    options.flag("-v,--verbose", verbose, "show the frames sent and received, in hexadecimal");
+    options.flag("--dry-run", dryRun, "print what would be sent that changes a card; change nothing");
+    options.flag("-y,--yes", yes, "go on where the effect cannot be undone");
+    options.flag("--unsafe-raw", unsafeRaw, "send values that the card's shell would interpret");
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+// One option or argument of a command, told once: the command line parser, the help, the completion scripts and the
+// tests of the manual page all read it from here. Names are "-o,--output" or, for an argument, "TARGET".
+struct OptionSpec {
+    using Destination =
+        std::variant<bool*, int*, double*, std::string*, std::optional<std::string>*, std::vector<std::string>*>;
+
+    std::string names;
+    Destination destination;
+    std::string help;
+    std::string valueName;            // what the help shows for the value: "FILE", "HOST"
+    std::vector<std::string> choices; // the only values accepted, if any
+    bool required = false;
+    double minimum = 0; // of numbers
+
+    [[nodiscard]] bool isArgument() const { return names.front() != '-'; }
+    [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(destination); }
+};
+
+// What a command declares its options with; the variables must live as long as the command.
+class OptionSet
+{
+public:
+    OptionSpec& flag(std::string names, bool& destination, std::string help);
+    OptionSpec& value(std::string names, OptionSpec::Destination destination, std::string valueName, std::string help);
+    OptionSpec& argument(std::string name, OptionSpec::Destination destination, std::string help);
+
+    [[nodiscard]] const std::vector<OptionSpec>& specs() const { return all; }
+
+private:
+    OptionSpec& add(OptionSpec spec);
+
+    std::vector<OptionSpec> all;
+};

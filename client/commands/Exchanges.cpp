@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/commands/Exchanges.h"
+
+#include "client/wire/Network.h"
+
+namespace
+{
+
+// A reply whose text cannot be read is taken for the wanted card's; reading it again then tells what is wrong.
+bool isFrom(const Reply& reply, const std::string& card)
+{
+    try {
+        return parseIpConfiguration(textOf(reply, ""), "").from == card;
+    } catch (const Failure&) {
+        return true;
+    }
+}
+
+} // namespace
+
+Task<CardIp> getIpConfiguration(Context& context, std::string card)
+{
+    const std::string phase = "waiting for the IP configuration";
+    const CardReply answer =
+        co_await context.network.askByName(card, textRequest(CommandId::ipConfigGet, ipConfigGetXml(card)), phase,
+                                           [&card](const Reply& reply) { return isFrom(reply, card); });
+    co_return CardIp{parseIpConfiguration(textOf(answer.reply, phase), phase), answer.address, answer.interface};
+}
+
+Task<Endpoint> locate(Context& context, const Target& target)
+{
+    if (target.endpoint) {
+        co_return *target.endpoint;
+    }
+    const CardIp card = co_await getIpConfiguration(context, target.name);
+    co_return Endpoint{card.address};
+}
+
+Task<Versions> getVersions(Context& context, Endpoint endpoint)
+{
+    const std::string phase = "waiting for the versions report";
+    const Reply reply = co_await context.network.ask(std::move(endpoint), bareRequest(CommandId::versions), phase);
+    co_return parseVersions(textOf(reply, phase), phase);
+}

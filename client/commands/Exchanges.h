@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/cli/Context.h"
+#include "client/engine/Task.h"
+#include "client/messages/IpConfiguration.h"
+#include "client/messages/Versions.h"
+#include "client/targets/Targets.h"
+#include "client/wire/Endpoint.h"
+
+#include <string>
+
+// The exchanges that more than one command needs.
+
+// A card's IP configuration, and from where the card sent it.
+struct CardIp {
+    IpConfiguration configuration;
+    std::string address;
+    std::string interface;
+};
+
+Task<CardIp> getIpConfiguration(Context& context, std::string card);
+
+// The address of a target for TCP: the one that is known, or the source of the card's IP configuration reply.
+Task<Endpoint> locate(Context& context, const Target& target);
+
+Task<Versions> getVersions(Context& context, Endpoint endpoint);
