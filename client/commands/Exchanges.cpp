@@ -19,12 +19,14 @@ bool isFrom(const Reply& reply, const std::string& card)
 
 } // namespace
 
-Task<CardIp> getIpConfiguration(Context& context, std::string card)
+Task<CardIp> getIpConfiguration(Context& context, std::string card, std::optional<Patience> patience)
 {
     const std::string phase = "waiting for the IP configuration";
-    const CardReply answer =
-        co_await context.network.askByName(card, textRequest(CommandId::ipConfigGet, ipConfigGetXml(card)), phase,
-                                           [&card](const Reply& reply) { return isFrom(reply, card); });
+    ByName how;
+    how.isMine = [&card](const Reply& reply) { return isFrom(reply, card); };
+    how.patience = patience;
+    const CardReply answer = co_await context.network.askByName(
+        card, textRequest(CommandId::ipConfigGet, ipConfigGetXml(card)), phase, std::move(how));
     co_return CardIp{parseIpConfiguration(textOf(answer.reply, phase), phase), answer.address, answer.interface};
 }
 
@@ -42,4 +44,12 @@ Task<Versions> getVersions(Context& context, Endpoint endpoint)
     const std::string phase = "waiting for the versions report";
     const Reply reply = co_await context.network.ask(std::move(endpoint), bareRequest(CommandId::versions), phase);
     co_return parseVersions(textOf(reply, phase), phase);
+}
+
+Task<TimeReference> getTimeReference(Context& context, Endpoint endpoint)
+{
+    const std::string phase = "waiting for the time reference";
+    const Reply reply =
+        co_await context.network.ask(std::move(endpoint), bareRequest(CommandId::timeReferenceGet), phase);
+    co_return parseTimeReference(textOf(reply, phase), phase);
 }

@@ -5,10 +5,13 @@
 #include "client/cli/Context.h"
 #include "client/engine/Task.h"
 #include "client/messages/IpConfiguration.h"
+#include "client/messages/TimeReference.h"
 #include "client/messages/Versions.h"
 #include "client/targets/Targets.h"
 #include "client/wire/Endpoint.h"
+#include "client/wire/Network.h"
 
+#include <optional>
 #include <string>
 
 // The exchanges that more than one command needs.
@@ -20,9 +23,10 @@ struct CardIp {
     std::string interface;
 };
 
-Task<CardIp> getIpConfiguration(Context& context, std::string card);
+Task<CardIp> getIpConfiguration(Context& context, std::string card, std::optional<Patience> patience = {});
 
 // The address of a target for TCP: the one that is known, or the source of the card's IP configuration reply.
 Task<Endpoint> locate(Context& context, const Target& target);
 
 Task<Versions> getVersions(Context& context, Endpoint endpoint);
+Task<TimeReference> getTimeReference(Context& context, Endpoint endpoint);

@@ -9,11 +9,40 @@ namespace
 {
 
 constexpr std::array commands = {
+    CommandRow{"discover", "find cards whose names and addresses are unknown",
+               "tarvelctl discover\n"
+               "tarvelctl discover -i eth0 --expect 16\n"
+               "tarvelctl discover --names card[01-64]",
+               makeDiscover},
     CommandRow{"versions", "show the component versions of cards",
                "tarvelctl versions card01\n"
                "tarvelctl versions --diff card[01-16]\n"
                "tarvelctl -o json versions 10.0.0.11",
                makeVersions},
+    CommandRow{"time get", "show mode, NTP server and clock, and the skew against this machine",
+               "tarvelctl time get card01 10.0.0.12", makeTimeGet},
+    CommandRow{"time set", "set the NTP server, or the clock by hand",
+               "tarvelctl time set --ntp 10.0.0.1 card[01-16]\n"
+               "tarvelctl time set --manual now card01\n"
+               "tarvelctl time set --manual 2026-03-04T05:06:07Z card01",
+               makeTimeSet},
+    CommandRow{"ip get", "show the IP configuration of cards", "tarvelctl ip get card[01-16]", makeIpGet},
+    CommandRow{"ip set", "change an interface, wait for the card, roll back if it is lost",
+               "tarvelctl ip set --if VemkEth1 --static 10.0.0.11/24,10.0.0.1 card01\n"
+               "tarvelctl ip set --if VemkEth2 --dhcp card[01-16]\n"
+               "tarvelctl --dry-run ip set --if VemkEth2 --disabled card01",
+               makeIpSet},
+    CommandRow{"ip rescue", "give a lost card an IP configuration, the former one if none is told",
+               "tarvelctl ip rescue card01\n"
+               "tarvelctl ip rescue --if VemkEth1 --static 10.0.0.11/24 card01",
+               makeIpRescue},
+    CommandRow{"reboot", "reboot cards", "tarvelctl reboot --wait card01", makeReboot},
+    CommandRow{"status", "tell whether cards are idle, busy, without daemon or out of reach",
+               "tarvelctl status card[01-16]", makeStatus},
+    CommandRow{"raw", "send any command, and show the answer as it is",
+               "tarvelctl raw --command 16 10.0.0.11\n"
+               "tarvelctl raw --command 17 --text-file time.xml 10.0.0.11",
+               makeRaw},
 };
 
 } // namespace

@@ -9,6 +9,8 @@
 #include "client/output/Console.h"
 #include "client/output/Fold.h"
 #include "client/output/Writer.h"
+#include "client/wire/Network.h"
+#include "client/wire/Trace.h"
 
 #include <fmt/core.h>
 #include <iostream>
@@ -19,6 +21,23 @@ namespace
 Failure interruptedFailure(const std::string& phase)
 {
     return {ExitCode::interrupted, "interrupted", phase, "interrupted before the answer came"};
+}
+
+DryRun dryRunMode(const GlobalOptions& options, bool changesCards)
+{
+    if (!options.dryRun) {
+        return DryRun::off;
+    }
+    return changesCards ? DryRun::changes : DryRun::everything;
+}
+
+void tellNotSent(Result& result, const Request& request)
+{
+    if (!request.xml.empty()) {
+        result.add("xml", request.xml);
+    }
+    result.add("bytes", hexText(encode(request)));
+    result.hint = "dry run: this request was not sent";
 }
 
 void requireNames(const std::vector<Target>& targets)
@@ -51,6 +70,10 @@ bool TargetCommand::printsAtOnce(const Context& context) const
 void TargetCommand::print(Context& context, const Result& result) const
 {
     context.writer.add(result);
+    if (result.malformed) {
+        context.console.warning(
+            fmt::format("{}: the card's answer is no valid XML; it was read by its form", result.target));
+    }
     if (!result.ok()) {
         context.console.error(
             fmt::format("{}: {} while {}: {}", result.target, result.category, result.phase, result.hint));
@@ -69,6 +92,8 @@ Task<void> TargetCommand::workOnOne(Context& context, const Target& target, Resu
         co_await work(context, target, result);
     } catch (const Failure& failure) {
         result.fail(failure);
+    } catch (const NotSent& held) {
+        tellNotSent(result, held.request);
     } catch (const Interrupted&) {
         result.fail(interruptedFailure("waiting"));
     }
@@ -89,7 +114,8 @@ ExitCode TargetCommand::run(Context& context)
     if (takes() == Takes::namesOnly) {
         requireNames(targets);
     }
-    prepare(context);
+    prepare(context, targets);
+    context.network.setDryRun(dryRunMode(context.options, changesCards()));
     context.writer.begin(name());
     std::vector<Result> results(targets.size());
     context.loop.run(workOnAll(context, targets, results));

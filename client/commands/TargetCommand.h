@@ -25,10 +25,12 @@ protected:
 
     [[nodiscard]] virtual std::string_view name() const = 0; // as in the table of commands; stands in JSON
     [[nodiscard]] virtual Takes takes() const { return Takes::namesOrAddresses; }
+    // A dry run of a command that changes cards still reads what it needs; of any other command it sends nothing.
+    [[nodiscard]] virtual bool changesCards() const { return false; }
     virtual void declareOwn(OptionSet& /*options*/) {}
 
     // Before anything is sent: checks the options, reads local files. Throws usage and badFile Failures.
-    virtual void prepare(Context& /*context*/) {}
+    virtual void prepare(Context& /*context*/, const std::vector<Target>& /*targets*/) {}
 
     // The job for one target. It fills the result as it learns things; what it throws (Failure, Interrupted) becomes
     // the outcome, and what it had filled in is printed all the same. `target` and `result` outlive the task.

@@ -29,7 +29,8 @@ struct Result {
     ExitCode code = ExitCode::ok;
     std::string category; // empty with ok
     std::string phase;
-    std::string hint; // may also accompany a success
+    std::string hint;       // may also accompany a success
+    bool malformed = false; // the card's answer was no XML and was read by its fixed form
     Row fields;
     std::string listName;
     std::vector<Row> list;

@@ -43,6 +43,9 @@ Json toJson(const Result& result)
     object["category"] = textOrNull(result.category);
     object["phase"] = textOrNull(result.phase);
     object["hint"] = textOrNull(result.hint);
+    if (result.malformed) {
+        object["malformed"] = true;
+    }
     addFields(object, result.fields);
     if (!result.listName.empty()) {
         Json& list = object[result.listName] = Json::array();

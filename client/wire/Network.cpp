@@ -46,6 +46,13 @@ Network::Network(EventLoop& newLoop, const Console& newConsole, Patience newPati
 {
 }
 
+void Network::holdBack(const Request& request) const
+{
+    if (dryRun == DryRun::everything || (dryRun == DryRun::changes && request.changesCard)) {
+        throw NotSent{request};
+    }
+}
+
 Task<TcpConnection> Network::connect(Endpoint endpoint)
 {
     return TcpConnection::open(loop, console, std::move(endpoint), deadline());
@@ -53,11 +60,11 @@ Task<TcpConnection> Network::connect(Endpoint endpoint)
 
 Task<Reply> Network::askOnce(Endpoint endpoint, Request request, std::string phase)
 {
+    holdBack(request);
     TcpConnection connection = co_await connect(std::move(endpoint));
     const TimePoint end = deadline();
     co_await connection.sendAll(encode(request), end, phase);
     Reply reply = co_await connection.receiveReply(request, end, phase);
-    checkStatus(reply.header, phase);
     co_return reply;
 }
 
@@ -65,7 +72,9 @@ Task<Reply> Network::ask(Endpoint endpoint, Request request, std::string phase)
 {
     for (int left = request.changesCard ? 0 : limits.retries;; --left) {
         try {
-            co_return co_await askOnce(endpoint, request, phase);
+            Reply reply = co_await askOnce(endpoint, request, phase);
+            checkStatus(reply.header, phase);
+            co_return reply;
         } catch (const Failure& failure) {
             if (failure.category != "closed" || left <= 0) {
                 throw;
@@ -132,7 +141,7 @@ Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket
 }
 
 Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSocket>& sockets, const Request& request,
-                                                   const std::string& phase, const IsMine& mine, TimePoint deadline)
+                                                   const std::string& phase, const ByName& how, TimePoint deadline)
 {
     for (;;) {
         const std::optional<Datagram> datagram = co_await receive(sockets, deadline);
@@ -144,23 +153,24 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
             continue;
         }
         checkStatus(reply->header, phase);
-        if (!mine || mine(*reply)) {
+        if (!how.isMine || reply->payload.empty() || how.isMine(*reply)) {
             co_return CardReply{std::move(*reply), datagram->address, datagram->interface};
         }
     }
 }
 
-Task<CardReply> Network::askByName(std::string name, Request request, std::string phase, IsMine mine,
-                                   std::string onlyInterface)
+Task<CardReply> Network::askByName(std::string name, Request request, std::string phase, ByName how)
 {
-    const std::vector<BroadcastSocket> sockets = openInterfaces(onlyInterface);
-    const int attempts = request.changesCard ? 1 : limits.retries + 1;
+    holdBack(request);
+    const std::vector<BroadcastSocket> sockets = openInterfaces(how.onlyInterface);
+    const Patience patience = how.patience.value_or(limits);
+    const int attempts = request.changesCard ? 1 : patience.retries + 1;
     const TimePoint start = Clock::now();
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         broadcast(sockets, request);
-        const auto share = limits.timeout * attempt / attempts;
+        const auto share = patience.timeout * attempt / attempts;
         const TimePoint end = start + std::chrono::duration_cast<Clock::duration>(share);
-        std::optional<CardReply> reply = co_await awaitReply(sockets, request, phase, mine, end);
+        std::optional<CardReply> reply = co_await awaitReply(sockets, request, phase, how, end);
         if (reply) {
             co_return std::move(*reply);
         }

@@ -31,6 +31,21 @@ struct CardReply {
     std::string interface;
 };
 
+// How a card is asked by its name.
+struct ByName {
+    std::function<bool(const Reply&)> isMine; // tells by its text whether a reply with a payload is the wanted card's
+    std::string onlyInterface;                // empty: all; a card that hears two would do a change twice
+    std::optional<Patience> patience;         // nothing: the user's
+};
+
+// What a dry run keeps from being sent: what changes a card, or everything for commands that only read.
+enum class DryRun { off, changes, everything };
+
+// Thrown instead of sending a request in a dry run.
+struct NotSent {
+    Request request;
+};
+
 // Requests and their answers: what commands use of the wire. Nothing here waits in any other way than in the loop,
 // and no socket outlives its exchange.
 class Network
@@ -42,13 +57,12 @@ public:
     // One TCP exchange on a connection of its own. Throws unless the card answers with success. A request that changes
     // nothing is repeated if the card closes the connection without an answer.
     Task<Reply> ask(Endpoint endpoint, Request request, std::string phase);
+    // The same once only, and whatever the card's status is.
+    Task<Reply> askOnce(Endpoint endpoint, Request request, std::string phase);
 
-    // One exchange by broadcast on all interfaces, or on one (never twice: a card that hears both would do a change
-    // twice). `mine` tells by its text whether a reply with a payload is the wanted card's. A request that changes
-    // nothing is repeated within the time. Throws unless the card answers with success.
-    using IsMine = std::function<bool(const Reply&)>;
-    Task<CardReply> askByName(std::string name, Request request, std::string phase, IsMine mine = {},
-                              std::string onlyInterface = {});
+    // One exchange by broadcast. A request that changes nothing is repeated within the time. Throws unless the card
+    // answers with success.
+    Task<CardReply> askByName(std::string name, Request request, std::string phase, ByName how = {});
 
     Task<TcpConnection> connect(Endpoint endpoint);
 
@@ -59,19 +73,23 @@ public:
     // The next datagram that comes from a card's port, whole enough to have a header; nothing at the deadline.
     Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, TimePoint deadline);
 
+    void setDryRun(DryRun mode) { dryRun = mode; }
+    // Throws NotSent if the request is one that a dry run holds back.
+    void holdBack(const Request& request) const;
+
     [[nodiscard]] EventLoop& eventLoop() const { return loop; }
     [[nodiscard]] const Patience& patience() const { return limits; }
     [[nodiscard]] TimePoint deadline() const { return after(limits.timeout); }
 
 private:
-    Task<Reply> askOnce(Endpoint endpoint, Request request, std::string phase);
     Task<std::optional<CardReply>> awaitReply(const std::vector<BroadcastSocket>& sockets, const Request& request,
-                                              const std::string& phase, const IsMine& mine, TimePoint deadline);
+                                              const std::string& phase, const ByName& how, TimePoint deadline);
 
     EventLoop& loop;
     const Console& console;
     Patience limits;
     std::vector<std::string> interfaces;
+    DryRun dryRun = DryRun::off;
 };
 
 // The reply in a datagram, if it answers the request and is well formed; nothing otherwise.

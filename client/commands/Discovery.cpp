@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/commands/Discovery.h"
+
+#include <array>
+
+namespace
+{
+
+constexpr std::array roundEnds = {0.3, 0.9, 1.2}; // seconds; a round begins where the one before ends
+constexpr auto unusedCommand = static_cast<CommandId>(0x7FF0);
+
+} // namespace
+
+std::pair<Request, Request> Discovery::makeProbes()
+{
+    return {bareRequest(unusedCommand), bareRequest(CommandId::ipConfigGet)};
+}
+
+Discovery::Discovery(Network& newNetwork, Report newReport)
+    : network(newNetwork), reportCard(std::move(newReport)), probes(makeProbes())
+{
+}
+
+Task<void> Discovery::run(std::size_t enough)
+{
+    const std::vector<BroadcastSocket> sockets = network.openInterfaces();
+    const TimePoint start = Clock::now();
+    for (const double end : roundEnds) {
+        network.broadcast(sockets, probes.first);
+        network.broadcast(sockets, probes.second);
+        const TimePoint deadline = start + std::chrono::duration_cast<Clock::duration>(Seconds(end));
+        co_await listen(sockets, deadline, enough);
+        reportUnreachable();
+        if (enough > 0 && reported >= enough) {
+            co_return;
+        }
+    }
+}
+
+Task<void> Discovery::listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough)
+{
+    while (enough == 0 || reported < enough) {
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, deadline);
+        if (!datagram) {
+            co_return;
+        }
+        note(*datagram);
+    }
+}
+
+void Discovery::note(const Datagram& datagram)
+{
+    const bool toUs = replyIn(datagram, probes.first).has_value();
+    if (!toUs && !replyIn(datagram, probes.second)) {
+        return;
+    }
+    Heard& heard = cards[{datagram.interface, datagram.address}];
+    heard.card.address = datagram.address;
+    heard.card.interface = datagram.interface;
+    if (toUs) {
+        heard.card.reachable = true;
+        report(heard);
+    }
+}
+
+void Discovery::report(Heard& heard)
+{
+    if (!heard.reported) {
+        heard.reported = true;
+        ++reported;
+        reportCard(heard.card);
+    }
+}
+
+// Those that only a broadcast came from: at the end of a round, since the other answer may be on its way.
+void Discovery::reportUnreachable()
+{
+    for (auto& [key, heard] : cards) {
+        report(heard);
+    }
+}

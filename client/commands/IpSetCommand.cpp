@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/cli/GlobalOptions.h"
+#include "client/commands/Commands.h"
+#include "client/commands/Exchanges.h"
+#include "client/commands/IpChange.h"
+#include "client/commands/IpMemory.h"
+#include "client/commands/IpWish.h"
+#include "client/commands/TargetCommand.h"
+#include "client/output/Console.h"
+#include "client/plan/IpPlan.h"
+
+#include <fmt/core.h>
+#include <fmt/ranges.h>
+
+namespace
+{
+
+Failure nothingToDo()
+{
+    return {ExitCode::differs, "nothing-to-do", "planning the change", "the card has this configuration already"};
+}
+
+Failure needsYes(const std::string& why)
+{
+    return {ExitCode::usage, "needs-yes", "planning the change",
+            fmt::format("the change could not be rolled back, because {}; --yes does it all the same", why)};
+}
+
+Failure rolledBack(const std::string& card)
+{
+    return {ExitCode::verification, "rolled-back", "waiting for the card with its new configuration",
+            fmt::format("{} did not come back with the new configuration in time; it has the former one again", card)};
+}
+
+Failure lost(const std::string& card)
+{
+    return {ExitCode::verification, "lost", "rolling the change back",
+            fmt::format("{} did not come back with the new configuration, and did not take the former one either; try "
+                        "`tarvelctl ip rescue {}`",
+                        card, card)};
+}
+
+Failure interruptedWhileWaiting(const std::string& card)
+{
+    return {ExitCode::interrupted, "interrupted", "waiting for the card with its new configuration",
+            fmt::format("the change was sent, and {0} may have either configuration; `tarvelctl ip get {0}` tells, "
+                        "`tarvelctl ip rescue {0}` brings the former one back",
+                        card)};
+}
+
+class IpSetCommand final : public TargetCommand
+{
+protected:
+    [[nodiscard]] std::string_view name() const override { return "ip set"; }
+    [[nodiscard]] Takes takes() const override { return Takes::namesOnly; }
+    [[nodiscard]] bool changesCards() const override { return true; }
+    void declareOwn(OptionSet& options) override { wish.declare(options); }
+
+    void prepare(Context& /*context*/, const std::vector<Target>& targets) override
+    {
+        wanted = wish.interfaceConfig();
+        if (wanted.mode == IpMode::fixed && targets.size() > 1) {
+            throw usageFailure("one static address cannot be that of several cards");
+        }
+    }
+
+    Task<void> work(Context& context, const Target& target, Result& result) override
+    {
+        std::string onlyInterface;
+        const std::optional<IpConfiguration> now = co_await readNow(context, target.name, onlyInterface);
+        const IpPlan plan = planIp(now, wanted);
+        show(context, target, plan, result);
+        if (plan.nothingToDo()) {
+            throw nothingToDo();
+        }
+        agree(context, plan);
+        if (plan.wayBack && !context.options.dryRun && !rememberIp(target.name, *plan.wayBack)) {
+            context.console.warning("the present configuration cannot be remembered for `ip rescue`");
+        }
+        const bool confirmed = co_await sendIpConfiguration(context, target.name, wanted, onlyInterface);
+        if (!confirmed) {
+            context.console.note(fmt::format("{}: no answer to the change; looking for its effect", target.label));
+        }
+        co_await seeThrough(context, target, plan, result);
+    }
+
+private:
+    // Nothing if the card refuses to tell, which must not keep it from being set.
+    static Task<std::optional<IpConfiguration>> readNow(Context& context, std::string card, std::string& onlyInterface)
+    {
+        try {
+            CardIp answer = co_await getIpConfiguration(context, card);
+            onlyInterface = answer.interface;
+            co_return std::move(answer.configuration);
+        } catch (const Failure& failure) {
+            if (failure.code != ExitCode::refusedByCard) {
+                throw;
+            }
+        }
+        co_return std::nullopt;
+    }
+
+    static void show(Context& context, const Target& target, const IpPlan& plan, Result& result)
+    {
+        const std::string now = plan.now ? describe(*plan.now) : "unknown";
+        const std::string effect = fmt::format("{}", fmt::join(plan.effects, "; "));
+        result.add("interface", plan.wanted.name);
+        result.add("now", now);
+        result.add("wanted", describe(plan.wanted));
+        result.add("effect", effect);
+        context.console.note(fmt::format("{}: {}\n  now:    {}\n  wanted: {}\n  effect: {}", target.label,
+                                         plan.wanted.name, now, describe(plan.wanted), effect));
+    }
+
+    static void agree(Context& context, const IpPlan& plan)
+    {
+        if (plan.noWayBack.empty()) {
+            return;
+        }
+        context.console.warning(fmt::format("this cannot be rolled back: {}", plan.noWayBack));
+        if (context.options.yes || context.options.dryRun) {
+            return;
+        }
+        if (!context.console.canAsk() || !context.console.confirm("Change it all the same?")) {
+            throw needsYes(plan.noWayBack);
+        }
+    }
+
+    Task<void> seeThrough(Context& context, const Target& target, const IpPlan& plan, Result& result)
+    {
+        bool interrupted = false;
+        bool done = false;
+        std::optional<InterfaceConfig> seen;
+        try {
+            done = co_await awaitIpConfiguration(context, target.name, wanted, after(Seconds(wish.wait)), seen);
+        } catch (const Interrupted&) {
+            interrupted = true;
+        }
+        if (interrupted) {
+            result.add("state", "unknown");
+            throw interruptedWhileWaiting(target.name);
+        }
+        if (done) {
+            result.add("state", "applied");
+            co_return;
+        }
+        co_await rollBack(context, target, plan, result);
+    }
+
+    Task<void> rollBack(Context& context, const Target& target, const IpPlan& plan, Result& result)
+    {
+        if (!plan.wayBack) {
+            result.add("state", "lost");
+            throw lost(target.name);
+        }
+        context.console.warning(fmt::format("{}: not back with the new configuration; rolling back", target.label));
+        std::optional<InterfaceConfig> seen;
+        const bool back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, Seconds(wish.wait), seen);
+        result.add("state", back ? "rolled back" : "lost");
+        throw back ? rolledBack(target.name) : lost(target.name);
+    }
+
+    IpWish wish;
+    InterfaceConfig wanted;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeIpSet()
+{
+    return std::make_unique<IpSetCommand>();
+}

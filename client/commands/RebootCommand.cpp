@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/cli/GlobalOptions.h"
+#include "client/commands/Commands.h"
+#include "client/commands/Exchanges.h"
+#include "client/commands/TargetCommand.h"
+#include "client/output/Console.h"
+
+#include <fmt/core.h>
+
+namespace
+{
+
+constexpr Seconds glance{0.15}; // between two looks at a card that goes down or comes back
+
+Failure stayedUp()
+{
+    return {ExitCode::verification, "stayed-up", "waiting for the card to go down",
+            "the card confirmed the reboot, but answered all the time"};
+}
+
+Failure notBack()
+{
+    return {ExitCode::noAnswer, "not-back", "waiting for the card to come back",
+            "the card went down, but did not answer again in time"};
+}
+
+Failure interruptedReboot(std::string phase)
+{
+    return {ExitCode::interrupted, "interrupted", std::move(phase), "the card reboots all the same"};
+}
+
+class RebootCommand final : public TargetCommand
+{
+protected:
+    [[nodiscard]] std::string_view name() const override { return "reboot"; }
+    [[nodiscard]] Takes takes() const override { return Takes::namesOnly; }
+    [[nodiscard]] bool changesCards() const override { return true; }
+
+    void declareOwn(OptionSet& options) override
+    {
+        options.flag("--wait", wait, "until the card has gone down and come back");
+        options.value("--wait-time", &waitTime, "SECONDS", "how long that may take (120)");
+    }
+
+    Task<void> work(Context& context, const Target& target, Result& result) override
+    {
+        const CardIp card = co_await getIpConfiguration(context, target.name);
+        co_await send(context, target.name, card.interface);
+        result.add("state", "rebooting");
+        const TimePoint start = Clock::now();
+        if (!wait) {
+            co_return;
+        }
+        std::string phase = "waiting for the card to go down";
+        bool interrupted = false;
+        try {
+            co_await seeItGoDown(context, target.name, Endpoint{card.address}, start);
+            result.add("down_after", Seconds(Clock::now() - start).count());
+            phase = "waiting for the card to come back";
+            co_await seeItComeBack(context, target.name, start);
+        } catch (const Interrupted&) {
+            interrupted = true;
+        }
+        if (interrupted) {
+            throw interruptedReboot(phase);
+        }
+        result.add("back_after", Seconds(Clock::now() - start).count());
+        result.fields.front().value = "back";
+    }
+
+private:
+    static Task<void> send(Context& context, std::string name, std::string interface)
+    {
+        Request request = textRequest(CommandId::reboot, rebootXml(name));
+        request.changesCard = true;
+        ByName how;
+        how.onlyInterface = std::move(interface);
+        co_await context.network.askByName(name, std::move(request), "asking for the reboot", std::move(how));
+    }
+
+    static Task<bool> answersByName(Context& context, std::string name)
+    {
+        try {
+            co_await getIpConfiguration(context, name, Patience{glance, 0});
+        } catch (const Failure& failure) {
+            co_return failure.code == ExitCode::refusedByCard || failure.code == ExitCode::protocol;
+        }
+        co_return true;
+    }
+
+    static Task<bool> acceptsConnections(Context& context, Endpoint endpoint)
+    {
+        try {
+            const TcpConnection connection =
+                co_await TcpConnection::open(context.loop, context.console, endpoint, after(glance));
+        } catch (const Failure&) {
+            co_return false;
+        }
+        co_return true;
+    }
+
+    // Silence alone may be a lost datagram: a card is down when it neither answers nor accepts a connection.
+    Task<void> seeItGoDown(Context& context, std::string name, Endpoint endpoint, TimePoint start) const
+    {
+        while (Seconds(Clock::now() - start).count() < waitTime) {
+            const TimePoint next = after(glance);
+            const bool answers = co_await answersByName(context, name);
+            if (!answers) {
+                const bool accepts = co_await acceptsConnections(context, endpoint);
+                if (!accepts) {
+                    co_return;
+                }
+            }
+            co_await context.loop.until(next);
+        }
+        throw stayedUp();
+    }
+
+    Task<void> seeItComeBack(Context& context, std::string name, TimePoint start) const
+    {
+        while (Seconds(Clock::now() - start).count() < waitTime) {
+            const TimePoint next = after(glance);
+            const bool answers = co_await answersByName(context, name);
+            if (answers) {
+                co_return;
+            }
+            co_await context.loop.until(next);
+        }
+        throw notBack();
+    }
+
+    bool wait = false;
+    double waitTime = 120;
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeReboot()
+{
+    return std::make_unique<RebootCommand>();
+}

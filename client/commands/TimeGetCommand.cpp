@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/commands/Commands.h"
+#include "client/commands/Exchanges.h"
+#include "client/commands/TargetCommand.h"
+#include "client/commands/TimeReport.h"
+
+namespace
+{
+
+class TimeGetCommand final : public TargetCommand
+{
+protected:
+    [[nodiscard]] std::string_view name() const override { return "time get"; }
+
+    Task<void> work(Context& context, const Target& target, Result& result) override
+    {
+        const Endpoint endpoint = co_await locate(context, target);
+        const TimeReading reading = co_await readTime(context, endpoint);
+        report(reading, result);
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeTimeGet()
+{
+    return std::make_unique<TimeGetCommand>();
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/messages/TimeReference.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+// What the user wants of `time set`: the given NTP server, or the time by hand.
+struct TimeWish {
+    bool manual = false;
+    std::string server;    // of NTP mode
+    std::int64_t time = 0; // in both: what the clock should show if it is set by hand, now otherwise
+};
+
+// Throws a usage Failure for a server or time that no card can hold.
+void checkTimeWish(const TimeWish& wish, bool unsafe);
+
+// The request that fulfils the wish on a card whose time reference is `now`. In manual mode the card's server must
+// be sent along unchanged; throws a usage Failure if that is impossible, so that nothing is changed.
+[[nodiscard]] TimeRequest planTime(const TimeReference& now, const TimeWish& wish, bool unsafe);
