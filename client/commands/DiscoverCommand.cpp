@@ -32,7 +32,8 @@ Result resultOf(const FoundCard& card)
     result.add("interface", card.interface);
     result.add("reachable", card.reachable);
     if (!card.reachable) {
-        result.hint = "its address does not fit this network; `tarvelctl ip rescue` reaches it by name";
+        result.hint =
+            "its address is outside the network of this interface; the ip commands reach it by its name all the same";
     }
     return result;
 }
@@ -59,7 +60,11 @@ public:
             const std::vector<std::string> expanded = expandRanges(range);
             allNames.insert(allNames.end(), expanded.begin(), expanded.end());
         }
-        context.writer.begin("discover", {{"target", 15}, {"interface", 9}, {"reachable", 9}, {"name", 4}});
+        std::vector<Column> columns = {{"target", 15}, {"interface", 9}, {"reachable", 9}};
+        if (!allNames.empty()) {
+            columns.push_back({"name", 4});
+        }
+        context.writer.begin("discover", std::move(columns));
         return context.options.dryRun ? showProbes(context) : search(context);
     }
 

@@ -31,8 +31,7 @@ Task<void> Discovery::run(std::size_t enough)
         network.broadcast(sockets, probes.second);
         const TimePoint deadline = start + std::chrono::duration_cast<Clock::duration>(Seconds(end));
         co_await listen(sockets, deadline, enough);
-        reportUnreachable();
-        if (enough > 0 && reported >= enough) {
+        if (enough > 0 && heard.size() >= enough) {
             co_return;
         }
     }
@@ -40,7 +39,7 @@ Task<void> Discovery::run(std::size_t enough)
 
 Task<void> Discovery::listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough)
 {
-    while (enough == 0 || reported < enough) {
+    while (enough == 0 || heard.size() < enough) {
         const std::optional<Datagram> datagram = co_await network.receive(sockets, deadline);
         if (!datagram) {
             co_return;
@@ -51,32 +50,10 @@ Task<void> Discovery::listen(const std::vector<BroadcastSocket>& sockets, TimePo
 
 void Discovery::note(const Datagram& datagram)
 {
-    const bool toUs = replyIn(datagram, probes.first).has_value();
-    if (!toUs && !replyIn(datagram, probes.second)) {
+    if (!replyIn(datagram, probes.first) && !replyIn(datagram, probes.second)) {
         return;
     }
-    Heard& heard = cards[{datagram.interface, datagram.address}];
-    heard.card.address = datagram.address;
-    heard.card.interface = datagram.interface;
-    if (toUs) {
-        heard.card.reachable = true;
-        report(heard);
-    }
-}
-
-void Discovery::report(Heard& heard)
-{
-    if (!heard.reported) {
-        heard.reported = true;
-        ++reported;
-        reportCard(heard.card);
-    }
-}
-
-// Those that only a broadcast came from: at the end of a round, since the other answer may be on its way.
-void Discovery::reportUnreachable()
-{
-    for (auto& [key, heard] : cards) {
-        report(heard);
+    if (heard.insert({datagram.interface, datagram.address}).second) {
+        reportCard({datagram.address, datagram.interface, isOnLink(datagram.interface, datagram.address)});
     }
 }

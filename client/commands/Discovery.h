@@ -6,7 +6,7 @@
 #include "client/wire/Network.h"
 
 #include <functional>
-#include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -14,7 +14,7 @@
 struct FoundCard {
     std::string address;
     std::string interface;  // on which we heard it
-    bool reachable = false; // its answer came to our own address, so that its address fits the network
+    bool reachable = false; // its address belongs to the network of that interface
 };
 
 // Two probes find cards without knowing their names. A datagram with a command no card knows: each answers to our
@@ -34,19 +34,11 @@ public:
     [[nodiscard]] static std::pair<Request, Request> makeProbes();
 
 private:
-    struct Heard {
-        FoundCard card;
-        bool reported = false;
-    };
-
     Task<void> listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough);
     void note(const Datagram& datagram);
-    void report(Heard& heard);
-    void reportUnreachable();
 
     Network& network;
     Report reportCard;
     std::pair<Request, Request> probes;
-    std::map<std::pair<std::string, std::string>, Heard> cards; // by interface and address
-    std::size_t reported = 0;
+    std::set<std::pair<std::string, std::string>> heard; // interface and address
 };

@@ -49,13 +49,14 @@ protected:
         co_await send(context, target.name, card.interface);
         result.add("state", "rebooting");
         const TimePoint start = Clock::now();
+        const Endpoint endpoint{card.address};
         if (!wait) {
             co_return;
         }
         std::string phase = "waiting for the card to go down";
         bool interrupted = false;
         try {
-            co_await seeItGoDown(context, target.name, Endpoint{card.address}, start);
+            co_await seeItGoDown(context, target.name, endpoint, start);
             result.add("down_after", Seconds(Clock::now() - start).count());
             phase = "waiting for the card to come back";
             co_await seeItComeBack(context, target.name, start);

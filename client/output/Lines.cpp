@@ -29,7 +29,7 @@ std::vector<Row> linesOf(const Result& result)
     }
     common.insert(common.end(), result.fields.begin(), result.fields.end());
     if (result.list.empty()) {
-        return {common};
+        return result.fields.empty() && !result.listName.empty() ? std::vector<Row>() : std::vector<Row>{common};
     }
     std::vector<Row> lines;
     for (const Row& row : result.list) {

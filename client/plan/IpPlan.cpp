@@ -158,8 +158,10 @@ IpPlan planIp(const std::optional<IpConfiguration>& now, InterfaceConfig wanted)
     if (plan.noWayBack.empty()) {
         plan.wayBack = plan.now;
     }
-    plan.effects.emplace_back("the card's network restarts");
-    plan.effects.emplace_back("an NTP server that is staged is committed along, as is any other staged setting");
+    if (!plan.nothingToDo()) {
+        plan.effects.emplace_back("the card's network restarts");
+        plan.effects.emplace_back("staged settings, such as an NTP server, are committed along");
+    }
     return plan;
 }
 

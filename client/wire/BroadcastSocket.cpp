@@ -32,6 +32,22 @@ void setOption(const Descriptor& socket, int option, const void* value, std::siz
     }
 }
 
+using InterfaceList = std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)>;
+
+InterfaceList listInterfaces()
+{
+    ifaddrs* first = nullptr;
+    if (::getifaddrs(&first) == -1) {
+        first = nullptr;
+    }
+    return {first, ::freeifaddrs};
+}
+
+in_addr_t numberOf(const sockaddr* address)
+{
+    return reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr;
+}
+
 bool canBroadcast(const ifaddrs& interface)
 {
     constexpr unsigned wanted = IFF_UP | IFF_BROADCAST;
@@ -78,16 +94,25 @@ std::optional<Datagram> BroadcastSocket::receive() const
 
 std::vector<std::string> broadcastInterfaces()
 {
-    ifaddrs* first = nullptr;
-    if (::getifaddrs(&first) == -1) {
-        return {};
-    }
-    const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> owner(first, ::freeifaddrs);
+    const InterfaceList list = listInterfaces();
     std::vector<std::string> names;
-    for (const ifaddrs* one = first; one != nullptr; one = one->ifa_next) {
+    for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
         if (canBroadcast(*one) && std::find(names.begin(), names.end(), one->ifa_name) == names.end()) {
             names.emplace_back(one->ifa_name);
         }
     }
     return names;
+}
+
+bool isOnLink(const std::string& interface, const std::string& address)
+{
+    const in_addr_t wanted = socketAddress({address, 0}).sin_addr.s_addr;
+    const InterfaceList list = listInterfaces();
+    for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
+        if (interface == one->ifa_name && canBroadcast(*one) && one->ifa_netmask != nullptr &&
+            ((numberOf(one->ifa_addr) ^ wanted) & numberOf(one->ifa_netmask)) == 0) {
+            return true;
+        }
+    }
+    return false;
 }

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/messages/IpConfiguration.h"
+
+#include "client/model/Failure.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+const std::string opening = "<IpConfiguration From=\"card1\" To=\"tarvelctl\">";
+const std::string closing = "</IpConfiguration>";
+const std::string eth1 = "<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"10.0.0.11\" Netmask=\"255.0.0.0\"/>";
+const std::string eth2 = "<Interface Name=\"VemkEth2\" Mode=\"Dhcp\"/>";
+
+IpConfiguration parse(const std::string& text)
+{
+    return parseIpConfiguration(text, "testing");
+}
+
+bool isRefused(const std::string& text)
+{
+    try {
+        (void)parse(text);
+    } catch (const Failure& failure) {
+        return failure.code == ExitCode::protocol;
+    }
+    return false;
+}
+
+TEST(IpConfiguration, GivesBothInterfaces)
+{
+    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", std::nullopt};
+    const InterfaceConfig second = {"VemkEth2", IpMode::dhcp, std::nullopt, std::nullopt, std::nullopt};
+    EXPECT_EQ(configuration.interfaces, (std::vector<InterfaceConfig>{first, second}));
+}
+
+TEST(IpConfiguration, NamesTheCardAndUs)
+{
+    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    EXPECT_EQ(configuration.from, "card1");
+    EXPECT_EQ(configuration.to, "tarvelctl");
+}
+
+TEST(IpConfiguration, IsReadByItsFormIfItIsNoXml)
+{
+    const IpConfiguration configuration =
+        parse("<IpConfiguration From=\"a<b\" To=\"tarvelctl\">" + eth1 + eth2 + closing);
+    EXPECT_EQ(configuration.from, "a<b");
+    EXPECT_TRUE(configuration.malformed);
+}
+
+TEST(IpConfiguration, IsFoundByTheInterfacesName)
+{
+    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    EXPECT_EQ(configuration.find("VemkEth2")->mode, IpMode::dhcp);
+    EXPECT_EQ(configuration.find("VemkEth3"), nullptr);
+}
+
+TEST(IpConfiguration, HasNoOtherForm)
+{
+    const std::string otherMode = "<Interface Name=\"VemkEth2\" Mode=\"Pppoe\"/>";
+    for (const std::string& text :
+         {std::string(), opening + closing, opening + eth1 + closing, opening + eth2 + eth1 + closing,
+          opening + eth1 + otherMode + closing, opening + eth1 + eth2, opening + eth1 + eth2 + eth2 + closing,
+          "<IpConfiguration To=\"tarvelctl\">" + eth1 + eth2 + closing}) {
+        EXPECT_TRUE(isRefused(text)) << text;
+    }
+}
+
+TEST(IpConfigurationRequest, IsWrittenWithoutWhitespaceBetweenElements)
+{
+    const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", "10.0.0.1"};
+    const InterfaceConfig second = {"VemkEth2", IpMode::disabled, std::nullopt, std::nullopt, std::nullopt};
+    EXPECT_EQ(ipConfigSetXml("card1", {first, second}),
+              "<IpConfiguration From=\"tarvelctl\" To=\"card1\"><Interface Name=\"VemkEth1\" Mode=\"Static\" "
+              "Address=\"10.0.0.11\" Netmask=\"255.0.0.0\" Gateway=\"10.0.0.1\"/><Interface Name=\"VemkEth2\" "
+              "Mode=\"Disabled\"/></IpConfiguration>");
+}
+
+TEST(IpConfigurationRequest, EscapesTheCardsName)
+{
+    EXPECT_EQ(ipConfigGetXml("a\"<&>'\n"),
+              "<IpConfiguration From=\"tarvelctl\" To=\"a&quot;&lt;&amp;&gt;&apos;&#10;\"/>");
+}
+
+TEST(RebootRequest, CarriesTheEnvelopeOnly)
+{
+    EXPECT_EQ(rebootXml("card7"), "<RebootCard From=\"tarvelctl\" To=\"card7\"/>");
+}
+
+} // namespace

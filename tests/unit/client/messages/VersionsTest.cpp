@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/messages/Versions.h"
+
+#include "client/model/Failure.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using Components = std::vector<Component>;
+
+Versions parse(const std::string& text)
+{
+    return parseVersions(text, "testing");
+}
+
+bool isRefused(const std::string& text)
+{
+    try {
+        (void)parse(text);
+    } catch (const Failure& failure) {
+        return failure.code == ExitCode::protocol && failure.phase == "testing";
+    }
+    return false;
+}
+
+std::string report(const std::string& version)
+{
+    return "<Versions>\n\t<Component Id=\"kernel\" Version=\"" + version +
+           "\"/>\n\t<Component Id=\"base\" Version=\"1.0\"/>\n</Versions>";
+}
+
+TEST(VersionsReport, GivesItsComponentsInOrder)
+{
+    const Components expected = {{"kernel", "6.1"}, {"base", "1.0"}};
+    EXPECT_EQ(parse(report("6.1")).components, expected);
+    EXPECT_FALSE(parse(report("6.1")).malformed);
+}
+
+TEST(VersionsReport, MayBeEmpty)
+{
+    EXPECT_TRUE(parse("<Versions>\n</Versions>").components.empty());
+}
+
+TEST(VersionsReport, IsMarkedMalformedIfItWasReadByItsForm)
+{
+    EXPECT_TRUE(parse(report("6.1<beta>")).malformed);
+}
+
+TEST(VersionsReport, MayHoldUnescapedVersions)
+{
+    for (const char* version : {"6.1<", "\"6.1\"", "a&b", "6\"x", "\" Version=", "\xff\xfe", "</Versions>"}) {
+        const Components expected = {{"kernel", version}, {"base", "1.0"}};
+        EXPECT_EQ(parse(report(version)).components, expected) << version;
+    }
+}
+
+TEST(VersionsReport, HasNoOtherForm)
+{
+    for (const char* text : {"", "Versions", "<Versions>", "<Versions>\n\t<Component Id=\"a\"/>\n</Versions>",
+                             "<Version></Version>", "<Versions>\n\t<Component Id=\"a\" Version=\"b\"/>\n",
+                             "<Versions>\n\t<Other Id=\"a\" Version=\"b\"/>\n</Versions>"}) {
+        EXPECT_TRUE(isRefused(text)) << text;
+    }
+}
+
+TEST(VersionsReport, IsRefusedWithADocumentType)
+{
+    EXPECT_TRUE(isRefused("<!DOCTYPE Versions [<!ENTITY a \"b\">]><Versions></Versions>"));
+}
+
+} // namespace

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/output/Lines.h"
+
+#include "client/output/Fold.h"
+#include "client/output/Printable.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+Result card(const std::string& target, const std::string& version)
+{
+    Result result;
+    result.target = target;
+    result.listName = "components";
+    result.list = {{{"component", "kernel"}, {"version", version}}};
+    return result;
+}
+
+TEST(Lines, RepeatTheTargetForEachRowOfTheList)
+{
+    Result result = card("card1", "6.1");
+    result.list.push_back({{"component", "base"}, {"version", "1"}});
+    const std::vector<Row> lines = linesOf(result);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(lines[1], (Row{{"target", "card1"}, {"component", "base"}, {"version", "1"}}));
+}
+
+TEST(Lines, OfAFailureWithoutDataAreNone)
+{
+    Result result;
+    result.target = "card1";
+    result.fail({ExitCode::noAnswer, "timeout", "waiting", "why"});
+    EXPECT_TRUE(linesOf(result).empty());
+}
+
+TEST(Lines, KeepTheColumnsInTheOrderOfTheirFirstAppearance)
+{
+    EXPECT_EQ(columnsOf({{{"a", "1"}, {"b", "1"}}, {{"a", "1"}, {"c", "1"}}}),
+              (std::vector<std::string>{"a", "b", "c"}));
+}
+
+TEST(CellText, IsWrittenForPeople)
+{
+    EXPECT_EQ(textOf(Cell()), "");
+    EXPECT_EQ(textOf(Cell(true)), "yes");
+    EXPECT_EQ(textOf(Cell(std::int64_t{7})), "7");
+    EXPECT_EQ(textOf(Cell(0.25)), "0.250");
+}
+
+TEST(Printable, ShowsControlCharactersAsNumbers)
+{
+    EXPECT_EQ(printable("a\x1b[31mb\n"), "a\\x1b[31mb\\x0a");
+}
+
+TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
+{
+    const std::vector<Result> folded = fold({card("card1", "6.1"), card("card2", "6.2"), card("card3", "6.1")});
+    ASSERT_EQ(folded.size(), 2);
+    EXPECT_EQ(folded[0].target, "card1,card3");
+    EXPECT_EQ(folded[1].target, "card2");
+}
+
+TEST(CommonCode, IsThatOfAllOrMixed)
+{
+    Result failed;
+    failed.code = ExitCode::noAnswer;
+    EXPECT_EQ(commonCode({}), ExitCode::ok);
+    EXPECT_EQ(commonCode({card("a", "1"), card("b", "1")}), ExitCode::ok);
+    EXPECT_EQ(commonCode({failed, failed}), ExitCode::noAnswer);
+    EXPECT_EQ(commonCode({card("a", "1"), failed}), ExitCode::mixed);
+}
+
+} // namespace

@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/plan/IpPlan.h"
+
+#include "client/model/Failure.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+const InterfaceConfig dhcpEth2 = {"VemkEth2", IpMode::dhcp, std::nullopt, std::nullopt, std::nullopt};
+const InterfaceConfig disabledEth1 = {"VemkEth1", IpMode::disabled, std::nullopt, std::nullopt, std::nullopt};
+const InterfaceConfig disabledEth2 = {"VemkEth2", IpMode::disabled, std::nullopt, std::nullopt, std::nullopt};
+const InterfaceConfig fixedEth1 = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.255.255.0", "10.0.0.1"};
+
+IpConfiguration cardWith(const InterfaceConfig& eth1, const InterfaceConfig& eth2)
+{
+    return {"card1", "tarvelctl", {eth1, eth2}, false};
+}
+
+bool mentions(const std::vector<std::string>& effects, const std::string& text)
+{
+    for (const std::string& effect : effects) {
+        if (effect.find(text) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string refusalOf(const std::string& text)
+{
+    try {
+        (void)parseStatic("VemkEth1", text);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.code, ExitCode::usage);
+        return failure.hint;
+    }
+    return "accepted";
+}
+
+TEST(ParseStatic, TakesAPrefixLength)
+{
+    const InterfaceConfig expected = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.255.255.0", std::nullopt};
+    EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/24"), expected);
+}
+
+TEST(ParseStatic, TakesADottedNetmask)
+{
+    EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/255.255.0.0").netmask, "255.255.0.0");
+}
+
+TEST(ParseStatic, TakesAGateway)
+{
+    EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/24,10.0.0.1"), fixedEth1);
+}
+
+TEST(ParseStatic, RefusesAnAddressWithoutNetmask)
+{
+    EXPECT_NE(refusalOf("10.0.0.11").find("netmask"), std::string::npos);
+}
+
+TEST(ParseStatic, RefusesWhatIsNoAddress)
+{
+    for (const char* text : {"10.0.0/24", "10.0.0.256/24", "0.0.0.11/24", "127.0.0.1/8", "224.0.0.1/24", "/24", ""}) {
+        EXPECT_NE(refusalOf(text), "accepted") << text;
+    }
+}
+
+TEST(ParseStatic, RefusesWhatIsNoNetmask)
+{
+    for (const char* mask : {"0", "31", "32", "33", "-1", "255.0.255.0", "x", ""}) {
+        EXPECT_NE(refusalOf(std::string("10.0.0.11/") + mask), "accepted") << mask;
+    }
+}
+
+TEST(ParseStatic, RefusesTheNetworksOwnAddresses)
+{
+    EXPECT_NE(refusalOf("10.0.0.0/24").find("network"), std::string::npos);
+    EXPECT_NE(refusalOf("10.0.0.255/24").find("broadcast"), std::string::npos);
+}
+
+TEST(ParseStatic, RefusesAGatewayOutsideTheNet)
+{
+    EXPECT_NE(refusalOf("10.0.0.11/24,10.0.1.1").find("outside"), std::string::npos);
+}
+
+TEST(ParseStatic, RefusesTheCardAsItsOwnGateway)
+{
+    EXPECT_NE(refusalOf("10.0.0.11/24,10.0.0.11"), "accepted");
+}
+
+TEST(InterfaceName, IsOneOfTwo)
+{
+    EXPECT_NO_THROW(requireInterfaceName("VemkEth2"));
+    EXPECT_THROW(requireInterfaceName("eth0"), Failure);
+    EXPECT_THROW(requireInterfaceName("VemkEth10"), Failure);
+}
+
+TEST(IpPlan, HasNothingToDoForTheSameConfiguration)
+{
+    const IpPlan plan = planIp(cardWith(fixedEth1, dhcpEth2), fixedEth1);
+    EXPECT_TRUE(plan.nothingToDo());
+    EXPECT_TRUE(plan.effects.empty());
+}
+
+TEST(IpPlan, TellsThatAGatewayWillBeDeleted)
+{
+    InterfaceConfig wanted = fixedEth1;
+    wanted.gateway.reset();
+    EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), wanted).effects, "gateway 10.0.0.1"));
+}
+
+TEST(IpPlan, TellsThatStagedSettingsAreCommittedAlong)
+{
+    EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), disabledEth1).effects, "NTP server"));
+}
+
+TEST(IpPlan, TellsWhenBothInterfacesShareANetwork)
+{
+    const InterfaceConfig wanted = {"VemkEth2", IpMode::fixed, "10.0.0.12", "255.255.255.0", std::nullopt};
+    EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), wanted).effects, "same network"));
+}
+
+TEST(IpPlan, RefusesToDisableBothInterfaces)
+{
+    EXPECT_THROW((void)planIp(cardWith(fixedEth1, disabledEth2), disabledEth1), Failure);
+}
+
+TEST(IpPlan, GoesBackToWhatTheCardHas)
+{
+    EXPECT_EQ(planIp(cardWith(fixedEth1, dhcpEth2), disabledEth1).wayBack, fixedEth1);
+}
+
+TEST(IpPlan, HasNoWayBackIfTheCardRefusedToTell)
+{
+    const IpPlan plan = planIp(std::nullopt, disabledEth1);
+    EXPECT_FALSE(plan.wayBack);
+    EXPECT_NE(plan.noWayBack.find("refused"), std::string::npos);
+}
+
+TEST(IpPlan, HasNoWayBackToAStaticInterfaceWithoutNetmask)
+{
+    InterfaceConfig now = fixedEth1;
+    now.netmask.reset();
+    const IpPlan plan = planIp(cardWith(now, dhcpEth2), disabledEth1);
+    EXPECT_FALSE(plan.wayBack);
+    EXPECT_NE(plan.noWayBack.find("netmask"), std::string::npos);
+}
+
+TEST(IpPlan, HasNoWayBackToAddressesTheCardWouldRefuse)
+{
+    InterfaceConfig now = fixedEth1;
+    now.address = "10.0.0.11/24";
+    EXPECT_FALSE(planIp(cardWith(now, dhcpEth2), disabledEth1).wayBack);
+}
+
+TEST(IpPlan, DescribesAnInterfaceInOneLine)
+{
+    EXPECT_EQ(describe(fixedEth1), "Static 10.0.0.11/255.255.255.0 gateway 10.0.0.1");
+    EXPECT_EQ(describe(dhcpEth2), "Dhcp");
+}
+
+} // namespace

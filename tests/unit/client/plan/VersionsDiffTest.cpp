@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/plan/VersionsDiff.h"
+
+#include "client/model/Failure.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+using Components = std::vector<Component>;
+
+TEST(DifferingComponents, AreNoneForEqualCards)
+{
+    const Components card = {{"kernel", "6.1"}, {"base", "1.0"}};
+    EXPECT_TRUE(differingComponents({card, card}).empty());
+}
+
+TEST(DifferingComponents, HaveAnotherVersionOnSomeCard)
+{
+    const std::vector<std::string> expected = {"base"};
+    EXPECT_EQ(differingComponents({{{"kernel", "6.1"}, {"base", "1.0"}}, {{"kernel", "6.1"}, {"base", "1.1"}}}),
+              expected);
+}
+
+TEST(DifferingComponents, AreMissingOnSomeCard)
+{
+    const std::vector<std::string> expected = {"base"};
+    EXPECT_EQ(differingComponents({{{"kernel", "6.1"}}, {{"kernel", "6.1"}, {"base", "1.1"}}}), expected);
+}
+
+TEST(ExpectedVersions, AreOneALineWithComments)
+{
+    const Components expected = {{"kernel", "KERN 6.1"}, {"base", "1.0"}};
+    EXPECT_EQ(parseExpectedVersions("# cards of 2026\nkernel  KERN 6.1  # new\n\nbase 1.0\n", "f"), expected);
+}
+
+TEST(ExpectedVersions, NeedAVersionOnEachLine)
+{
+    try {
+        (void)parseExpectedVersions("base 1.0\nkernel\n", "f");
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.code, ExitCode::badFile);
+        EXPECT_NE(failure.hint.find("f, line 2"), std::string::npos);
+    }
+}
+
+TEST(UnmetExpectations, AreOtherAndMissingVersions)
+{
+    const Components card = {{"kernel", "6.1"}, {"base", "1.0"}};
+    const Components unmet = {{"base", "1.1"}, {"boot", "3"}};
+    EXPECT_EQ(unmetExpectations(card, {{"kernel", "6.1"}, {"base", "1.1"}, {"boot", "3"}}), unmet);
+}
+
+} // namespace
