@@ -1,0 +1,55 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""Fixtures of the client's tests: the program, and a rack of cards it works on."""
+
+import os
+from collections.abc import Iterator
+from pathlib import Path
+
+import pytest
+import tarvelsim
+from support.ctl import Ctl
+
+RACK = 8
+
+
+@pytest.fixture(scope="session")
+def program(daemon: list[str]) -> Path:
+    """TARVELCTL, or the client that was built with the daemon."""
+    program = Path(os.environ.get("TARVELCTL") or Path(daemon[-1]).parent / "tarvelctl").resolve()
+    if not program.exists():
+        pytest.fail(f"there is no client at {program}")
+    return program
+
+
+@pytest.fixture
+def ctl(program: Path, lan: tarvelsim.Lan, tmp_path: Path) -> Ctl:
+    return Ctl(program, tmp_path)
+
+
+@pytest.fixture(scope="session")
+def whole_rack(lan: tarvelsim.Lan, daemon: list[str]) -> Iterator[list[tarvelsim.Card]]:
+    """Cards named rack1 to rack8, which the tests share."""
+    cards = [lan.card(f"rack{number}", command=daemon) for number in range(1, RACK + 1)]
+    try:
+        for card in cards:
+            card.start(wait=False)
+        for card in cards:
+            card.wait_ready(timeout=30)
+        yield cards
+    finally:
+        for card in cards:
+            card.stop()
+
+
+@pytest.fixture
+def rack(whole_rack: list[tarvelsim.Card]) -> list[tarvelsim.Card]:
+    """The cards as new; the test leaves them as they were, or takes `scratch`."""
+    return whole_rack
+
+
+@pytest.fixture
+def scratch(whole_rack: list[tarvelsim.Card]) -> Iterator[tarvelsim.Card]:
+    """The first card of the rack, with which the test may do what it likes."""
+    yield whole_rack[0]
+    whole_rack[0].reset()

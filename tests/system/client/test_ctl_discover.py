@@ -1,0 +1,64 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""tarvelctl discover"""
+
+from support.ctl import Ctl
+from tarvelsim import Card
+
+
+def test_every_card_is_found_on_both_networks(ctl: Ctl, rack: list[Card]) -> None:
+    found = {result["target"] for result in ctl.json("discover").results}
+    for card in rack:
+        assert {card.address("eth0"), card.address("eth1")} <= found
+
+
+def test_only_the_named_interface_is_used(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl.json("discover", "-i", "lan1")
+    assert {result["interface"] for result in answer.results} == {"lan1"}
+    assert all(result["target"].startswith("10.0.1.") for result in answer.results)
+
+
+def test_the_expected_number_ends_it_at_once(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl.json("discover", "-i", "lan0", "--expect", "2")
+    assert answer.code == 0
+    assert len(answer.results) == 2
+
+
+def test_too_few_cards_are_a_difference(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl.json("discover", "-i", "lan0", "--expect", "200")
+    assert answer.code == 9
+    assert len(answer.results) >= len(rack)
+
+
+def test_names_are_mapped_to_addresses(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl.json("discover", "-i", "lan0", "--names", "rack[7-9]")
+    names = {result["target"]: result["name"] for result in answer.results}
+    assert names[rack[6].address("eth0")] == "rack7"
+    assert names[rack[7].address("eth0")] == "rack8"
+    assert "rack9" not in names.values()
+
+
+def test_a_card_with_a_wrong_address_is_heard(ctl: Ctl, scratch: Card) -> None:
+    scratch.run(["ip", "addr", "flush", "dev", "eth0"])
+    scratch.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
+    found = {result["target"]: result["reachable"] for result in ctl.json("discover", "-i", "lan0").results}
+    assert found["172.16.5.5"] is False
+
+
+def test_a_card_without_any_address_is_heard(ctl: Ctl, scratch: Card) -> None:
+    for device in ("eth0", "eth1"):  # without one of its own, the other's address would serve
+        scratch.run(["ip", "addr", "flush", "dev", device])
+    assert "0.0.0.0" in {result["target"] for result in ctl.json("discover", "-i", "lan0").results}
+
+
+def test_a_dry_run_shows_both_probes(ctl: Ctl, rack: list[Card]) -> None:
+    mark = rack[0].log_mark()
+    probes = [result["bytes"] for result in ctl.json("--dry-run", "discover").results]
+    assert [probe.split()[2] for probe in probes] == ["f07f0001", "03000001"]
+    assert rack[0].log_lines(mark) == []
+
+
+def test_an_interface_that_does_not_exist_is_exit_6(ctl: Ctl) -> None:
+    answer = ctl("discover", "-i", "nowhere0")
+    assert answer.code == 6
+    assert "nowhere0" in answer.err
