@@ -21,6 +21,18 @@ ARROWS: dict[str, set[str]] = {
     "util": set(),
 }
 
+# The same within the client. Its commands may use every room.
+CLIENT_ARROWS: dict[str, set[str]] = {
+    "model": set(),
+    "engine": set(),
+    "xml": set(),
+    "output": {"model"},
+    "wire": {"engine", "model", "output"},
+    "messages": {"wire", "xml", "model"},
+    "plan": {"messages", "model"},
+    "targets": {"wire", "model"},
+}
+
 # The one exception: the card's host name is a setting.
 EXCEPTIONS = {("util/LibUtilsHost.cpp", "uci/Uci.h")}
 
@@ -28,7 +40,7 @@ EXCEPTIONS = {("util/LibUtilsHost.cpp", "uci/Uci.h")}
 SHARED_CODEC = {f"protocol/{name}.h" for name in ("MessageHeader", "Message", "DatagramBuffer", "WireOrder")}
 
 # libxml2 is met in one room on each side.
-XML_ROOMS = re.compile(r"(services/XmlReader|client/Xml\w*)\.(h|cpp)")
+XML_ROOMS = re.compile(r"(services/XmlReader|client/xml/Xml\w*)\.(h|cpp)")
 
 # These report on standard output and standard error, never through the log.
 WITHOUT_LOG = re.compile(r"util/LibUtils\w*\.(h|cpp)|uci/\w+\.(h|cpp)")
@@ -62,13 +74,16 @@ def reachable(quoted: Graph, starts: set[str]) -> set[str]:
     return seen
 
 
+def may_include_in_client(name: str, target: str) -> bool:
+    room, other = name.split("/")[1], target.split("/")[1]
+    return room == other or room not in CLIENT_ARROWS or other in CLIENT_ARROWS[room]
+
+
 def may_include(name: str, target: str, codec: set[str]) -> bool:
     source, destination = name.split("/")[0], target.split("/")[0]
-    if source == destination or (name, target) in EXCEPTIONS:
-        return True
     if source == "client":
-        return target in codec
-    return destination in ARROWS.get(source, set())
+        return target in codec or destination == "client" and may_include_in_client(name, target)
+    return source == destination or (name, target) in EXCEPTIONS or destination in ARROWS.get(source, set())
 
 
 def check_arrows(quoted: Graph) -> list[str]:

@@ -7,9 +7,9 @@
 #include "client/commands/Discovery.h"
 #include "client/commands/Exchanges.h"
 #include "client/engine/Parallel.h"
+#include "client/model/Ranges.h"
 #include "client/output/Console.h"
 #include "client/output/Writer.h"
-#include "client/targets/Ranges.h"
 #include "client/wire/Trace.h"
 
 #include <algorithm>
@@ -81,15 +81,19 @@ private:
 
     ExitCode search(Context& context)
     {
-        Discovery discovery(context.network, [&](const FoundCard& card) { take(context, card); });
-        context.loop.run(discovery.run(static_cast<std::size_t>(std::max(expected, 0))));
-        if (!allNames.empty()) {
+        try {
+            Discovery discovery(context.network, [&](const FoundCard& card) { take(context, card); });
+            context.loop.run(discovery.run(static_cast<std::size_t>(std::max(expected, 0))));
             context.loop.run(findNames(context));
+        } catch (const Interrupted&) {
+            context.console.note("interrupted: there may be more cards");
+        }
+        if (!allNames.empty()) {
             for (const Result& result : found) {
                 print(context, result);
             }
         }
-        const ExitCode code = verdict(context);
+        const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : verdict(context);
         context.writer.end(code);
         return code;
     }
@@ -113,6 +117,9 @@ private:
 
     Task<void> findNames(Context& context)
     {
+        if (allNames.empty()) {
+            co_return;
+        }
         for (Result& result : found) {
             result.add("name", Cell());
         }

@@ -120,7 +120,7 @@ ExitCode TargetCommand::run(Context& context)
     std::vector<Result> results(targets.size());
     context.loop.run(workOnAll(context, targets, results));
     finish(context, results);
-    const ExitCode code = commonCode(results);
+    const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : commonCode(results);
     if (!printsAtOnce(context)) {
         for (const Result& result : context.options.fold ? fold(results) : results) {
             print(context, result);

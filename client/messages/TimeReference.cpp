@@ -132,11 +132,10 @@ std::string timeReferenceSetXml(const TimeRequest& request)
 
 std::string formatTime(std::int64_t time)
 {
-    using namespace std::chrono;
-    const sys_seconds moment{seconds(time)};
-    const auto midnight = floor<days>(moment);
-    const year_month_day date(midnight);
-    const hh_mm_ss clock(moment - midnight);
+    const std::chrono::sys_seconds moment{std::chrono::seconds(time)};
+    const auto midnight = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(midnight);
+    const std::chrono::hh_mm_ss clock(moment - midnight);
     return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}", static_cast<int>(date.year()),
                        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()), clock.hours().count(),
                        clock.minutes().count(), clock.seconds().count());

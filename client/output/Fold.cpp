@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Fold.h"
 
-#include "client/targets/Ranges.h"
+#include "client/model/Ranges.h"
 
 #include <algorithm>
 #include <string>
@@ -10,10 +10,32 @@
 namespace
 {
 
+bool isMeasured(const Field& field)
+{
+    return std::holds_alternative<double>(field.value);
+}
+
+// What was measured differs always and does not make another answer.
+bool sameFields(const Row& one, const Row& other)
+{
+    return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const Field& left, const Field& right) {
+        return left == right || (left.name == right.name && isMeasured(left) && isMeasured(right));
+    });
+}
+
 bool sameAnswer(const Result& one, const Result& other)
 {
     return one.code == other.code && one.category == other.category && one.phase == other.phase &&
-           one.hint == other.hint && one.fields == other.fields && one.list == other.list;
+           one.hint == other.hint && sameFields(one.fields, other.fields) && one.list == other.list;
+}
+
+void removeMeasured(Row& fields)
+{
+    for (Field& field : fields) {
+        if (isMeasured(field)) {
+            field.value = Cell();
+        }
+    }
 }
 
 struct Group {
@@ -35,6 +57,9 @@ std::vector<Result> fold(std::vector<Result> results)
     std::vector<Result> folded;
     for (Group& group : groups) {
         group.answer.target = foldRanges(group.targets);
+        if (group.targets.size() > 1) {
+            removeMeasured(group.answer.fields);
+        }
         folded.push_back(std::move(group.answer));
     }
     return folded;

@@ -3,8 +3,8 @@
 #include "client/targets/Targets.h"
 
 #include "client/model/Failure.h"
+#include "client/model/Ranges.h"
 #include "client/targets/CardBook.h"
-#include "client/targets/Ranges.h"
 
 #include <algorithm>
 #include <fmt/core.h>

@@ -63,6 +63,12 @@ def test_the_client_may_use_the_codec(tree: Path) -> None:
     assert check_includes.check(tree) == []
 
 
+def test_a_room_of_the_client_may_not_use_one_above(tree: Path) -> None:
+    write(tree, "client/wire/Frame.h", '#include "client/messages/Versions.h"\n')
+    write(tree, "client/messages/Versions.h", "")
+    assert check_includes.check(tree) == ["client/wire/Frame.h must not include client/messages/Versions.h"]
+
+
 def test_the_client_may_not_use_sockets_of_the_daemon(tree: Path) -> None:
     write(tree, "client/Request.cpp", '#include "net/Socket.h"\n')
     assert check_includes.check(tree) == ["client/Request.cpp must not include net/Socket.h"]

@@ -63,6 +63,17 @@ TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
     EXPECT_EQ(folded[1].target, "card2");
 }
 
+TEST(Fold, TakesMeasuredValuesForNoDifference)
+{
+    Result one = card("card1", "6.1");
+    Result other = card("card2", "6.1");
+    one.add("seconds", 0.1);
+    other.add("seconds", 0.2);
+    const std::vector<Result> folded = fold({one, other});
+    ASSERT_EQ(folded.size(), 1);
+    EXPECT_EQ(folded[0].fields, (Row{{"seconds", Cell()}}));
+}
+
 TEST(CommonCode, IsThatOfAllOrMixed)
 {
     Result failed;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/targets/Ranges.h"
+#include "client/model/Ranges.h"
 
 #include "client/model/Failure.h"
 
