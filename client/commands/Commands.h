@@ -8,6 +8,9 @@
 
 // One maker per command, each defined at the end of the command's own file; the table of commands is their only user.
 std::unique_ptr<Command> makeDiscover();
+std::unique_ptr<Command> makeFirmwareCheck();
+std::unique_ptr<Command> makeFirmwareUpgrade();
+std::unique_ptr<Command> makeFirmwareUpload();
 std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();

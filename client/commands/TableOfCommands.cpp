@@ -36,6 +36,16 @@ constexpr std::array commands = {
                "tarvelctl ip rescue card01\n"
                "tarvelctl ip rescue --if VemkEth1 --static 10.0.0.11/24 card01",
                makeIpRescue},
+    CommandRow{"firmware check", "look through a firmware archive before any card gets it",
+               "tarvelctl firmware check firmware.tar.gz\n"
+               "tarvelctl -o json firmware check firmware.tar.gz",
+               makeFirmwareCheck},
+    CommandRow{"firmware upload", "send an archive and unpack it on the card, without installing it",
+               "tarvelctl firmware upload firmware.tar.gz card01", makeFirmwareUpload},
+    CommandRow{"firmware upgrade", "send an archive, install it, and compare the versions before and after",
+               "tarvelctl firmware upgrade firmware.tar.gz card[01-16]\n"
+               "tarvelctl --dry-run firmware upgrade firmware.tar.gz card01",
+               makeFirmwareUpgrade},
     CommandRow{"reboot", "reboot cards", "tarvelctl reboot --wait card01", makeReboot},
     CommandRow{"status", "tell whether cards are idle, busy, without daemon or out of reach",
                "tarvelctl status card[01-16]", makeStatus},

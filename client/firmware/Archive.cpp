@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/firmware/Archive.h"
+
+#include "client/engine/Descriptor.h"
+#include "client/firmware/Sha256.h"
+#include "client/model/Failure.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fmt/core.h>
+#include <fmt/ranges.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace
+{
+
+// The header's payload length counts 4 bytes more and has 32 bits.
+constexpr std::uint64_t largestArchive = 0xFFFFFFFF - 4;
+
+Failure badArchive(std::string hint)
+{
+    return {ExitCode::badFile, "bad-archive", "checking the archive", std::move(hint)};
+}
+
+Failure unreadable(const std::string& path)
+{
+    return badArchive(fmt::format("cannot read {}: {}", path, std::strerror(errno)));
+}
+
+void describeFile(Archive& archive)
+{
+    const Descriptor file(::open(archive.path.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat status = {};
+    if (!file || ::fstat(file.get(), &status) == -1) {
+        throw unreadable(archive.path);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw badArchive(fmt::format("{} is no regular file", archive.path));
+    }
+    Sha256 digest;
+    std::vector<std::byte> piece(65536);
+    for (;;) {
+        const ssize_t size = ::read(file.get(), piece.data(), piece.size());
+        if (size == -1) {
+            throw unreadable(archive.path);
+        }
+        if (size == 0) {
+            break;
+        }
+        archive.size += static_cast<std::uint64_t>(size);
+        digest.add(std::span(piece).first(static_cast<std::size_t>(size)));
+    }
+    archive.sha256 = digest.finish();
+}
+
+using Walker = std::unique_ptr<archive, int (*)(archive*)>;
+
+Failure broken(const Walker& walker, const std::string& path)
+{
+    const char* reason = archive_error_string(walker.get());
+    return badArchive(fmt::format("{} is no complete gzip-compressed tar archive: {}", path,
+                                  reason != nullptr ? reason : "it ends too early"));
+}
+
+Walker openWalker(const std::string& path)
+{
+    constexpr std::size_t blockSize = 65536;
+    Walker walker(archive_read_new(), archive_read_free);
+    archive_read_support_filter_gzip(walker.get());
+    archive_read_support_format_tar(walker.get());
+    archive_read_support_format_empty(walker.get());
+    if (archive_read_open_filename(walker.get(), path.c_str(), blockSize) != ARCHIVE_OK) {
+        throw broken(walker, path);
+    }
+    return walker;
+}
+
+MemberKind kindOf(archive_entry* entry)
+{
+    if (archive_entry_hardlink(entry) != nullptr) {
+        return MemberKind::hardlink;
+    }
+    switch (archive_entry_filetype(entry)) {
+    case AE_IFREG:
+        return MemberKind::file;
+    case AE_IFDIR:
+        return MemberKind::directory;
+    case AE_IFLNK:
+        return MemberKind::symlink;
+    default:
+        return MemberKind::special;
+    }
+}
+
+std::string textOrEmpty(const char* text)
+{
+    return text != nullptr ? text : "";
+}
+
+ArchiveMember memberOf(archive_entry* entry)
+{
+    ArchiveMember member;
+    member.path = textOrEmpty(archive_entry_pathname(entry));
+    member.kind = kindOf(entry);
+    member.size = archive_entry_size(entry);
+    member.target = member.kind == MemberKind::hardlink ? textOrEmpty(archive_entry_hardlink(entry))
+                                                        : textOrEmpty(archive_entry_symlink(entry));
+    return member;
+}
+
+void walkMembers(Archive& archive)
+{
+    const Walker walker = openWalker(archive.path);
+    MemberRules rules;
+    archive_entry* entry = nullptr;
+    int result = archive_read_next_header(walker.get(), &entry);
+    if (archive_filter_code(walker.get(), 0) != ARCHIVE_FILTER_GZIP) {
+        throw badArchive(fmt::format("{} is not compressed with gzip", archive.path));
+    }
+    for (; result == ARCHIVE_OK || result == ARCHIVE_WARN; result = archive_read_next_header(walker.get(), &entry)) {
+        archive.members.push_back(memberOf(entry));
+        const ArchiveMember& member = archive.members.back();
+        if (const std::optional<std::string> problem = rules.problemWith(member)) {
+            archive.problems.push_back(fmt::format("{} {}", member.path, *problem));
+        }
+        if (archive_read_data_skip(walker.get()) < ARCHIVE_WARN) {
+            throw broken(walker, archive.path);
+        }
+    }
+    if (result != ARCHIVE_EOF) {
+        throw broken(walker, archive.path);
+    }
+}
+
+} // namespace
+
+std::string_view kindName(MemberKind kind)
+{
+    switch (kind) {
+    case MemberKind::file:
+        return "file";
+    case MemberKind::directory:
+        return "directory";
+    case MemberKind::symlink:
+        return "link";
+    case MemberKind::hardlink:
+        return "hard link";
+    case MemberKind::special:
+        return "special";
+    }
+    return "special";
+}
+
+Archive inspectArchive(const std::string& path)
+{
+    Archive archive;
+    archive.path = path;
+    describeFile(archive);
+    if (archive.size > largestArchive) {
+        throw badArchive(fmt::format("{} is larger than a message can carry: {} bytes", path, archive.size));
+    }
+    walkMembers(archive);
+    if (archive.members.empty()) {
+        archive.problems.emplace_back("the archive is empty");
+    }
+    return archive;
+}
+
+Archive requireGoodArchive(const std::string& path)
+{
+    Archive archive = inspectArchive(path);
+    if (!archive.problems.empty()) {
+        throw badArchive(fmt::format("{} must not go to a card: {}", path, fmt::join(archive.problems, "; ")));
+    }
+    return archive;
+}

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+// SHA-256 of bytes that come in pieces, as FIPS 180-4 defines it.
+class Sha256
+{
+public:
+    void add(std::span<const std::byte> bytes);
+
+    // The digest of all that was added, in hexadecimal. Nothing may be added afterwards.
+    [[nodiscard]] std::string finish();
+
+private:
+    using Block = std::array<std::byte, 64>;
+
+    void addByte(std::byte byte);
+    void compress();
+
+    std::array<std::uint32_t, 8> state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                          0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    Block block = {};
+    std::size_t filled = 0;
+    std::uint64_t length = 0; // in bytes
+};
