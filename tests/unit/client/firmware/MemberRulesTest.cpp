@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/firmware/MemberRules.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+bool accepts(const std::string& path, MemberKind kind = MemberKind::file, const std::string& target = "")
+{
+    return !MemberRules().problemWith({path, kind, 0, target});
+}
+
+bool acceptsLink(const std::string& path, const std::string& target)
+{
+    return accepts(path, MemberKind::symlink, target);
+}
+
+bool acceptsBehind(const ArchiveMember& first, const ArchiveMember& second)
+{
+    MemberRules rules;
+    EXPECT_FALSE(rules.problemWith(first));
+    return !rules.problemWith(second);
+}
+
+} // namespace
+
+TEST(MemberRules, APlainPathIsAccepted)
+{
+    EXPECT_TRUE(accepts("pnr/kernel"));
+    EXPECT_TRUE(accepts("./pnr/kernel"));
+    EXPECT_TRUE(accepts("./", MemberKind::directory));
+}
+
+TEST(MemberRules, DotsWithinANameAreNoParentStep)
+{
+    EXPECT_TRUE(accepts("..pnr/a..b"));
+}
+
+TEST(MemberRules, AnAbsolutePathIsRefused)
+{
+    EXPECT_EQ(MemberRules().problemWith({"/etc/passwd", MemberKind::file, 0, ""}), "has an absolute path");
+}
+
+TEST(MemberRules, AParentStepIsRefusedWhereverItStands)
+{
+    EXPECT_FALSE(accepts("../x"));
+    EXPECT_FALSE(accepts("pnr/../../x"));
+    EXPECT_FALSE(accepts("pnr/.."));
+}
+
+TEST(MemberRules, ADeviceIsRefused)
+{
+    EXPECT_FALSE(accepts("dev/null", MemberKind::special));
+}
+
+TEST(MemberRules, TheArchivesOwnNameIsRefusedAtTheTop)
+{
+    EXPECT_FALSE(accepts("firmware.tar.gz"));
+    EXPECT_FALSE(accepts(".//firmware.tar.gz"));
+    EXPECT_FALSE(accepts("firmware.tar.gz/x"));
+    EXPECT_TRUE(accepts("old/firmware.tar.gz"));
+}
+
+TEST(MemberRules, TheNameThatTheShellMakesOfTheHostNamesKeyIsRefusedAtTheTop)
+{
+    EXPECT_FALSE(accepts("system.@system0.hostname"));
+    EXPECT_FALSE(accepts("./system.@system0.hostname"));
+    EXPECT_TRUE(accepts("pnr/system.@system0.hostname"));
+}
+
+TEST(MemberRules, ALinkWithinTheDirectoryIsAccepted)
+{
+    EXPECT_TRUE(acceptsLink("lib/libx.so", "libx.so.1"));
+    EXPECT_TRUE(acceptsLink("lib/x", "../bin/x"));
+}
+
+TEST(MemberRules, ALinkThatLeavesTheDirectoryIsRefused)
+{
+    EXPECT_FALSE(acceptsLink("x", "/etc"));
+    EXPECT_FALSE(acceptsLink("x", ".."));
+    EXPECT_FALSE(acceptsLink("lib/x", "../../etc"));
+}
+
+TEST(MemberRules, ALinkThatClimbsBehindANameIsRefused)
+{
+    EXPECT_FALSE(acceptsLink("a/b/x", "c/../../y"));
+}
+
+TEST(MemberRules, AHardLinkThatLeavesTheDirectoryIsRefused)
+{
+    EXPECT_TRUE(accepts("a", MemberKind::hardlink, "pnr/kernel"));
+    EXPECT_FALSE(accepts("a", MemberKind::hardlink, "/etc/passwd"));
+    EXPECT_FALSE(accepts("a", MemberKind::hardlink, "../x"));
+}
+
+TEST(MemberRules, AMemberBelowALinkIsRefused)
+{
+    const ArchiveMember link{"up", MemberKind::symlink, 0, "a/b"};
+    EXPECT_FALSE(acceptsBehind(link, {"up/file", MemberKind::file, 0, ""}));
+    EXPECT_TRUE(acceptsBehind(link, {"upper", MemberKind::file, 0, ""}));
+}
+
+TEST(MemberRules, AMemberInThePlaceOfALinkIsRefused)
+{
+    EXPECT_FALSE(acceptsBehind({"up", MemberKind::symlink, 0, "a"}, {"./up", MemberKind::file, 0, ""}));
+}
+
+TEST(MemberRules, AHardLinkThroughALinkIsRefused)
+{
+    EXPECT_FALSE(acceptsBehind({"up", MemberKind::symlink, 0, "a"}, {"x", MemberKind::hardlink, 0, "up/y"}));
+}

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/firmware/TransferMeter.h"
+
+#include <gtest/gtest.h>
+
+TEST(TransferMeter, TheRateCountsWhatWasAcknowledged)
+{
+    TransferMeter meter(4000);
+    meter.update(2, 1000);
+    EXPECT_DOUBLE_EQ(meter.rate(), 500);
+}
+
+TEST(TransferMeter, TheTimeLeftIsAtTheRateSoFar)
+{
+    TransferMeter meter(4000);
+    meter.update(2, 1000);
+    EXPECT_DOUBLE_EQ(meter.secondsLeft(), 6);
+}
+
+TEST(TransferMeter, NothingIsForetoldBeforeTheFirstBytes)
+{
+    TransferMeter meter(4000);
+    EXPECT_DOUBLE_EQ(meter.rate(), 0);
+    EXPECT_DOUBLE_EQ(meter.secondsLeft(), 0);
+}
+
+TEST(TransferMeter, SilenceCountsFromTheLastProgress)
+{
+    TransferMeter meter(4000);
+    meter.update(2, 1000);
+    meter.update(5, 1000);
+    EXPECT_DOUBLE_EQ(meter.secondsSilent(), 3);
+    meter.update(6, 1001);
+    EXPECT_DOUBLE_EQ(meter.secondsSilent(), 0);
+}
+
+TEST(TransferMeter, CompleteWhenAllIsAcknowledged)
+{
+    TransferMeter meter(4000);
+    meter.update(1, 3999);
+    EXPECT_FALSE(meter.isComplete());
+    meter.update(2, 4000);
+    EXPECT_TRUE(meter.isComplete());
+}
+
+TEST(TransferMeter, TellsPeopleAmountShareRateAndTimeLeft)
+{
+    TransferMeter meter(4 * 1024 * 1024);
+    meter.update(2, 1024 * 1024);
+    EXPECT_EQ(meter.text(), "1.0 of 4.0 MiB, 25 %, 0.5 MiB/s, 6 s left");
+}
