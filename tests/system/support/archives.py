@@ -35,3 +35,8 @@ def archive_of_size(size: int) -> bytes:
             return candidate
         length += size - len(candidate)
     raise AssertionError(f"no archive of {size} bytes found")
+
+
+def large_archive() -> bytes:
+    """More than the buffers between a client and a card hold."""
+    return archive({"pnr/padding": random.Random(0).randbytes(30_000_000)})
