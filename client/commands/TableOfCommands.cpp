@@ -9,7 +9,7 @@ namespace
 {
 
 constexpr std::array commands = {
-    CommandRow{"discover", "find cards whose names and addresses are unknown",
+    CommandRow{"discover", "find cards without knowing names or addresses (each of them logs warnings)",
                "tarvelctl discover\n"
                "tarvelctl discover -i eth0 --expect 16\n"
                "tarvelctl discover --names card[01-64]",

@@ -108,7 +108,8 @@ private:
     {
         if (wanted.mode == "Ntp" && before.server != wanted.server) {
             result.hint = "the server is staged, not committed: it is lost with a reboot unless something commits it, "
-                          "such as a change of the IP configuration";
+                          "such as a change of the IP configuration (and it can be set only while the card has the "
+                          "setting system.ntp.server)";
         }
     }
 

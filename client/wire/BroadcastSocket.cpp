@@ -32,6 +32,30 @@ void setOption(const Descriptor& socket, int option, const void* value, std::siz
     }
 }
 
+Descriptor openSocket(const std::string& name)
+{
+    Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!socket) {
+        throw unusable(name, errno);
+    }
+    const int on = 1;
+    setOption(socket, SO_BROADCAST, &on, sizeof on, name);
+    setOption(socket, SO_BINDTODEVICE, name.data(), name.size(), name);
+    const sockaddr_in anywhere = socketAddress({"0.0.0.0", 0});
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&anywhere), sizeof anywhere) == -1) {
+        throw unusable(name, errno);
+    }
+    return socket;
+}
+
+std::uint16_t portOf(const Descriptor& socket)
+{
+    sockaddr_in own = {};
+    socklen_t size = sizeof own;
+    ::getsockname(socket.get(), reinterpret_cast<sockaddr*>(&own), &size);
+    return ntohs(own.sin_port);
+}
+
 using InterfaceList = std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)>;
 
 InterfaceList listInterfaces()
@@ -57,18 +81,10 @@ bool canBroadcast(const ifaddrs& interface)
 
 } // namespace
 
-BroadcastSocket::BroadcastSocket(std::string newInterface)
-    : name(std::move(newInterface)), socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+BroadcastSocket::BroadcastSocket(std::string newInterface) : name(std::move(newInterface)), socket(openSocket(name))
 {
-    if (!socket) {
-        throw unusable(name, errno);
-    }
-    const int on = 1;
-    setOption(socket, SO_BROADCAST, &on, sizeof on, name);
-    setOption(socket, SO_BINDTODEVICE, name.data(), name.size(), name);
-    const sockaddr_in anywhere = socketAddress({"0.0.0.0", 0});
-    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&anywhere), sizeof anywhere) == -1) {
-        throw unusable(name, errno);
+    if (portOf(socket) == cardPort) { // the kernel may choose it, and every card would log each reply
+        socket = openSocket(name);    // the first is still open meanwhile, so this one gets another
     }
 }
 

@@ -21,6 +21,25 @@ Failure silence(const std::string& name, const std::string& phase)
                         name, cardPort)};
 }
 
+// Whatever interface can be used; one that cannot is no failure, since nobody asked for it.
+std::vector<BroadcastSocket> openAll()
+{
+    Failure failure{ExitCode::unreachable, "no-interface", "opening a socket",
+                    "no interface of this host is up and able to broadcast"};
+    std::vector<BroadcastSocket> sockets;
+    for (const std::string& name : broadcastInterfaces()) {
+        try {
+            sockets.emplace_back(name);
+        } catch (const Failure& why) {
+            failure = why;
+        }
+    }
+    if (sockets.empty()) {
+        throw failure;
+    }
+    return sockets;
+}
+
 } // namespace
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
@@ -85,17 +104,15 @@ Task<Reply> Network::ask(Endpoint endpoint, Request request, std::string phase)
 
 std::vector<BroadcastSocket> Network::openInterfaces(const std::string& onlyInterface) const
 {
-    std::vector<std::string> names = interfaces.empty() ? broadcastInterfaces() : interfaces;
-    if (!onlyInterface.empty()) {
-        names = {onlyInterface};
-    }
     std::vector<BroadcastSocket> sockets;
-    for (const std::string& name : names) {
-        sockets.emplace_back(name);
-    }
-    if (sockets.empty()) {
-        throw Failure{ExitCode::unreachable, "no-interface", "opening a socket",
-                      "no interface of this host is up and able to broadcast"};
+    if (!onlyInterface.empty()) {
+        sockets.emplace_back(onlyInterface);
+    } else if (!interfaces.empty()) {
+        for (const std::string& name : interfaces) {
+            sockets.emplace_back(name);
+        }
+    } else {
+        sockets = openAll();
     }
     return sockets;
 }

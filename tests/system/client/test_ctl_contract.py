@@ -3,6 +3,7 @@
 """The contract with scripts: exit codes, streams and formats."""
 
 import json
+import subprocess
 
 import pytest
 from support.ctl import Ctl
@@ -34,6 +35,18 @@ def test_a_usage_error_is_json_too(ctl: Ctl) -> None:
 def test_a_wrong_groups_file_is_exit_10(ctl: Ctl) -> None:
     (ctl.config / "groups").write_text("card01 nowhere\n")
     assert ctl("versions", "card01").code == 10
+
+
+def test_an_internal_error_is_exit_1(ctl: Ctl) -> None:
+    starved = subprocess.run(  # one descriptor is enough to be loaded, and too little for anything else
+        ["sh", "-c", 'ulimit -n 4; exec "$0" versions 127.0.0.99', str(ctl.program)],
+        capture_output=True,
+        text=True,
+        timeout=30,
+        check=False,
+    )
+    assert starved.returncode == 1
+    assert starved.stderr.startswith("error: internal error")
 
 
 def test_silence_is_exit_5_and_names_its_causes(ctl: Ctl) -> None:
