@@ -53,6 +53,11 @@ constexpr std::array commands = {
                "tarvelctl raw --command 16 10.0.0.11\n"
                "tarvelctl raw --command 17 --text-file time.xml 10.0.0.11",
                makeRaw},
+    CommandRow{"decode", "take the bytes of a message apart",
+               "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
+               "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"
+               "xxd capture | tarvelctl decode -o json",
+               makeDecode},
 };
 
 } // namespace
