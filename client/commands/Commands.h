@@ -7,6 +7,7 @@
 #include <memory>
 
 // One maker per command, each defined at the end of the command's own file; the table of commands is their only user.
+std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeDiscover();
 std::unique_ptr<Command> makeFirmwareCheck();

@@ -58,6 +58,11 @@ constexpr std::array commands = {
                "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"
                "xxd capture | tarvelctl decode -o json",
                makeDecode},
+    CommandRow{"completion", "print a script that completes command lines in a shell",
+               "source <(tarvelctl completion bash)\n"
+               "tarvelctl completion zsh >~/.zfunc/_tarvelctl\n"
+               "tarvelctl completion fish >~/.config/fish/completions/tarvelctl.fish",
+               makeCompletion},
 };
 
 } // namespace
