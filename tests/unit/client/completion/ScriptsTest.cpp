@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/completion/Scripts.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+// Every command, option and choice, as they must occur in any script.
+std::vector<std::string> wordsOf(const ProgramShape& shape)
+{
+    std::vector<std::string> words;
+    for (const CommandShape& command : shape.commands) {
+        words.push_back(command.name.substr(command.name.find(' ') + 1));
+        for (const OptionShape& option : command.options) {
+            words.push_back(option.names.back().substr(2));
+            words.insert(words.end(), option.choices.begin(), option.choices.end());
+        }
+    }
+    for (const OptionShape& option : shape.program.options) {
+        words.push_back(option.names.back().substr(2));
+    }
+    return words;
+}
+
+using MakeScript = std::string (*)(const ProgramShape&);
+
+class CompletionScript : public testing::TestWithParam<MakeScript>
+{
+};
+
+TEST_P(CompletionScript, NamesEveryCommandAndOption)
+{
+    const ProgramShape shape = shapeOfProgram();
+    const std::string script = GetParam()(shape);
+    for (const std::string& word : wordsOf(shape)) {
+        EXPECT_NE(script.find(word), std::string::npos) << word;
+    }
+}
+
+TEST_P(CompletionScript, KeepsAnApostropheInAHelpFromEndingAWord)
+{
+    ProgramShape shape;
+    shape.commands.push_back({"a", "the card's own", {{{"--b"}, "it's", ValueKind::none, {}, false}}, {}});
+    const std::string script = GetParam()(shape);
+    EXPECT_EQ(script.find("card's"), std::string::npos);
+    EXPECT_EQ(script.find("it's"), std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shells, CompletionScript, testing::Values(bashCompletion, zshCompletion, fishCompletion));
+
+TEST(ProgramShape, TellsAFileFromACardByTheWordForTheValue)
+{
+    const ProgramShape shape = shapeOfProgram();
+    for (const CommandShape& command : shape.commands) {
+        if (command.name == "versions") {
+            EXPECT_EQ(command.options.back().names, std::vector<std::string>{"--expect"});
+            EXPECT_EQ(command.options.back().kind, ValueKind::file);
+            EXPECT_EQ(command.arguments.front().kind, ValueKind::card);
+        }
+    }
+}
+
+TEST(ProgramShape, PutsTheCommandsOfAGroupBehindIt)
+{
+    const std::vector<CommandShape> words = wordsAfter(shapeOfProgram(), "time");
+    ASSERT_EQ(words.size(), 2U);
+    EXPECT_EQ(words[0].name, "get");
+    EXPECT_EQ(words[1].name, "set");
+}
+
+TEST(ProgramShape, NamesEachGroupOnceAmongTheFirstWords)
+{
+    int times = 0;
+    for (const CommandShape& word : wordsAfter(shapeOfProgram(), "")) {
+        times += word.name == "ip" ? 1 : 0;
+    }
+    EXPECT_EQ(times, 1);
+}
+
+} // namespace
