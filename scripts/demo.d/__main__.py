@@ -2,11 +2,12 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What an operator does with a card, from the first question to a reboot. Runs inside a simulated LAN."""
 
+import os
 import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(ROOT / "sim"), str(ROOT / "tests/system")]
+sys.path.insert(0, str(ROOT / "sim"))
 
 import tarvelsim  # noqa: E402
 
@@ -50,7 +51,7 @@ def set_ip(client: Client, card: tarvelsim.Card) -> None:
     client.ip()
     say(f"Give its first interface the address {NEW_ADDRESS}. The request and its reply are broadcasts. What is staged")
     say("on the card is committed along, the NTP server too.")
-    client.set_ip("VemkEth1", NEW_ADDRESS, "255.255.255.0")
+    client.set_ip("VemkEth1", f"{NEW_ADDRESS}/24")
     card.wait_address("eth0", NEW_ADDRESS)
     client.ip()
 
@@ -59,9 +60,8 @@ def upgrade(client: Client, card: tarvelsim.Card, directory: Path) -> None:
     chapter("New firmware")
     archive = pack_firmware(directory, NEW_VERSIONS)
     say(f"{archive.name} holds a new kernel and a new application ({archive.stat().st_size} bytes).")
-    say("The card answers when the archive is unpacked, and then installs it.")
+    say("The card answers when the archive is unpacked, and then installs it; how that went, its versions tell.")
     client.upgrade(archive)
-    say("Its versions are asked for again; the answer comes when the upgrade script has ended.")
     client.versions()
     for component, version in NEW_VERSIONS.items():
         check(card.read(f"/etc/pnr/{component}").strip() == version, f"{component} was not upgraded")
@@ -69,10 +69,10 @@ def upgrade(client: Client, card: tarvelsim.Card, directory: Path) -> None:
 
 def reboot(client: Client, card: tarvelsim.Card) -> None:
     chapter("Reboot")
+    say("It goes down two seconds after its answer.")
     client.reboot()
-    say("It goes down two seconds later ...")
     card.wait_boot(2)
-    say(f"... and is back, with what was set: eth0 is {card.address('eth0')}.")
+    say(f"It is back, with what was set: eth0 is {card.address('eth0')}.")
     check(card.address("eth0") == NEW_ADDRESS, "the card has lost its address")
     client.versions()
     client.time()
@@ -88,7 +88,7 @@ def tour() -> None:
     chapter("A simulated card starts")
     with lan.card("card1") as card:
         say(f"card1 serves on {card.address('eth0')} (eth0) and {card.address('eth1')} (eth1).")
-        client = Client(card.name)
+        client = Client(os.environ["TARVELCTL"], card.name)
         show_versions(client)
         set_time(client, card)
         set_ip(client, card)
