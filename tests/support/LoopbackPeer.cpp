@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <system_error>
 #include <unistd.h>
 
