@@ -1,0 +1,31 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+#
+# The tree, built with each of the target's toolchains.
+# shellcheck shell=bash
+
+# shellcheck source=scripts/target.d/sysroot.sh
+. "${BASH_SOURCE[0]%/*}/sysroot.sh"
+
+# Where a toolchain's build goes: the card's own is the one people look for, and has the short name.
+build_directory() {
+    case $1 in
+        powerpc-musl) printf '%s/build/target' "$root" ;;
+        powerpc-gnu) printf '%s/build/target-gnu' "$root" ;;
+        x86_64-musl) printf '%s/build/target-x86_64-musl' "$root" ;;
+    esac
+}
+
+build_tree() {
+    local toolchain=$1 directory
+    directory=$(build_directory "$toolchain")
+    need_sysroot "$toolchain"
+    say "building with $toolchain in ${directory#"$root"/}"
+    # By the environment: on the command line they would replace the flags that the toolchain file starts with. The
+    # compiler keeps what it has compiled by itself.
+    CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" CMAKE_CXX_COMPILER_LAUNCHER='' \
+        quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" \
+        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$cache/sysroot-$toolchain" \
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=ON -DTARVELD_SIM=ON
+    quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
+}

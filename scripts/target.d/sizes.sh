@@ -1,0 +1,25 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+#
+# How large the programs are.
+# shellcheck shell=bash
+
+# shellcheck source=scripts/target.d/build.sh
+. "${BASH_SOURCE[0]%/*}/build.sh"
+
+print_sizes() {
+    local toolchain program file
+    printf '%-14s %-12s %10s %10s %10s\n' toolchain program bytes text data+bss
+    for toolchain in "$@"; do
+        for program in tarveld tarvelctl; do
+            file=$(build_directory "$toolchain")/$program
+            [[ ! -x $file ]] || print_size "$toolchain" "$program" "$file"
+        done
+    done
+}
+
+print_size() {
+    local text data bss
+    read -r text data bss _ < <(size "$3" | tail -n 1)
+    printf '%-14s %-12s %10s %10s %10s\n' "$1" "$2" "$(stat -c %s "$3")" "$text" "$((data + bss))"
+}
