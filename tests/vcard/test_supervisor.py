@@ -1,0 +1,38 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""The supervisor heals the daemon, and the daemon lets it."""
+
+from asking import ask, ask_udp, connect
+from card import VirtualCard
+from support.documents import interface, ip_configuration
+from wire import Command, Status, request
+
+
+def kill_daemon(card: VirtualCard) -> None:
+    """Kills the daemon and waits until another one listens."""
+    killed = card.daemon_pid()
+    card.run(f"kill -9 {killed}")
+    card.wait_for(lambda: card.daemon_pid() not in (None, killed), "the supervisor starts another daemon")
+    card.wait_for_log(f"tarveld[{card.daemon_pid()}]: BindToDevice (eth1) was successful")
+
+
+def test_a_killed_daemon_is_started_again_and_serves(card: VirtualCard) -> None:
+    kill_daemon(card)
+    assert ask(Command.VERSIONS).header.status == Status.SUCCESS
+    assert ask_udp("eth1", Command.IP_GET, ip_configuration()).header.status == Status.SUCCESS
+    assert "supervise: tarveld ended with status 137, next start in 5 s" in card.log()
+
+
+def test_a_connected_client_does_not_keep_the_next_daemon_from_its_port(card: VirtualCard) -> None:
+    with connect() as peer:
+        peer.ask(request(Command.VERSIONS))
+        kill_daemon(card)
+    assert "Bind() failed" not in card.log()
+
+
+def test_what_an_init_script_left_running_does_not_hold_the_port(card: VirtualCard) -> None:
+    with_dhcp = ip_configuration(interface("VemkEth2", "Dhcp"))
+    assert ask_udp("eth0", Command.IP_SET, with_dhcp).header.status == Status.SUCCESS
+    card.wait_for(lambda: card.status("pidof udhcpc") == 0, "the DHCP client runs")
+    kill_daemon(card)
+    assert ask(Command.VERSIONS).header.status == Status.SUCCESS
