@@ -23,7 +23,7 @@ CEILINGS = [
 ]
 
 CODE = {".h", ".cpp"}
-TABS_ALLOWED = re.compile(r"(.*/)?Makefile|.*\.mk|.*\.init|.*\.scd|.*Config\.in|.*\.patch|.*\.fragment")
+TABS_ALLOWED = re.compile(r"(.*/)?Makefile|.*\.mk|.*\.init|.*\.scd|.*Config\.in|.*\.patch|packaging/openwrt/.*")
 
 # Words that point at papers which the reader of this tree does not have.
 FOREIGN = [
