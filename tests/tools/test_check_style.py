@@ -5,6 +5,7 @@ import check_style
 import pytest
 
 LICENCE = "// SPDX-License-Identifier: MIT\n// SPDX-FileCopyrightText: The tarveld authors\n"
+HOME = "/" + "home/"  # in two halves: this file is checked, too
 
 
 def complaints(name: str, text: str) -> list[str]:
@@ -42,9 +43,7 @@ def test_a_test_may_be_longer() -> None:
         ("\tint x;", "tab"),
         ("int x; ", "blank at the end"),
         ("using namespace std;", "using namespace"),
-        ("// see Part 4.1", '"Part 4.1" means nothing to a reader of this tree'),
-        ("// as the spec says", '"the spec" means nothing to a reader of this tree'),
-        ("// see issue #2", '"issue #2" means nothing to a reader of this tree'),
+        ("// see " + HOME + "notes", HOME + " exists on one machine only"),
     ],
 )
 def test_a_line_is_refused(line: str, complaint: str) -> None:
@@ -55,5 +54,5 @@ def test_a_makefile_has_tabs() -> None:
     assert complaints("packaging/openwrt/Makefile", "all:\n\ttrue\n") == []
 
 
-def test_ordinary_words_pass() -> None:
-    assert complaints("docs/x.md", "a special part of the specific issue\n") == []
+def test_a_path_that_only_looks_private_passes() -> None:
+    assert complaints("docs/x.md", "the sandbox's ." + HOME + "x and tmp" + HOME + "y\n") == []
