@@ -39,7 +39,7 @@ else
 fi
 )script";
 
-// Quotes for the shell, after what has a meaning in a specification of _arguments has lost it.
+// Quotes for the shell, after what means something to _arguments has lost it.
 std::string quoted(std::string_view text, std::string_view special)
 {
     std::string result = "'";
