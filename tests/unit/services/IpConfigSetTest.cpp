@@ -88,7 +88,7 @@ TEST_F(IpConfigSetTest, LogsAFailedRestartAndKeepsItsSuccess)
 
 TEST_F(IpConfigSetTest, LogsARestartThatCouldNotBeRunOnTwoLines)
 {
-    shell.respondWith([this](std::string_view command) -> std::optional<FakeSystem::Answer> {
+    shell.respondWith([](std::string_view command) -> std::optional<FakeSystem::Answer> {
         if (command == restart.front()) {
             return FakeSystem::Answer{-1, {}, ENOMEM};
         }
