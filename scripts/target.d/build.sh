@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
 #
-# The tree, built with each of the target's toolchains.
+# The tree, built with each of the target's toolchains. The client goes with the card's own only.
 # shellcheck shell=bash
 
-# shellcheck source=scripts/target.d/sysroot.sh
-. "${BASH_SOURCE[0]%/*}/sysroot.sh"
+# shellcheck source=scripts/target.d/client.sh
+. "${BASH_SOURCE[0]%/*}/client.sh"
 
 # Where a toolchain's build goes: the card's own is the one people look for, and has the short name.
 build_directory() {
@@ -17,15 +17,19 @@ build_directory() {
 }
 
 build_tree() {
-    local toolchain=$1 directory
+    local toolchain=$1 directory roots="$cache/sysroot-$1" client=OFF
     directory=$(build_directory "$toolchain")
     need_sysroot "$toolchain"
+    if [[ $toolchain == powerpc-musl ]]; then
+        need_client_libraries "$toolchain"
+        roots+=";$cache/client-$toolchain" client=ON
+    fi
     say "building with $toolchain in ${directory#"$root"/}"
     # By the environment: on the command line they would replace the flags that the toolchain file starts with. The
     # compiler keeps what it has compiled by itself.
     CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" CMAKE_CXX_COMPILER_LAUNCHER='' \
         quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" \
-        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$cache/sysroot-$toolchain" \
-        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=ON -DTARVELD_SIM=ON
+        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$roots" \
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=ON -DTARVELD_SIM=ON -DTARVELD_CLIENT=$client
     quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
 }

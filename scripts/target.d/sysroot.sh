@@ -32,14 +32,25 @@ build_sysroot() {
     install_library "$toolchain" googletest /usr/src/googletest
 }
 
-# install_library TOOLCHAIN NAME SOURCE OPTION...: configures, builds and installs one CMake project into the sysroot.
 install_library() {
-    local toolchain=$1 name=$2 source=$3 prefix="$cache/sysroot-$1" work
-    shift 3
+    local toolchain=$1
+    shift
+    install_project "$toolchain" "$cache/sysroot-$toolchain" "$@"
+}
+
+# install_project TOOLCHAIN PREFIX NAME SOURCE OPTION...: configures, builds and installs one CMake project.
+install_project() {
+    local toolchain=$1 name=$3 work
     work=$(mktemp -d)
+    configure_project "$work" "$@"
+    quietly "$cache/log/$name-$toolchain" cmake --build "$work" -j "$(nproc)" --target install
+    rm -rf "$work"
+}
+
+configure_project() {
+    local work=$1 toolchain=$2 prefix=$3 name=$4 source=$5
+    shift 5
     quietly "$cache/log/$name-$toolchain" cmake -G Ninja -S "$source" -B "$work" \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$prefix" \
         -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_INSTALL_PREFIX="$prefix" -DBUILD_SHARED_LIBS=OFF "$@"
-    quietly "$cache/log/$name-$toolchain" cmake --build "$work" -j "$(nproc)" --target install
-    rm -rf "$work"
 }
