@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "unit/services/TarvelTcpFixture.h"
 
+#include <array>
+
 namespace
 {
 
@@ -61,6 +63,17 @@ TEST_F(TarvelServiceTcpTest, DoesNotKnowACommandWithTheReplyFlag)
     const SampleHeader request = {.commandId = 0x8001};
     serve(request.bytes());
     expectStatus(request, 6);
+}
+
+TEST_F(TarvelServiceTcpTest, GivesUploadAndUpgradeToTheSameHandler)
+{
+    for (const std::uint16_t command : std::array<std::uint16_t, 2>{7, 8}) {
+        const SampleHeader request = {.messageFormat = 0, .commandId = command};
+        serve(request.bytes());
+        expectStatus(request, 2);
+        EXPECT_EQ(log.warnings().back(), "FWUpgrade message should only contain a 8bit section!");
+        log.clear();
+    }
 }
 
 TEST_F(TarvelServiceTcpTest, RepliesAndClosesTheConnectionOnARefusedHeader)
