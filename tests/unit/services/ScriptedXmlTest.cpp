@@ -7,6 +7,7 @@
 #include "services/Envelope.h"
 #include "services/IpConfigSet.h"
 #include "services/TimeReferenceMessages.h"
+#include "services/XmlReader.h"
 #include "support/SystemTest.h"
 
 #include <libxml/xmlreader.h>
@@ -17,11 +18,17 @@ namespace
 
 int nextRead = 0;
 
+struct Opened {
+    std::string name;
+    bool withEncoding = true;
+    int options = -1;
+} lastOpened;
+
 } // namespace
 
-xmlTextReaderPtr xmlReaderForDoc(const xmlChar* /*text*/, const char* /*name*/, const char* /*encoding*/,
-                                 int /*options*/)
+xmlTextReaderPtr xmlReaderForDoc(const xmlChar* /*text*/, const char* name, const char* encoding, int options)
 {
+    lastOpened = {name, encoding != nullptr, options};
     return reinterpret_cast<xmlTextReaderPtr>(&nextRead);
 }
 
@@ -72,6 +79,14 @@ constexpr int atNode = 1;
 constexpr int failing = -1;
 
 } // namespace
+
+TEST_F(ScriptedXmlTest, AReaderIsMadeWithoutEncodingAndOptions)
+{
+    const XmlReader reader("<a/>");
+    EXPECT_EQ(lastOpened.name, "noname.xml");
+    EXPECT_FALSE(lastOpened.withEncoding);
+    EXPECT_EQ(lastOpened.options, 0);
+}
 
 TEST_F(ScriptedXmlTest, AnEnvelopeNeedsANode)
 {
