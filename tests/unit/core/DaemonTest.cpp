@@ -127,6 +127,20 @@ TEST_F(DaemonTest, GoesOnIfTheSignalDispositionCannotBeSet)
     EXPECT_FALSE(callsTo("socket").empty());
 }
 
+TEST_F(DaemonTest, AsksForTheOldestXmlLibraryItIsMadeFor)
+{
+    live();
+    EXPECT_EQ(callsTo("xmlCheckVersion"), (std::vector<std::string>{"20909"}));
+}
+
+TEST_F(DaemonTest, ChecksTheXmlLibraryBetweenTheSignalAndTheSockets)
+{
+    live();
+    const std::vector<std::string> calls = orderOf({"sigaction", "xmlCheckVersion", "system", "socket"});
+    EXPECT_EQ(std::vector<std::string>(calls.begin(), calls.begin() + 2),
+              (std::vector<std::string>{"sigaction: SIGPIPE SIG_IGN", "xmlCheckVersion: 20909"}));
+}
+
 TEST_F(DaemonTest, ReadsTheHostNameOnceForEachDatagramService)
 {
     live();
