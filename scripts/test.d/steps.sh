@@ -45,7 +45,7 @@ check_hardening() {
 }
 
 run_clang_tidy() {
-    tools/run_clang_tidy build/clang
+    tools/run_clang_tidy build/asan
 }
 
 # The daemon of one build on simulated cards. A sanitizer's finding ends the daemon, and with it the test.
