@@ -8,12 +8,10 @@
 namespace
 {
 
-constexpr std::size_t countSize = sizeof(std::uint32_t);
-
 std::uint32_t hostCount(std::span<const std::byte> bytes)
 {
     std::uint32_t count = 0;
-    std::memcpy(&count, bytes.data(), countSize);
+    std::memcpy(&count, bytes.data(), sectionCountSize);
     return count;
 }
 
@@ -42,11 +40,11 @@ void walkSections(std::uint8_t messageFormat, std::span<std::byte> rest, Convert
         if ((messageFormat & kind.formatBit) == 0) {
             continue;
         }
-        if (rest.size() < countSize) {
+        if (rest.size() < sectionCountSize) {
             return;
         }
-        const std::size_t count = convertCount(rest.first(countSize));
-        rest = rest.subspan(countSize);
+        const std::size_t count = convertCount(rest.first(sectionCountSize));
+        rest = rest.subspan(sectionCountSize);
         if (count > rest.size()) {
             return;
         }
@@ -96,7 +94,7 @@ bool DatagramBuffer::setText(std::string_view text)
     }
     const auto count = static_cast<std::uint32_t>(text.size() + 1);
     std::byte* start = storage.data() + textOffset;
-    std::memcpy(storage.data() + headerSize, &count, countSize);
+    std::memcpy(storage.data() + headerSize, &count, sectionCountSize);
     std::memcpy(start, text.data(), text.size());
     start[text.size()] = std::byte{0};
     length = textOffset + count;
@@ -105,5 +103,5 @@ bool DatagramBuffer::setText(std::string_view text)
 
 std::uint32_t DatagramBuffer::payloadLengthOf(std::string_view text)
 {
-    return static_cast<std::uint32_t>(countSize + text.size() + 1);
+    return static_cast<std::uint32_t>(sectionCountSize + text.size() + 1);
 }

@@ -40,8 +40,7 @@ public:
     [[nodiscard]] static std::uint32_t payloadLengthOf(std::string_view text);
 
 private:
-    static constexpr std::size_t countSize = 4; // in front of each section
-    static constexpr std::size_t textOffset = headerSize + countSize;
+    static constexpr std::size_t textOffset = headerSize + sectionCountSize;
 
     alignas(MessageHeader) std::array<std::byte, capacity> storage = {};
     std::size_t length = 0;

@@ -52,7 +52,8 @@ static_assert(offsetof(LittleEndianHeader, payloadLength) == 16 && offsetof(BigE
 inline constexpr std::uint32_t headerStartPattern = 0xFF9AC381;
 inline constexpr std::uint8_t protocolVersion = 1;
 inline constexpr std::uint8_t currentCommandVersion = 1;
-inline constexpr std::uint16_t replyFlag = 0x8000; // in commandId
+inline constexpr std::uint16_t replyFlag = 0x8000;   // in commandId
+inline constexpr std::uint32_t sectionCountSize = 4; // bytes in front of each section
 
 // Bits of messageFormat, one for each payload section that is present.
 inline constexpr std::uint8_t section8Bit = 0x01; // bytes: every XML text travels here

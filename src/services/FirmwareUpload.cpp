@@ -97,12 +97,12 @@ int TarvelServiceTcp::receiveArchive(const MessageHeader& request)
         return -1;
     }
 
-    std::array<std::byte, 4> countBytes;
+    std::array<std::byte, sectionCountSize> countBytes;
     if (peer->receive(countBytes) < 1) {
         return -1;
     }
     const std::uint32_t count = readLittle32(countBytes);
-    if (request.payloadLength != count + 4U) {
+    if (request.payloadLength != count + sectionCountSize) { // on purpose in 32 bits
         // The texts of this internal check name a line and an operation of long ago; log readers know them so.
         logDebug("%s, line %d, in %s(): oups!", "TarvelServiceTcp.cpp", 171, "ProcessFWUpload");
         sendFailureReply(request);

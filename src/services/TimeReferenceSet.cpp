@@ -132,10 +132,9 @@ int TarvelServiceTcp::processTimeReferenceSet(const MessageHeader& request)
         return -1;
     }
 
-    const std::size_t textOffset = 4;
-    const std::size_t available = received.size() - std::min(received.size(), textOffset);
-    const std::size_t count = readLittle32(std::span(payload).first<4>());
-    const auto* text = reinterpret_cast<const char*>(payload.data()) + textOffset;
+    const std::size_t available = received.size() - std::min<std::size_t>(received.size(), sectionCountSize);
+    const std::size_t count = readLittle32(std::span(payload).first<sectionCountSize>());
+    const auto* text = reinterpret_cast<const char*>(payload.data()) + sectionCountSize;
     if (parseTimeReferenceConfiguration(std::string(text, std::min(count, available))) == -1) {
         return sendFailureReply(request);
     }
