@@ -8,6 +8,7 @@
 . "${BASH_SOURCE[0]%/*}/packages.sh"
 
 need_target_packages() {
+    need_package_lists
     need_packages cmake ninja-build g++ qemu-user g++-powerpc-linux-gnu googletest dpkg-dev
 }
 

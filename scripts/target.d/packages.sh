@@ -31,12 +31,17 @@ need_packages() {
 
 # Another apt may be at work on this machine: the lock on packages has a time limit of its own, the one on the lists has not.
 install_packages() {
-    local try options=(-o DPkg::Lock::Timeout=300 -y --no-install-recommends)
-    for try in {1..30}; do
+    local _ options=(-o DPkg::Lock::Timeout=300 -y --no-install-recommends)
+    for _ in {1..10}; do
         as_root env DEBIAN_FRONTEND=noninteractive apt-get "${options[@]}" install "$@" && return
-        as_root apt-get update || sleep $((try < 5 ? try : 5))
+        as_root apt-get update || sleep 5
     done
     return 1
+}
+
+# A machine that was just made may know no packages at all.
+need_package_lists() {
+    apt-cache show libxml2-dev >/dev/null 2>&1 || quietly "$cache/log/apt-update" as_root apt-get update
 }
 
 # The version apt would install; part of the key of whatever is built from that package's source.
