@@ -31,6 +31,8 @@ CLIENT_ARROWS: dict[str, set[str]] = {
     "messages": {"wire", "xml", "model"},
     "plan": {"messages", "model"},
     "targets": {"wire", "model"},
+    "decode": {"wire", "xml", "model"},
+    "completion": {"cli"},
 }
 
 # The one exception: the card's host name is a setting.
