@@ -7,7 +7,8 @@
 
 void IpWish::declare(OptionSet& options)
 {
-    options.value("--if", &interface, "INTERFACE", "the card's interface: VemkEth1 or VemkEth2");
+    OptionSpec& name = options.value("--if", &interface, "INTERFACE", "the card's interface: VemkEth1 or VemkEth2");
+    name.choices = {"VemkEth1", "VemkEth2"};
     options.value("--static", &fixed, "A/M[,GW]", "a static address with netmask and perhaps gateway");
     options.flag("--dhcp", dhcp, "an address by DHCP");
     options.flag("--disabled", disabled, "no address");

@@ -65,6 +65,7 @@ def offers(folder: Path, line: str) -> list[str]:
         ("tarvelctl firmware upload completion @ro", ["@row2"]),
         ("tarvelctl versions --expect comp", ["completion"]),
         ("tarvelctl versions -i l", ["lo"]),
+        ("tarvelctl ip set --if V", ["VemkEth1", "VemkEth2"]),
         ("tarvelctl time set --ntp ", []),
         ("tarvelctl completion bash ", []),
     ],
