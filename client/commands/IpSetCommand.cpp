@@ -41,6 +41,14 @@ Failure lost(const std::string& card)
                         card, card)};
 }
 
+Failure lostForGood(const std::string& card, const std::string& noWayBack)
+{
+    return {ExitCode::verification, "lost", "waiting for the card with its new configuration",
+            fmt::format("{0} did not come back with the new configuration in time, and cannot be given the former one, "
+                        "because {1}; `tarvelctl ip rescue {0} --if ...` gives it another",
+                        card, noWayBack)};
+}
+
 Failure interruptedWhileWaiting(const std::string& card)
 {
     return {ExitCode::interrupted, "interrupted", "waiting for the card with its new configuration",
@@ -130,10 +138,8 @@ private:
     Task<void> seeThrough(Context& context, const Target& target, const IpPlan& plan, Result& result)
     {
         bool interrupted = false;
-        bool done = false;
-        std::optional<InterfaceConfig> seen;
         try {
-            done = co_await awaitIpConfiguration(context, target.name, wanted, after(Seconds(wish.wait)), seen);
+            co_await awaitOrRollBack(context, target, plan, result);
         } catch (const Interrupted&) {
             interrupted = true;
         }
@@ -141,22 +147,23 @@ private:
             result.add("state", "unknown");
             throw interruptedWhileWaiting(target.name);
         }
+    }
+
+    Task<void> awaitOrRollBack(Context& context, const Target& target, const IpPlan& plan, Result& result)
+    {
+        const Seconds time(wish.wait);
+        std::optional<InterfaceConfig> seen;
+        const bool done = co_await awaitIpConfiguration(context, target.name, wanted, after(time), seen);
         if (done) {
             result.add("state", "applied");
             co_return;
         }
-        co_await rollBack(context, target, plan, result);
-    }
-
-    Task<void> rollBack(Context& context, const Target& target, const IpPlan& plan, Result& result)
-    {
         if (!plan.wayBack) {
             result.add("state", "lost");
-            throw lost(target.name);
+            throw lostForGood(target.name, plan.noWayBack);
         }
         context.console.warning(fmt::format("{}: not back with the new configuration; rolling back", target.label));
-        std::optional<InterfaceConfig> seen;
-        const bool back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, Seconds(wish.wait), seen);
+        const bool back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, time, seen);
         result.add("state", back ? "rolled back" : "lost");
         throw back ? rolledBack(target.name) : lost(target.name);
     }

@@ -87,6 +87,7 @@ private:
     void showDifferences(Context& context, std::vector<Result>& results) const
     {
         std::vector<std::vector<Component>> cards;
+        cards.reserve(seen.size());
         for (const auto& [label, components] : seen) {
             cards.push_back(components);
         }

@@ -46,6 +46,7 @@ EventLoop::Wait EventLoop::writable(int descriptor, TimePoint deadline)
 EventLoop::Wait EventLoop::anyReadable(const std::vector<int>& descriptors, TimePoint deadline)
 {
     std::vector<pollfd> polled;
+    polled.reserve(descriptors.size());
     for (const int descriptor : descriptors) {
         polled.push_back({descriptor, POLLIN, 0});
     }

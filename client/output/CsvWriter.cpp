@@ -52,6 +52,7 @@ public:
         printLine(columns);
         for (const Row& line : lines) {
             std::vector<std::string> cells;
+            cells.reserve(columns.size());
             for (const std::string& column : columns) {
                 cells.push_back(textOf(line, column));
             }

@@ -55,6 +55,7 @@ std::vector<Result> fold(std::vector<Result> results)
         group.targets.push_back(result.target);
     }
     std::vector<Result> folded;
+    folded.reserve(groups.size());
     for (Group& group : groups) {
         group.answer.target = foldRanges(group.targets);
         if (group.targets.size() > 1) {

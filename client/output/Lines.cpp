@@ -32,6 +32,7 @@ std::vector<Row> linesOf(const Result& result)
         return result.fields.empty() && !result.listName.empty() ? std::vector<Row>() : std::vector<Row>{common};
     }
     std::vector<Row> lines;
+    lines.reserve(result.list.size());
     for (const Row& row : result.list) {
         Row line = common;
         line.insert(line.end(), row.begin(), row.end());

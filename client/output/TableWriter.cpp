@@ -32,6 +32,7 @@ void printLine(const std::vector<std::string>& cells, const std::vector<Column>&
 std::vector<std::string> cellsOf(const Row& line, const std::vector<Column>& columns)
 {
     std::vector<std::string> cells;
+    cells.reserve(columns.size());
     for (const Column& column : columns) {
         cells.push_back(printable(textOf(line, column.name)));
     }
@@ -41,6 +42,7 @@ std::vector<std::string> cellsOf(const Row& line, const std::vector<Column>& col
 void printHeading(const std::vector<Column>& columns)
 {
     std::vector<std::string> cells;
+    cells.reserve(columns.size());
     for (const Column& column : columns) {
         cells.push_back(heading(column.name));
     }

@@ -35,7 +35,7 @@ std::vector<BroadcastSocket> openAll()
         }
     }
     if (sockets.empty()) {
-        throw failure;
+        throw Failure(failure);
     }
     return sockets;
 }
@@ -139,6 +139,7 @@ void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Reque
 Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket>& sockets, TimePoint deadline)
 {
     std::vector<int> descriptors;
+    descriptors.reserve(sockets.size());
     for (const BroadcastSocket& socket : sockets) {
         descriptors.push_back(socket.descriptor());
     }
