@@ -23,21 +23,27 @@ int watchedTcpDescriptor(const TarvelServiceTcp& tcp)
     return tcp.peerDescriptor() != -1 ? tcp.peerDescriptor() : tcp.serverDescriptor();
 }
 
+// Waits without a time-out. Returns the result of select(), with both sets filled in.
+int waitForReadiness(const std::array<int, 3>& watched, fd_set& readSet, fd_set& exceptSet)
+{
+    FD_ZERO(&readSet);
+    for (const int descriptor : watched) {
+        FD_SET(descriptor, &readSet);
+    }
+    exceptSet = readSet;
+    const int highest = *std::max_element(watched.begin(), watched.end());
+    return select(highest + 1, &readSet, nullptr, &exceptSet, nullptr);
+}
+
 } // namespace
 
 void runEventLoop(TarvelServiceTcp& tcp, TarvelServiceUdp& udpFirst, TarvelServiceUdp& udpSecond)
 {
     for (;;) {
-        const std::array<int, 3> watched = {watchedTcpDescriptor(tcp), udpFirst.descriptor(), udpSecond.descriptor()};
         fd_set readSet;
-        FD_ZERO(&readSet);
-        for (const int descriptor : watched) {
-            FD_SET(descriptor, &readSet);
-        }
-        fd_set exceptSet = readSet;
-
-        const int ready =
-            select(*std::max_element(watched.begin(), watched.end()) + 1, &readSet, nullptr, &exceptSet, nullptr);
+        fd_set exceptSet;
+        const int ready = waitForReadiness({watchedTcpDescriptor(tcp), udpFirst.descriptor(), udpSecond.descriptor()},
+                                           readSet, exceptSet);
         if (ready == -1) {
             logErrno("select() failed");
             return;
