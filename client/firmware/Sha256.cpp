@@ -18,7 +18,9 @@ constexpr std::array<std::uint32_t, 64> roundConstants = {
     0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
     0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
 
-std::uint32_t mix(std::uint32_t word, int first, int second, int third)
+// Constants, because the C++ libraries differ on whether a rotation counts in signed or unsigned numbers.
+template<int first, int second, int third>
+std::uint32_t mix(std::uint32_t word)
 {
     return std::rotr(word, first) ^ std::rotr(word, second) ^ std::rotr(word, third);
 }
@@ -70,8 +72,8 @@ void Sha256::compress()
     const std::array<std::uint32_t, 64> words = schedule(block);
     auto [a, b, c, d, e, f, g, h] = state;
     for (std::size_t i = 0; i < words.size(); ++i) {
-        const std::uint32_t first = h + mix(e, 6, 11, 25) + ((e & f) ^ (~e & g)) + roundConstants[i] + words[i];
-        const std::uint32_t second = mix(a, 2, 13, 22) + ((a & b) ^ (a & c) ^ (b & c));
+        const std::uint32_t first = h + mix<6, 11, 25>(e) + ((e & f) ^ (~e & g)) + roundConstants[i] + words[i];
+        const std::uint32_t second = mix<2, 13, 22>(a) + ((a & b) ^ (a & c) ^ (b & c));
         h = g;
         g = f;
         f = e;
