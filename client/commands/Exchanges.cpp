@@ -7,6 +7,8 @@
 namespace
 {
 
+constexpr const char* waitingForIp = "waiting for the IP configuration";
+
 // A reply whose text cannot be read is taken for the wanted card's; reading it again then tells what is wrong.
 bool isFrom(const Reply& reply, const std::string& card)
 {
@@ -19,15 +21,27 @@ bool isFrom(const Reply& reply, const std::string& card)
 
 } // namespace
 
-Task<CardIp> getIpConfiguration(Context& context, std::string card, std::optional<Patience> patience)
+Task<CardReply> hearCard(Context& context, std::string card, std::optional<Patience> patience)
 {
-    const std::string phase = "waiting for the IP configuration";
     ByName how;
     how.isMine = [&card](const Reply& reply) { return isFrom(reply, card); };
     how.patience = patience;
-    const CardReply answer = co_await context.network.askByName(
-        card, textRequest(CommandId::ipConfigGet, ipConfigGetXml(card)), phase, std::move(how));
-    co_return CardIp{parseIpConfiguration(textOf(answer.reply, phase), phase), answer.address, answer.interface};
+    how.anyStatus = true;
+    CardReply answer = co_await context.network.askByName(
+        card, textRequest(CommandId::ipConfigGet, ipConfigGetXml(card)), waitingForIp, std::move(how));
+    co_return answer;
+}
+
+IpConfiguration ipConfigurationIn(const CardReply& answer)
+{
+    checkStatus(answer.reply.header, waitingForIp);
+    return parseIpConfiguration(textOf(answer.reply, waitingForIp), waitingForIp);
+}
+
+Task<CardIp> getIpConfiguration(Context& context, std::string card, std::optional<Patience> patience)
+{
+    const CardReply answer = co_await hearCard(context, std::move(card), patience);
+    co_return CardIp{ipConfigurationIn(answer), answer.address, answer.interface};
 }
 
 Task<Endpoint> locate(Context& context, const Target& target)

@@ -23,6 +23,12 @@ struct CardIp {
     std::string interface;
 };
 
+// Any answer to a get, also a refusal: where the card is, whatever it tells. Throws if nobody answers.
+Task<CardReply> hearCard(Context& context, std::string card, std::optional<Patience> patience = {});
+
+// What is in such an answer; throws if it is a refusal, or makes no sense.
+[[nodiscard]] IpConfiguration ipConfigurationIn(const CardReply& answer);
+
 Task<CardIp> getIpConfiguration(Context& context, std::string card, std::optional<Patience> patience = {});
 
 // The address of a target for TCP: the one that is known, or the source of the card's IP configuration reply.

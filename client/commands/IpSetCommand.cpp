@@ -97,16 +97,12 @@ private:
     // Nothing if the card refuses to tell, which must not keep it from being set.
     static Task<std::optional<IpConfiguration>> readNow(Context& context, std::string card, std::string& onlyInterface)
     {
-        try {
-            CardIp answer = co_await getIpConfiguration(context, card);
-            onlyInterface = answer.interface;
-            co_return std::move(answer.configuration);
-        } catch (const Failure& failure) {
-            if (failure.code != ExitCode::refusedByCard) {
-                throw;
-            }
+        const CardReply answer = co_await hearCard(context, std::move(card), {});
+        onlyInterface = answer.interface;
+        if (answer.reply.header.status == static_cast<std::uint8_t>(Status::failure)) {
+            co_return std::nullopt;
         }
-        co_return std::nullopt;
+        co_return ipConfigurationIn(answer);
     }
 
     static void show(Context& context, const Target& target, const IpPlan& plan, Result& result)

@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr Seconds glance{0.15}; // between two looks at a card that goes down or comes back
+constexpr int enoughSilences = 3;
 
 Failure stayedUp()
 {
@@ -45,7 +46,7 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const CardIp card = co_await getIpConfiguration(context, target.name);
+        const CardReply card = co_await hearCard(context, target.name, {});
         co_await send(context, target.name, card.interface);
         result.add("state", "rebooting");
         const TimePoint start = Clock::now();
@@ -90,28 +91,34 @@ private:
         co_return true;
     }
 
-    static Task<bool> acceptsConnections(Context& context, Endpoint endpoint)
+    enum class Door { open, closed, silent };
+
+    static Task<Door> tryDoor(Context& context, Endpoint endpoint)
     {
         try {
             const TcpConnection connection =
                 co_await TcpConnection::open(context.loop, context.console, endpoint, after(glance));
-        } catch (const Failure&) {
-            co_return false;
+        } catch (const Failure& failure) {
+            co_return failure.category == "connect-timeout" ? Door::silent : Door::closed;
         }
-        co_return true;
+        co_return Door::open;
     }
 
-    // Silence alone may be a lost datagram: a card is down when it neither answers nor accepts a connection.
+    // Down is a card that refuses connections, or from which nothing at all came several times in a row: a single
+    // silence may be a lost datagram or a busy host.
     Task<void> seeItGoDown(Context& context, std::string name, Endpoint endpoint, TimePoint start) const
     {
+        int silences = 0;
         while (Seconds(Clock::now() - start).count() < waitTime) {
             const TimePoint next = after(glance);
             const bool answers = co_await answersByName(context, name);
+            Door door = Door::open;
             if (!answers) {
-                const bool accepts = co_await acceptsConnections(context, endpoint);
-                if (!accepts) {
-                    co_return;
-                }
+                door = co_await tryDoor(context, endpoint);
+            }
+            silences = door == Door::silent ? silences + 1 : 0;
+            if (door == Door::closed || silences == enoughSilences) {
+                co_return;
             }
             co_await context.loop.until(next);
         }

@@ -170,7 +170,9 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
         if (!reply) {
             continue;
         }
-        checkStatus(reply->header, phase);
+        if (!how.anyStatus) {
+            checkStatus(reply->header, phase);
+        }
         if (!how.isMine || reply->payload.empty() || how.isMine(*reply)) {
             co_return CardReply{std::move(*reply), datagram->address, datagram->interface};
         }

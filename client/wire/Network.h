@@ -36,6 +36,7 @@ struct ByName {
     std::function<bool(const Reply&)> isMine; // tells by its text whether a reply with a payload is the wanted card's
     std::string onlyInterface;                // empty: all; a card that hears two would do a change twice
     std::optional<Patience> patience;         // nothing: the user's
+    bool anyStatus = false;                   // a refusal is an answer, too
 };
 
 // What a dry run keeps from being sent: what changes a card, or everything for commands that only read.

@@ -11,6 +11,7 @@ import tarvelsim
 from support.ctl import Ctl
 
 RACK = 8
+REBOOT_TIME = 1.5  # seconds; short, but long enough to be seen as more than a lost datagram
 
 
 @pytest.fixture(scope="session")
@@ -30,7 +31,7 @@ def ctl(program: Path, lan: tarvelsim.Lan, tmp_path: Path) -> Ctl:
 @pytest.fixture(scope="session")
 def whole_rack(lan: tarvelsim.Lan, daemon: list[str]) -> Iterator[list[tarvelsim.Card]]:
     """Cards named rack1 to rack8, which the tests share."""
-    cards = [lan.card(f"rack{number}", command=daemon) for number in range(1, RACK + 1)]
+    cards = [lan.card(f"rack{number}", command=daemon, reboot_time=REBOOT_TIME) for number in range(1, RACK + 1)]
     try:
         for card in cards:
             card.start(wait=False)

@@ -111,7 +111,9 @@ def test_a_card_that_refuses_to_tell_needs_yes(ctl: Ctl, scratch: Card) -> None:
     answer = ctl("ip", "set", *ETH2, "--dhcp", "rack1")
     assert answer.code == 2
     assert "refused to tell" in answer.err
+    mark = scratch.calls_mark()
     assert ctl("--yes", "ip", "set", *ETH2, "--dhcp", "rack1").code == 0
+    assert len(scratch.calls("network", since=mark)) == 1
 
 
 @pytest.fixture

@@ -68,6 +68,13 @@ def test_a_reboot_is_asked_for_once(ctl: Ctl, scratch: Card) -> None:
     scratch.wait_boot(boots + 1)
 
 
+def test_a_card_that_refuses_to_tell_its_addresses_reboots_all_the_same(ctl: Ctl, scratch: Card) -> None:
+    scratch.run(["uci", "set", "network.lanvemt2eth2.proto=pppoe"])
+    boots = scratch.boots
+    assert ctl.json("reboot", "--wait", "rack1").result["state"] == "back"
+    scratch.wait_boot(boots + 1)
+
+
 def test_a_card_that_confirms_but_stays_up_is_exit_7(ctl: Ctl, scratch: Card) -> None:
     scratch.fail("reboot")
     answer = ctl.json("reboot", "--wait", "--wait-time", "2", "rack1")
