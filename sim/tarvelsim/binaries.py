@@ -15,9 +15,16 @@ _ELF_MACHINE = slice(18, 20)
 
 
 def daemon_command() -> list[str]:
-    """The daemon's command line: TARVELD from the environment, else the plain build's program."""
-    words = shlex.split(os.environ.get("TARVELD", "")) or [str(ROOT / "build/tarveld")]
+    """The daemon's command line: TARVELD from the environment, else the plain build's program, else the demo's."""
+    words = shlex.split(os.environ.get("TARVELD", "")) or [str(_built_daemon())]
     return [str(Path(word).resolve()) if "/" in word else word for word in words]
+
+
+def _built_daemon() -> Path:
+    for program in (ROOT / "build/tarveld", ROOT / "build/release/tarveld"):
+        if program.exists():
+            return program
+    raise SimError("the daemon is not built: cmake -B build -DTARVELD_SIM=ON && cmake --build build first")
 
 
 def _machine(program: Path) -> tuple[bytes, bytes]:
