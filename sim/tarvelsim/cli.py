@@ -17,6 +17,7 @@ from .launch import run_in_lan
 
 def _start_cards(names: Sequence[str]) -> list[Card]:
     lan = Lan.current()
+    running.mark_as_bench(lan.run_dir)
     cards = [lan.card(name) for name in names]
     for card in cards:
         card.start()

@@ -14,6 +14,7 @@ from . import namespaces
 from .errors import SimError
 from .launch import PREFIX
 
+_BENCH = "bench"
 _SHELL = ["bash", "--noprofile", "--norc"]
 
 
@@ -75,8 +76,19 @@ def running_lans() -> list[RunningLan]:
     return lans
 
 
-def the_lan() -> RunningLan:
+def mark_as_bench(run_dir: Path) -> None:
+    """Says that the LAN is there to be looked into, unlike that of a test."""
+    (run_dir / _BENCH).touch()
+
+
+def lans_to_look_into() -> list[RunningLan]:
+    """Those that people have started; others, such as a test's, only if there are none of these."""
     lans = running_lans()
+    return [lan for lan in lans if (lan.run_dir / _BENCH).exists()] or lans
+
+
+def the_lan() -> RunningLan:
+    lans = lans_to_look_into()
     if len(lans) == 1:
         return lans[0]
     if not lans:
@@ -85,12 +97,12 @@ def the_lan() -> RunningLan:
 
 
 def find_card(name: str) -> tuple[RunningLan, RunningCard]:
-    found = [(lan, card) for lan in running_lans() for card in lan.cards() if card.name == name]
+    found = [(lan, card) for lan in lans_to_look_into() for card in lan.cards() if card.name == name]
     if len(found) == 1:
         return found[0]
     if found:
         raise SimError(f"several LANs have a {name}; stop all but one")
-    known = [card.name for lan in running_lans() for card in lan.cards()]
+    known = [card.name for lan in lans_to_look_into() for card in lan.cards()]
     raise SimError(f"no card {name} is running; " + (f"there is {', '.join(known)}" if known else "none is"))
 
 
