@@ -94,7 +94,7 @@ def _parser() -> argparse.ArgumentParser:
 
     verbs.add_parser("list", help="say which cards are running").set_defaults(act=_list)
     for verb in (shell, client):
-        verb.add_argument("command", nargs="*", metavar="-- COMMAND", help="instead of a shell")
+        verb.add_argument("command", nargs="*", default=[], metavar="-- COMMAND", help="instead of a shell")
     return parser
 
 
