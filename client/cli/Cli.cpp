@@ -7,7 +7,9 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
+#include <algorithm>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 #include <sstream>
 #include <type_traits>
 #include <vector>
@@ -106,6 +108,26 @@ std::vector<OfferedCommand> offerCommands(CLI::App& app)
     return offered;
 }
 
+// What the parser says of a missing command names neither the word that is none nor the words that there are.
+Failure missingWord(const CLI::App& app, const CLI::RequiredError& error)
+{
+    const std::vector<const CLI::App*> parsed = app.get_subcommands([](const CLI::App* one) { return one->parsed(); });
+    const CLI::App& group = parsed.empty() ? app : *parsed.front();
+    const std::vector<const CLI::App*> words = group.get_subcommands([](const CLI::App*) { return true; });
+    if (words.empty() || std::any_of(words.begin(), words.end(), [](const CLI::App* one) { return one->parsed(); })) {
+        return usageFailure(error.what());
+    }
+    std::vector<std::string> names;
+    for (const CLI::App* one : words) {
+        names.push_back(one->get_name());
+    }
+    const std::vector<std::string> others = group.remaining();
+    const std::string found =
+        others.empty() ? "no command is given" : fmt::format("there is no command \"{}\"", others.front());
+    const std::string place = parsed.empty() ? "" : fmt::format(" of {}", group.get_name());
+    return usageFailure(fmt::format("{}; the commands{} are {}", found, place, fmt::join(names, ", ")));
+}
+
 void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
 {
     for (OfferedCommand& one : offered) {
@@ -138,6 +160,8 @@ void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
         line.text = app.help();
     } catch (const CLI::CallForVersion&) {
         line.text = std::string(version) + "\n";
+    } catch (const CLI::RequiredError& error) {
+        throw missingWord(app, error);
     } catch (const CLI::ParseError& error) {
         throw usageFailure(error.what());
     }
