@@ -10,15 +10,26 @@
 namespace
 {
 
-constexpr Seconds askAgain{0.5}; // while a card's network restarts
+constexpr Seconds restartPause{0.5};       // while a card's network restarts
+constexpr Patience oneLook{Seconds(2), 0}; // a slow card takes a second to read its settings
+
+// The settings alone prove nothing: they are what the card was told, whether its network followed or not. What DHCP
+// gave is not known.
+bool isHeardWhereItSays(const CardIp& answer)
+{
+    const std::vector<InterfaceConfig>& interfaces = answer.configuration.interfaces;
+    return std::any_of(interfaces.begin(), interfaces.end(), [&](const InterfaceConfig& one) {
+        return one.mode == IpMode::dhcp || one.address == answer.address;
+    });
+}
 
 // Nothing, too, if what came made no sense: a network that restarts gives that.
 Task<std::optional<InterfaceConfig>> peek(Context& context, std::string card, std::string interface)
 {
     try {
-        const CardIp answer = co_await getIpConfiguration(context, card, Patience{askAgain, 0});
+        const CardIp answer = co_await getIpConfiguration(context, card, oneLook);
         const InterfaceConfig* found = answer.configuration.find(interface);
-        co_return found == nullptr ? std::nullopt : std::optional(*found);
+        co_return found != nullptr&& isHeardWhereItSays(answer) ? std::optional(*found) : std::nullopt;
     } catch (const Failure&) {
     }
     co_return std::nullopt;
@@ -47,7 +58,7 @@ Task<bool> awaitIpConfiguration(Context& context, std::string card, InterfaceCon
                                 std::optional<InterfaceConfig>& seen)
 {
     while (Clock::now() < deadline) {
-        const TimePoint next = after(askAgain);
+        const TimePoint next = after(restartPause);
         std::optional<InterfaceConfig> answer = co_await peek(context, card, wanted.name);
         if (answer) {
             seen = std::move(answer);
@@ -66,8 +77,8 @@ Task<bool> forceIpConfiguration(Context& context, std::string card, InterfaceCon
     const TimePoint deadline = after(time);
     while (Clock::now() < deadline) {
         co_await sendIpConfiguration(context, card, wanted, "");
-        const TimePoint pause = std::min(deadline, after(context.network.patience().timeout));
-        const bool there = co_await awaitIpConfiguration(context, card, wanted, pause, seen);
+        const TimePoint end = std::min(deadline, after(context.network.patience().timeout));
+        const bool there = co_await awaitIpConfiguration(context, card, wanted, end, seen);
         if (there) {
             co_return true;
         }

@@ -16,7 +16,8 @@
 // Throws if the card refuses.
 Task<bool> sendIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, std::string onlyInterface);
 
-// Asks the card again and again until it answers by its name with the wanted configuration; true in that case.
+// Asks the card again and again until it answers by its name with the wanted configuration, and from an address that
+// fits what it says; true in that case.
 // `seen` is what it answered last.
 Task<bool> awaitIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, TimePoint deadline,
                                 std::optional<InterfaceConfig>& seen);

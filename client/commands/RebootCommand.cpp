@@ -6,13 +6,16 @@
 #include "client/commands/TargetCommand.h"
 #include "client/output/Console.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 
 namespace
 {
 
-constexpr Seconds glance{0.15}; // between two looks at a card that goes down or comes back
-constexpr int enoughSilences = 3;
+constexpr Seconds glance{0.15};     // between two looks at a card that goes down or comes back
+constexpr Seconds oneAnswer{1.5};   // a slow card takes a second to read its settings
+constexpr Seconds longestAnswer{4}; // if it did not answer in less
+constexpr int enoughSilences = 2;
 
 Failure stayedUp()
 {
@@ -81,10 +84,10 @@ private:
         co_await context.network.askByName(name, std::move(request), "asking for the reboot", std::move(how));
     }
 
-    static Task<bool> answersByName(Context& context, std::string name)
+    static Task<bool> answersByName(Context& context, std::string name, Seconds patience)
     {
         try {
-            co_await getIpConfiguration(context, name, Patience{glance, 0});
+            co_await getIpConfiguration(context, name, Patience{patience, 0});
         } catch (const Failure& failure) {
             co_return failure.code == ExitCode::refusedByCard || failure.code == ExitCode::protocol;
         }
@@ -104,19 +107,19 @@ private:
         co_return Door::open;
     }
 
-    // Down is a card that refuses connections, or from which nothing at all came several times in a row: a single
-    // silence may be a lost datagram or a busy host.
+    // Down is a card that refuses connections, or from which nothing at all came twice in a row: a single silence may
+    // be a lost datagram or a busy host. The door is tried first because that costs the card least.
     Task<void> seeItGoDown(Context& context, std::string name, Endpoint endpoint, TimePoint start) const
     {
         int silences = 0;
         while (Seconds(Clock::now() - start).count() < waitTime) {
             const TimePoint next = after(glance);
-            const bool answers = co_await answersByName(context, name);
-            Door door = Door::open;
-            if (!answers) {
-                door = co_await tryDoor(context, endpoint);
+            const Door door = co_await tryDoor(context, endpoint);
+            bool answers = door == Door::open;
+            if (door == Door::silent) {
+                answers = co_await answersByName(context, name, oneAnswer);
             }
-            silences = door == Door::silent ? silences + 1 : 0;
+            silences = answers ? 0 : silences + 1;
             if (door == Door::closed || silences == enoughSilences) {
                 co_return;
             }
@@ -125,14 +128,17 @@ private:
         throw stayedUp();
     }
 
+    // Asks with growing patience: a card that is slow to answer must not be given up before it does.
     Task<void> seeItComeBack(Context& context, std::string name, TimePoint start) const
     {
+        Seconds patience = glance;
         while (Seconds(Clock::now() - start).count() < waitTime) {
             const TimePoint next = after(glance);
-            const bool answers = co_await answersByName(context, name);
+            const bool answers = co_await answersByName(context, name, patience);
             if (answers) {
                 co_return;
             }
+            patience = std::min(longestAnswer, patience * 1.3);
             co_await context.loop.until(next);
         }
         throw notBack();
