@@ -37,16 +37,16 @@ def test_a_wrong_groups_file_is_exit_10(ctl: Ctl) -> None:
     assert ctl("versions", "card01").code == 10
 
 
-def test_an_internal_error_is_exit_1(ctl: Ctl) -> None:
-    starved = subprocess.run(  # one descriptor is enough to be loaded, and too little for anything else
-        ["sh", "-c", 'ulimit -n 4; exec "$0" versions 127.0.0.99', str(ctl.program)],
-        capture_output=True,
-        text=True,
-        timeout=30,
-        check=False,
-    )
-    assert starved.returncode == 1
-    assert starved.stderr.startswith("error: internal error")
+def test_data_that_cannot_be_written_is_exit_1(ctl: Ctl) -> None:
+    with open("/dev/full", "w", encoding="ascii") as full:
+        ended = subprocess.run([str(ctl.program), "--help"], stdout=full, stderr=subprocess.PIPE, text=True, check=False)
+    assert ended.returncode == 1
+    assert ended.stderr.startswith("error: internal error: cannot write the output")
+
+
+@pytest.mark.parametrize("words", [("-o", "json"), ("-ojson",), ("--output", "json"), ("--output=json",)])
+def test_a_broken_command_line_is_answered_in_the_format_asked_for(ctl: Ctl, words: tuple[str, ...]) -> None:
+    assert ctl(*words, "versions").result["category"] == "usage"
 
 
 def test_silence_is_exit_5_and_names_its_causes(ctl: Ctl) -> None:
