@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
 #
-# The tree, built with each of the target's toolchains. The client goes with the card's own only.
+# The tree, built with each of the target's toolchains. The client goes with the card's own only, and
+# the tests with those for its processor.
 # shellcheck shell=bash
 
 # shellcheck source=scripts/target.d/client.sh
@@ -17,19 +18,22 @@ build_directory() {
 }
 
 build_tree() {
-    local toolchain=$1 directory roots="$cache/sysroot-$1" client=OFF
+    local toolchain=$1 directory roots="$cache/sysroot-$1" client=OFF tests=ON
     directory=$(build_directory "$toolchain")
     need_sysroot "$toolchain"
-    if [[ $toolchain == powerpc-musl ]]; then
-        need_client_libraries "$toolchain"
-        roots+=";$cache/client-$toolchain" client=ON
-    fi
+    case $toolchain in
+        powerpc-musl)
+            need_client_libraries "$toolchain"
+            roots+=";$cache/client-$toolchain" client=ON
+            ;;
+        x86_64-musl) tests=OFF ;;
+    esac
     say "building with $toolchain in ${directory#"$root"/}"
     # By the environment: on the command line they would replace the flags that the toolchain file starts with. The
     # compiler keeps what it has compiled by itself.
     CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" CMAKE_CXX_COMPILER_LAUNCHER='' \
         quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$roots" \
-        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=ON -DTARVELD_SIM=ON -DTARVELD_CLIENT=$client
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests -DTARVELD_CLIENT=$client
     quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
 }
