@@ -98,7 +98,7 @@ private:
         if (server != (wanted.server.empty() ? noNtpServer : wanted.server)) {
             throw notTaken(fmt::format("the card has the server \"{}\", not \"{}\"", server, wanted.server));
         }
-        const double off = static_cast<double>(reading.reference.time - wanted.time);
+        const auto off = static_cast<double>(reading.reference.time - wanted.time);
         if (wanted.mode == "Manual" && (off < -tolerance || off > passed.count() + tolerance)) {
             throw notTaken(fmt::format("the card's clock is {:.0f} s from what it was set to", off));
         }
