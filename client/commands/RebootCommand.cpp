@@ -13,9 +13,9 @@ namespace
 {
 
 constexpr Seconds glance{0.15};     // between two looks at a card that goes down or comes back
-constexpr Seconds oneAnswer{1.5};   // a slow card takes a second to read its settings
+constexpr Seconds shortAnswer{0.3}; // from a card that accepts no connection: it may only be busy
 constexpr Seconds longestAnswer{4}; // if it did not answer in less
-constexpr int enoughSilences = 2;
+constexpr int enoughSilences = 3;
 
 Failure stayedUp()
 {
@@ -107,8 +107,8 @@ private:
         co_return Door::open;
     }
 
-    // Down is a card that refuses connections, or from which nothing at all came twice in a row: a single silence may
-    // be a lost datagram or a busy host. The door is tried first because that costs the card least.
+    // Down is a card that refuses connections, or from which nothing at all came several times in a row: one silence
+    // may be a lost datagram or a busy host. The door is tried first because that costs the card least.
     Task<void> seeItGoDown(Context& context, std::string name, Endpoint endpoint, TimePoint start) const
     {
         int silences = 0;
@@ -117,7 +117,7 @@ private:
             const Door door = co_await tryDoor(context, endpoint);
             bool answers = door == Door::open;
             if (door == Door::silent) {
-                answers = co_await answersByName(context, name, oneAnswer);
+                answers = co_await answersByName(context, name, shortAnswer);
             }
             silences = answers ? 0 : silences + 1;
             if (door == Door::closed || silences == enoughSilences) {
