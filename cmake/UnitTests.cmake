@@ -30,6 +30,10 @@ endfunction()
 # Proves with nm that no test program, except the named ones, can reach the calls that would change this machine.
 function(add_system_reach_check)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "EXCEPT")
+    # A sanitizer's runtime contains such calls itself, to watch them; the other builds have the same objects of ours.
+    if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_DEBUG}" MATCHES "-fsanitize")
+        return()
+    endif()
     get_property(programs GLOBAL PROPERTY TARVELD_TEST_PROGRAMS)
     list(REMOVE_ITEM programs ${arg_EXCEPT})
     list(TRANSFORM programs REPLACE "(.+)" "$<TARGET_FILE:\\1>" OUTPUT_VARIABLE files)
