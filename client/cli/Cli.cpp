@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
+#include <iterator>
 #include <sstream>
 #include <type_traits>
 #include <vector>
@@ -118,9 +119,7 @@ Failure missingWord(const CLI::App& app, const CLI::RequiredError& error)
         return usageFailure(error.what());
     }
     std::vector<std::string> names;
-    for (const CLI::App* one : words) {
-        names.push_back(one->get_name());
-    }
+    std::ranges::transform(words, std::back_inserter(names), [](const CLI::App* one) { return one->get_name(); });
     const std::vector<std::string> others = group.remaining();
     const std::string found =
         others.empty() ? "no command is given" : fmt::format("there is no command \"{}\"", others.front());

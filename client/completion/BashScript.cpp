@@ -112,7 +112,7 @@ std::string valueBranches(const CommandShape& command, const std::string& prefix
         if (option.kind != ValueKind::none) {
             std::vector<std::string> patterns;
             for (const std::string& name : option.names) {
-                patterns.push_back(prefix + ":" + name);
+                patterns.push_back(fmt::format("{}:{}", prefix, name));
             }
             text += branch(fmt::format("{}", fmt::join(patterns, " | ")), kindText(option));
         }

@@ -81,13 +81,13 @@ Option* Section::find(std::string_view optionName)
     return found == options.end() ? nullptr : &*found;
 }
 
-void Section::set(std::string_view optionName, std::string value)
+void Section::set(std::string_view optionName, std::string_view value)
 {
     Option* option = find(optionName);
     if (option == nullptr)
         option = &options.emplace_back(Option{std::string(optionName), false, {}});
     option->isList = false;
-    option->values.assign(1, std::move(value));
+    option->values.assign(1, std::string(value));
 }
 
 void Section::append(std::string_view optionName, std::string value)

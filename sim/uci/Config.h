@@ -27,7 +27,7 @@ struct Section {
     const Option* find(std::string_view optionName) const;
 
     // Makes the option a single value, at its old place if it has one.
-    void set(std::string_view optionName, std::string value);
+    void set(std::string_view optionName, std::string_view value);
     // Adds to the option as a list; a single value becomes the list's first item.
     void append(std::string_view optionName, std::string value);
     void remove(std::string_view optionName);

@@ -100,7 +100,7 @@ std::vector<std::string> listFiles(const std::string& path)
     std::vector<std::string> names;
     while (const dirent* entry = directory ? ::readdir(directory.get()) : nullptr) {
         const std::string name = entry->d_name;
-        if (!name.starts_with('.') && isRegularFile(path + "/" + name))
+        if (!name.starts_with('.') && isRegularFile(std::string(path).append("/").append(name)))
             names.push_back(name);
     }
     std::ranges::sort(names);
