@@ -11,32 +11,32 @@ using CardRebootTest = TarvelUdpTest;
 
 constexpr SampleHeader request = {.commandId = 9};
 constexpr const char* command = "reboot -d 2 &";
-const std::string document = "<RebootCard From=\"mgmt\" To=\"card7\"/>";
+const std::string rebootText = "<RebootCard From=\"mgmt\" To=\"card7\"/>";
 const CapturedLog::Line announcement = {LOG_INFO, "***** WARNING: Card will reboot in a few seconds *****"};
 
 } // namespace
 
 TEST_F(CardRebootTest, StartsADelayedRebootInTheBackground)
 {
-    EXPECT_EQ(serve(textRequest(9, document)), 0);
+    EXPECT_EQ(serve(textRequest(9, rebootText)), 0);
     EXPECT_EQ(shell.commands(), (std::vector<std::string>{command}));
 }
 
 TEST_F(CardRebootTest, IsAnnouncedAtTheInformationalLevel)
 {
-    serve(textRequest(9, document));
+    serve(textRequest(9, rebootText));
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{announcement}));
 }
 
 TEST_F(CardRebootTest, IsAnsweredToAllWithSuccess)
 {
-    serve(textRequest(9, document));
+    serve(textRequest(9, rebootText));
     expectBroadcast(request, 1);
 }
 
 TEST_F(CardRebootTest, IsStartedBeforeTheAnswer)
 {
-    serve(textRequest(9, document));
+    serve(textRequest(9, rebootText));
     EXPECT_EQ(orderOf({"system", "sendto"}),
               (std::vector<std::string>{"system: reboot -d 2 &",
                                         "sendto: 20 255.255.255.255:" + std::to_string(requester.port())}));
@@ -45,7 +45,7 @@ TEST_F(CardRebootTest, IsStartedBeforeTheAnswer)
 TEST_F(CardRebootTest, SucceedsEvenIfTheAnswerCannotBeSent)
 {
     failNext("sendto", ENETUNREACH);
-    EXPECT_EQ(serve(textRequest(9, document)), 0);
+    EXPECT_EQ(serve(textRequest(9, rebootText)), 0);
 }
 
 TEST_F(CardRebootTest, AcceptsTheOtherRoot)
@@ -81,9 +81,9 @@ TEST_F(CardRebootTest, IsRefusedWithoutASection)
 
 TEST_F(CardRebootTest, NeverFollowsFromTheBytesOfAnEarlierRequest)
 {
-    serve(textRequest(9, document));
+    serve(textRequest(9, rebootText));
     forgetCalls();
-    const std::uint32_t payload = static_cast<std::uint32_t>(document.size()) + 5;
+    const std::uint32_t payload = static_cast<std::uint32_t>(rebootText.size()) + 5;
     EXPECT_EQ(serve(SampleHeader{.messageFormat = 1, .commandId = 9, .payloadLength = payload}.bytes()), -1);
     EXPECT_TRUE(shell.commands().empty());
 }
@@ -91,7 +91,7 @@ TEST_F(CardRebootTest, NeverFollowsFromTheBytesOfAnEarlierRequest)
 TEST_F(CardRebootTest, FailsIfTheShellSaysSo)
 {
     shell.answer(command, exitStatus(1));
-    EXPECT_EQ(serve(textRequest(9, document)), -1);
+    EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{announcement, {LOG_WARNING, "reboot command failed"}}));
     expectBroadcast(request, 2);
 }
@@ -99,7 +99,7 @@ TEST_F(CardRebootTest, FailsIfTheShellSaysSo)
 TEST_F(CardRebootTest, FailsIfNoShellCanBeRun)
 {
     shell.failToStart(ENOMEM);
-    EXPECT_EQ(serve(textRequest(9, document)), -1);
+    EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged().back(), (CapturedLog::Line{LOG_WARNING, "reboot command failed"}));
     EXPECT_EQ(err, std::string("system() FAILED: ") + std::strerror(ENOMEM) + "\n");
     expectBroadcast(request, 2);
@@ -108,7 +108,7 @@ TEST_F(CardRebootTest, FailsIfNoShellCanBeRun)
 TEST_F(CardRebootTest, FailsIfAnExceptionIsThrown)
 {
     shell.respondWith([](std::string_view) -> std::optional<FakeSystem::Answer> { throw std::bad_alloc(); });
-    EXPECT_EQ(serve(textRequest(9, document)), -1);
+    EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{announcement, {LOG_WARNING, "reboot command failed"}}));
     expectBroadcast(request, 2);
 }

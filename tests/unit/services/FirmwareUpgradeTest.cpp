@@ -5,13 +5,13 @@
 namespace
 {
 
-constexpr SampleHeader request = {.messageFormat = 1, .commandId = 8, .payloadLength = 7};
+constexpr SampleHeader firmwareUpgrade = {.messageFormat = 1, .commandId = 8, .payloadLength = 7};
 constexpr const char* script = "/lib/upgrade/fwupgrade";
 
 class FirmwareUpgradeTest : public TarvelTcpTest
 {
 protected:
-    void upgrade() { serve(request.bytes() + section(Bytes{'a', 'b', 'c'})); }
+    void upgrade() { serve(firmwareUpgrade.bytes() + section(Bytes{'a', 'b', 'c'})); }
 };
 
 } // namespace
@@ -44,14 +44,14 @@ TEST_F(FirmwareUpgradeTest, LogsItsSuccess)
 TEST_F(FirmwareUpgradeTest, IsAnsweredOnce)
 {
     upgrade();
-    expectStatus(request, 1);
+    expectStatus(firmwareUpgrade, 1);
 }
 
 TEST_F(FirmwareUpgradeTest, LeavesTheClientWithSuccessIfTheScriptFails)
 {
     shell.answer(script, exitStatus(1));
     upgrade();
-    expectStatus(request, 1);
+    expectStatus(firmwareUpgrade, 1);
     EXPECT_EQ(log.lines().back(), (CapturedLog::Line{LOG_WARNING, "Upgrade FAILED"}));
 }
 
@@ -67,7 +67,7 @@ TEST_F(FirmwareUpgradeTest, FailsIfNoShellCanBeRunForTheScript)
     shell.answerNext(0);
     shell.failToStart(ENOMEM);
     upgrade();
-    expectStatus(request, 1);
+    expectStatus(firmwareUpgrade, 1);
     EXPECT_EQ(log.warnings(), (std::vector<std::string>{"Upgrade FAILED"}));
 }
 
@@ -75,7 +75,7 @@ TEST_F(FirmwareUpgradeTest, RunsNoScriptIfTheUnpackingFails)
 {
     shell.answerNext(exitStatus(2));
     upgrade();
-    expectStatus(request, 2);
+    expectStatus(firmwareUpgrade, 2);
     EXPECT_EQ(shell.commands().size(), 1U);
 }
 

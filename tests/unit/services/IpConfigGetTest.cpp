@@ -6,8 +6,8 @@
 namespace
 {
 
-constexpr SampleHeader request = {.commandId = 3};
-const std::string document = "<IpConfiguration From=\"mgmt\" To=\"card7\"/>";
+constexpr SampleHeader ipConfigGet = {.commandId = 3};
+const std::string requestText = "<IpConfiguration From=\"mgmt\" To=\"card7\"/>";
 const std::string first = "network.lanvemt2eth1";
 const std::string second = "network.lanvemt2eth2";
 const CapturedLog::Line start = {LOG_INFO, "Retrieving current IP configuration"};
@@ -133,8 +133,8 @@ TEST_F(IpConfigGetTest, AnswersWithBothInterfacesAndTheNamesExchanged)
 {
     const std::string text = "<IpConfiguration From=\"card7\" To=\"mgmt\"><Interface Name=\"VemkEth1\" Mode=\"Dhcp\"/>"
                              "<Interface Name=\"VemkEth2\" Mode=\"Disabled\"/></IpConfiguration>";
-    EXPECT_EQ(serve(textRequest(3, document)), 0);
-    EXPECT_EQ(hex(requester.receive()), hex(textMessage(replyTo(request, 1), text)));
+    EXPECT_EQ(serve(textRequest(3, requestText)), 0);
+    EXPECT_EQ(hex(requester.receive()), hex(textMessage(replyTo(ipConfigGet, 1), text)));
     EXPECT_EQ(callsTo("sendto"), (std::vector<std::string>{std::to_string(text.size() + 25) +
                                                            " 255.255.255.255:" + std::to_string(requester.port())}));
     EXPECT_EQ(log.lines().back(), (CapturedLog::Line{LOG_INFO, text}));
@@ -142,7 +142,7 @@ TEST_F(IpConfigGetTest, AnswersWithBothInterfacesAndTheNamesExchanged)
 
 TEST_F(IpConfigGetTest, CountsTheTerminatingNul)
 {
-    serve(textRequest(3, document));
+    serve(textRequest(3, requestText));
     const Bytes reply = requester.receive();
     const std::size_t length = textOf(reply).size();
     EXPECT_EQ(SampleHeader::from(reply).payloadLength, length + 5);
@@ -151,7 +151,7 @@ TEST_F(IpConfigGetTest, CountsTheTerminatingNul)
 
 TEST_F(IpConfigGetTest, LogsTheReplyOnTwoLines)
 {
-    serve(textRequest(3, document));
+    serve(textRequest(3, requestText));
     ASSERT_EQ(logged().size(), 3U);
     EXPECT_EQ(logged()[0], start);
     EXPECT_EQ(logged()[1], (CapturedLog::Line{LOG_INFO, "copy to payload:"}));
@@ -167,25 +167,25 @@ TEST_F(IpConfigGetTest, AcceptsTheOtherRoot)
 TEST_F(IpConfigGetTest, LogsAFailedFirstInterfaceAtTheInformationalLevel)
 {
     uci.remove(first + ".proto");
-    EXPECT_EQ(serve(textRequest(3, document)), -1);
+    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{start, {LOG_INFO, "Error VEM Interface 1 Config"}}));
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigGet, 2);
 }
 
 TEST_F(IpConfigGetTest, LogsAFailedSecondInterfaceAtTheWarningLevel)
 {
     uci.set(second + ".proto", "pppoe");
-    EXPECT_EQ(serve(textRequest(3, document)), -1);
+    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
     EXPECT_EQ(logged(),
               (std::vector<CapturedLog::Line>{
                   start, {LOG_WARNING, "Unsupported mode: pppoe"}, {LOG_WARNING, "Error VEM Interface 2 Config"}}));
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigGet, 2);
 }
 
 TEST_F(IpConfigGetTest, FailsIfTheReplyCannotBeSent)
 {
     failNext("sendto", ENETUNREACH);
-    EXPECT_EQ(serve(textRequest(3, document)), -1);
+    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
 }
 
 TEST_F(IpConfigGetTest, FailsIfTheReplyDoesNotFitIntoADatagram)
@@ -195,7 +195,7 @@ TEST_F(IpConfigGetTest, FailsIfTheReplyDoesNotFitIntoADatagram)
     const std::size_t size = log.infos().back().size();
     EXPECT_EQ(log.warnings(), (std::vector<std::string>{"Reply of " + std::to_string(size) +
                                                         " characters does not fit into a datagram"}));
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigGet, 2);
 }
 
 TEST_F(IpConfigGetTest, RefusesA32BitSectionAndDumpsTheHeader)
@@ -205,5 +205,5 @@ TEST_F(IpConfigGetTest, RefusesA32BitSectionAndDumpsTheHeader)
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{
                             {LOG_WARNING, "IPConfigGet message should only contain a 8-bit section!"}}));
     EXPECT_NE(out.find("Message format   ( 8bit): 0x4\n"), std::string::npos);
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigGet, 2);
 }

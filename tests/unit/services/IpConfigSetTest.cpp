@@ -6,7 +6,7 @@
 namespace
 {
 
-constexpr SampleHeader request = {.commandId = 4};
+constexpr SampleHeader ipConfigSet = {.commandId = 4};
 
 class IpConfigSetTest : public TarvelUdpTest
 {
@@ -30,7 +30,7 @@ TEST_F(IpConfigSetTest, AnswersSuccessToAllBeforeItRestartsTheNetwork)
               (std::vector<std::string>{"system: uci -q commit ",
                                         "sendto: 20 255.255.255.255:" + std::to_string(requester.port()),
                                         "system: /etc/init.d/network restart"}));
-    expectBroadcast(request, 1);
+    expectBroadcast(ipConfigSet, 1);
 }
 
 TEST_F(IpConfigSetTest, LogsOneLineOnSuccess)
@@ -43,14 +43,14 @@ TEST_F(IpConfigSetTest, RestartsTheNetworkForARootWithoutInterfaces)
 {
     EXPECT_EQ(serve(textRequest(4, "<IpConfiguration From=\"mgmt\" To=\"card7\"/>")), 0);
     EXPECT_EQ(shell.commands(), joined({readBack, commit, restart}));
-    expectBroadcast(request, 1);
+    expectBroadcast(ipConfigSet, 1);
 }
 
 TEST_F(IpConfigSetTest, RestartsTheNetworkForAnotherRoot)
 {
     EXPECT_EQ(serve(textRequest(4, "<RebootCard From=\"mgmt\" To=\"card7\"/>")), 0);
     EXPECT_EQ(shell.commands(), joined({readBack, commit, restart}));
-    expectBroadcast(request, 1);
+    expectBroadcast(ipConfigSet, 1);
 }
 
 TEST_F(IpConfigSetTest, AnswersAFailureWithStatus2AndRestartsNothing)
@@ -58,7 +58,7 @@ TEST_F(IpConfigSetTest, AnswersAFailureWithStatus2AndRestartsNothing)
     EXPECT_EQ(serve(textRequest(4, configuration("<Interface/>"))), -1);
     EXPECT_EQ(logged().back(), (CapturedLog::Line{LOG_WARNING, "Configuring network interfaces failed"}));
     EXPECT_EQ(shell.commands(), joined({readBack, revert}));
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigSet, 2);
 }
 
 TEST_F(IpConfigSetTest, IsRefusedIfItLeavesNoInterface)
@@ -68,7 +68,7 @@ TEST_F(IpConfigSetTest, IsRefusedIfItLeavesNoInterface)
     EXPECT_EQ(serve(textRequest(4, configuration("<Interface Name=\"VemkEth1\" Mode=\"Disabled\"/>"))), -1);
     EXPECT_EQ(log.infos().back(), "Disabling both network interfaces is forbidden");
     EXPECT_EQ(shell.commands().back(), "uci -q revert network");
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigSet, 2);
 }
 
 TEST_F(IpConfigSetTest, RestartsTheNetworkEvenIfTheReplyCannotBeSent)
@@ -83,7 +83,7 @@ TEST_F(IpConfigSetTest, LogsAFailedRestartAndKeepsItsSuccess)
     shell.answer(restart.front(), exitStatus(1));
     EXPECT_EQ(serve(textRequest(4, configuration(one + two))), 0);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{start, {LOG_WARNING, "/etc/init.d/network restart FAILED"}}));
-    expectBroadcast(request, 1);
+    expectBroadcast(ipConfigSet, 1);
 }
 
 TEST_F(IpConfigSetTest, LogsARestartThatCouldNotBeRunOnTwoLines)
@@ -108,11 +108,11 @@ TEST_F(IpConfigSetTest, TakesARestartThatASignalKilledForASuccess)
 
 TEST_F(IpConfigSetTest, IsRefusedWithoutASection)
 {
-    EXPECT_EQ(serve(request.bytes()), -1);
+    EXPECT_EQ(serve(ipConfigSet.bytes()), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{
                             {LOG_WARNING, "IPConfigSet message should only contain a 8-bit section!"}}));
     EXPECT_NE(out.find("Command ID       (16bit): 0x4\n"), std::string::npos);
-    expectBroadcast(request, 2);
+    expectBroadcast(ipConfigSet, 2);
 }
 
 TEST_F(IpConfigSetTest, DoesNothingForAnotherCard)

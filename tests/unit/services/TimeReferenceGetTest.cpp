@@ -2,31 +2,25 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TimeReferenceMessages.h"
 #include "unit/services/TarvelTcpFixture.h"
+#include "unit/services/TimeReferenceSamples.h"
 
 namespace
 {
 
-constexpr SampleHeader request = {.commandId = 16};
-constexpr std::time_t moment = 1614834367; // 2021-03-04T05:06:07 UTC
-
-std::string element(const std::string& mode, const std::string& server)
-{
-    return "<TimeReferenceConfiguration Mode=\"" + mode + "\" NtpServer=\"" + server +
-           "\" DateTime=\"2021-03-04T05:06:07\"/>";
-}
+constexpr SampleHeader timeReferenceGet = {.commandId = 16};
 
 class TimeReferenceGetTest : public TarvelTcpTest
 {
 protected:
     TimeReferenceGetTest()
     {
-        clock.stopAt(moment);
+        clock.stopAt(sampleMoment);
         uci.set("system.ntp.server", "10.1.2.3");
     }
 
     std::string reply()
     {
-        serve(request.bytes());
+        serve(timeReferenceGet.bytes());
         return textOf(receiveTextReply());
     }
 };
@@ -37,7 +31,7 @@ using UtcDateTimeTest = SystemTest;
 
 TEST_F(UtcDateTimeTest, IsWrittenWithATAndWithoutAZone)
 {
-    clock.stopAt(moment);
+    clock.stopAt(sampleMoment);
     std::string text = "before";
     EXPECT_EQ(getUtcDateTime(text), 0);
     EXPECT_EQ(text, "2021-03-04T05:06:07");
@@ -68,40 +62,40 @@ TEST_F(UtcDateTimeTest, FailsIfTheTimeCannotBeConverted)
 TEST_F(TimeReferenceGetTest, AnswersWithOneElementAndItsNul)
 {
     sandbox.write("/etc/rc.d/S65ntpd", "");
-    serve(request.bytes());
-    const std::string text = element("Ntp", "10.1.2.3");
-    EXPECT_EQ(hex(receiveTextReply()), hex(textMessage(replyTo(request, 1), text)));
+    serve(timeReferenceGet.bytes());
+    const std::string text = timeReference("Ntp", "10.1.2.3");
+    EXPECT_EQ(hex(receiveTextReply()), hex(textMessage(replyTo(timeReferenceGet, 1), text)));
     EXPECT_TRUE(client.hasNothing());
     EXPECT_TRUE(isConnected());
 }
 
 TEST_F(TimeReferenceGetTest, SaysManualWithoutTheStartLinkEvenIfAServerIsConfigured)
 {
-    EXPECT_EQ(reply(), element("Manual", "10.1.2.3"));
+    EXPECT_EQ(reply(), timeReference("Manual", "10.1.2.3"));
 }
 
 TEST_F(TimeReferenceGetTest, SaysNtpWithTheStartLink)
 {
     sandbox.write("/etc/rc.d/S65ntpd", "");
-    EXPECT_EQ(reply(), element("Ntp", "10.1.2.3"));
+    EXPECT_EQ(reply(), timeReference("Ntp", "10.1.2.3"));
 }
 
 TEST_F(TimeReferenceGetTest, SaysNotConfiguredForAnEmptyServer)
 {
     uci.set("system.ntp.server", "");
-    EXPECT_EQ(reply(), element("Manual", "NOT CONFIGURED"));
+    EXPECT_EQ(reply(), timeReference("Manual", "NOT CONFIGURED"));
 }
 
 TEST_F(TimeReferenceGetTest, CutsTheServerAt99Characters)
 {
     uci.set("system.ntp.server", std::string(100, 'x'));
-    EXPECT_EQ(reply(), element("Manual", std::string(99, 'x')));
+    EXPECT_EQ(reply(), timeReference("Manual", std::string(99, 'x')));
 }
 
 TEST_F(TimeReferenceGetTest, InsertsTheServerUnescaped)
 {
     uci.set("system.ntp.server", "a\"<&");
-    EXPECT_EQ(reply(), element("Manual", "a\"<&"));
+    EXPECT_EQ(reply(), timeReference("Manual", "a\"<&"));
 }
 
 TEST_F(TimeReferenceGetTest, LogsNothing)
@@ -113,16 +107,16 @@ TEST_F(TimeReferenceGetTest, LogsNothing)
 TEST_F(TimeReferenceGetTest, FailsIfTheServerCannotBeRead)
 {
     uci.remove("system.ntp.server");
-    serve(request.bytes());
-    expectStatus(request, 2);
+    serve(timeReferenceGet.bytes());
+    expectStatus(timeReferenceGet, 2);
     EXPECT_TRUE(isConnected());
 }
 
 TEST_F(TimeReferenceGetTest, FailsIfTheTimeCannotBeRead)
 {
     failNext("time", EOVERFLOW);
-    serve(request.bytes());
-    expectStatus(request, 2);
+    serve(timeReferenceGet.bytes());
+    expectStatus(timeReferenceGet, 2);
 }
 
 TEST_F(TimeReferenceGetTest, ReadsTheServerThenTheTimeThenTheMode)

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "unit/services/TarvelTcpFixture.h"
+#include "unit/services/TimeReferenceSamples.h"
 
 namespace
 {
 
-constexpr std::time_t moment = 1614834367; // 2021-03-04T05:06:07 UTC
-const std::string manual =
-    "<TimeReferenceConfiguration Mode=\"Manual\" NtpServer=\"10.1.2.3\" DateTime=\"2021-03-04T05:06:07\"/>";
-const std::string ntp =
-    "<TimeReferenceConfiguration Mode=\"Ntp\" NtpServer=\"10.9.9.9\" DateTime=\"2021-03-04T05:06:07\"/>";
+const std::string manual = timeReference("Manual", "10.1.2.3");
+const std::string ntp = timeReference("Ntp", "10.9.9.9");
 
 SampleHeader requestOf(std::size_t payload)
 {
@@ -31,7 +29,7 @@ TEST_F(TimeReferenceSetTest, SetsTheClockInManualMode)
 {
     serveText(manual);
     ASSERT_EQ(clock.settings().size(), 1U);
-    EXPECT_EQ(clock.settings().front().tv_sec, moment);
+    EXPECT_EQ(clock.settings().front().tv_sec, sampleMoment);
 }
 
 TEST_F(TimeReferenceSetTest, AnswersSuccessWithoutAPayload)

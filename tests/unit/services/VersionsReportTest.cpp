@@ -6,14 +6,14 @@
 namespace
 {
 
-const SampleHeader request = {.commandId = 1};
+const SampleHeader versionsGet = {.commandId = 1};
 
 class VersionsReportTest : public TarvelTcpTest
 {
 protected:
     std::string report()
     {
-        serve(request.bytes());
+        serve(versionsGet.bytes());
         return textOf(receiveTextReply());
     }
 
@@ -49,7 +49,7 @@ TEST(ComponentLineTest, IsAppendedUnescapedWithATabAndALineEnd)
 
 TEST_F(VersionsReportTest, IsTheBareElementWithoutAnySource)
 {
-    serve(request.bytes());
+    serve(versionsGet.bytes());
     EXPECT_EQ(hex(receiveTextReply()), "81c39aff 01010504 01800101 0d0c0b0a 1b000000 17000000 "
                                        "3c566572 73696f6e 733e0a3c 2f566572 73696f6e 733e00");
 }

@@ -5,6 +5,7 @@
 
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
+#include "unit/timesettings/TimeReferenceNames.h"
 
 #include <array>
 #include <cerrno>
@@ -16,8 +17,6 @@ using NtpScriptsTest = SystemTest;
 using NtpModeTest = SystemTest;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<CapturedLog::Line>;
-
-constexpr const char* serverKey = "system.ntp.server";
 
 Texts scripts(const std::string& word)
 {

@@ -5,6 +5,7 @@
 
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
+#include "unit/timesettings/TimeReferenceNames.h"
 
 #include <array>
 #include <cerrno>
@@ -17,9 +18,6 @@ namespace
 using ReplicationTest = SystemTest;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<CapturedLog::Line>;
-
-constexpr const char* serverKey = "system.ntp.server";
-constexpr const char* marker = "/var/timesettings.replication";
 
 class TimeReferenceGetTest : public SystemTest
 {

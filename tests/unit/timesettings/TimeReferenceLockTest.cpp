@@ -5,6 +5,7 @@
 
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
+#include "unit/timesettings/TimeReferenceNames.h"
 
 #include <cerrno>
 
@@ -20,9 +21,6 @@ namespace
 using TimeReferenceLockTest = SystemTest;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<CapturedLog::Line>;
-
-constexpr const char* lockFile = "/var/timesettings.lock";
-constexpr const char* marker = "/var/timesettings.replication";
 
 bool isFree(const Sandbox& sandbox)
 {

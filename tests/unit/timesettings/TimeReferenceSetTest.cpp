@@ -5,6 +5,7 @@
 
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
+#include "unit/timesettings/TimeReferenceNames.h"
 
 #include <cerrno>
 
@@ -19,8 +20,6 @@ using ReplicationMarkerTest = SystemTest;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<CapturedLog::Line>;
 
-constexpr const char* serverKey = "system.ntp.server";
-constexpr const char* marker = "/var/timesettings.replication";
 constexpr const char* getServer = "uci -q get system.ntp.server > /tmp/uci.tmp";
 
 TEST_F(NtpReferenceTest, ANewServerIsSetAndTheServiceEnabledStoppedAndStarted)

@@ -11,18 +11,19 @@ namespace
 
 const std::string opening = "<IpConfiguration From=\"card1\" To=\"tarvelctl\">";
 const std::string closing = "</IpConfiguration>";
-const std::string eth1 = "<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"10.0.0.11\" Netmask=\"255.0.0.0\"/>";
-const std::string eth2 = "<Interface Name=\"VemkEth2\" Mode=\"Dhcp\"/>";
+const std::string eth1Element =
+    "<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"10.0.0.11\" Netmask=\"255.0.0.0\"/>";
+const std::string eth2Element = "<Interface Name=\"VemkEth2\" Mode=\"Dhcp\"/>";
 
-IpConfiguration parse(const std::string& text)
+IpConfiguration configurationOf(const std::string& text)
 {
     return parseIpConfiguration(text, "testing");
 }
 
-bool isRefused(const std::string& text)
+bool isRefusedConfiguration(const std::string& text)
 {
     try {
-        (void)parse(text);
+        (void)configurationOf(text);
     } catch (const Failure& failure) {
         return failure.code == ExitCode::protocol;
     }
@@ -31,7 +32,7 @@ bool isRefused(const std::string& text)
 
 TEST(IpConfiguration, GivesBothInterfaces)
 {
-    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", std::nullopt};
     const InterfaceConfig second = {"VemkEth2", IpMode::dhcp, std::nullopt, std::nullopt, std::nullopt};
     EXPECT_EQ(configuration.interfaces, (std::vector<InterfaceConfig>{first, second}));
@@ -39,7 +40,7 @@ TEST(IpConfiguration, GivesBothInterfaces)
 
 TEST(IpConfiguration, NamesTheCardAndUs)
 {
-    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     EXPECT_EQ(configuration.from, "card1");
     EXPECT_EQ(configuration.to, "tarvelctl");
 }
@@ -47,14 +48,14 @@ TEST(IpConfiguration, NamesTheCardAndUs)
 TEST(IpConfiguration, IsReadByItsFormIfItIsNoXml)
 {
     const IpConfiguration configuration =
-        parse("<IpConfiguration From=\"a<b\" To=\"tarvelctl\">" + eth1 + eth2 + closing);
+        configurationOf("<IpConfiguration From=\"a<b\" To=\"tarvelctl\">" + eth1Element + eth2Element + closing);
     EXPECT_EQ(configuration.from, "a<b");
     EXPECT_TRUE(configuration.malformed);
 }
 
 TEST(IpConfiguration, IsFoundByTheInterfacesName)
 {
-    const IpConfiguration configuration = parse(opening + eth1 + eth2 + closing);
+    const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     EXPECT_EQ(configuration.find("VemkEth2")->mode, IpMode::dhcp);
     EXPECT_EQ(configuration.find("VemkEth3"), nullptr);
 }
@@ -63,10 +64,11 @@ TEST(IpConfiguration, HasNoOtherForm)
 {
     const std::string otherMode = "<Interface Name=\"VemkEth2\" Mode=\"Pppoe\"/>";
     for (const std::string& text :
-         {std::string(), opening + closing, opening + eth1 + closing, opening + eth2 + eth1 + closing,
-          opening + eth1 + otherMode + closing, opening + eth1 + eth2, opening + eth1 + eth2 + eth2 + closing,
-          "<IpConfiguration To=\"tarvelctl\">" + eth1 + eth2 + closing}) {
-        EXPECT_TRUE(isRefused(text)) << text;
+         {std::string(), opening + closing, opening + eth1Element + closing,
+          opening + eth2Element + eth1Element + closing, opening + eth1Element + otherMode + closing,
+          opening + eth1Element + eth2Element, opening + eth1Element + eth2Element + eth2Element + closing,
+          "<IpConfiguration To=\"tarvelctl\">" + eth1Element + eth2Element + closing}) {
+        EXPECT_TRUE(isRefusedConfiguration(text)) << text;
     }
 }
 

@@ -9,7 +9,7 @@
 namespace
 {
 
-TimeReference parse(const std::string& text)
+TimeReference timeReferenceOf(const std::string& text)
 {
     return parseTimeReference(text, "testing");
 }
@@ -21,7 +21,7 @@ std::string element(const std::string& server, const std::string& time = "2021-0
 
 TEST(TimeReferenceText, GivesModeServerAndTime)
 {
-    const TimeReference reference = parse(element("NOT CONFIGURED"));
+    const TimeReference reference = timeReferenceOf(element("NOT CONFIGURED"));
     EXPECT_EQ(reference.mode, "Manual");
     EXPECT_EQ(reference.server, "NOT CONFIGURED");
     EXPECT_EQ(reference.time, 1614834367);
@@ -30,7 +30,7 @@ TEST(TimeReferenceText, GivesModeServerAndTime)
 
 TEST(TimeReferenceText, IsReadByItsFormIfItIsNoXml)
 {
-    const TimeReference reference = parse(element("a<b\"c & d"));
+    const TimeReference reference = timeReferenceOf(element("a<b\"c & d"));
     EXPECT_EQ(reference.server, "a<b\"c & d");
     EXPECT_TRUE(reference.malformed);
 }
@@ -40,7 +40,7 @@ TEST(TimeReferenceText, HasNoOtherForm)
     for (const std::string& text :
          {std::string(), std::string("<TimeReferenceConfiguration/>"), element("a", "yesterday"), element("a") + "x",
           std::string(R"(<TimeReferenceConfiguration Mode="NTP" NtpServer="a" DateTime="2021-03-04T05:06:07"/>)")}) {
-        EXPECT_THROW((void)parse(text), Failure) << text;
+        EXPECT_THROW((void)timeReferenceOf(text), Failure) << text;
     }
 }
 

@@ -11,15 +11,15 @@ namespace
 
 using Components = std::vector<Component>;
 
-Versions parse(const std::string& text)
+Versions versionsOf(const std::string& text)
 {
     return parseVersions(text, "testing");
 }
 
-bool isRefused(const std::string& text)
+bool isRefusedReport(const std::string& text)
 {
     try {
-        (void)parse(text);
+        (void)versionsOf(text);
     } catch (const Failure& failure) {
         return failure.code == ExitCode::protocol && failure.phase == "testing";
     }
@@ -35,25 +35,25 @@ std::string report(const std::string& version)
 TEST(VersionsReport, GivesItsComponentsInOrder)
 {
     const Components expected = {{"kernel", "6.1"}, {"base", "1.0"}};
-    EXPECT_EQ(parse(report("6.1")).components, expected);
-    EXPECT_FALSE(parse(report("6.1")).malformed);
+    EXPECT_EQ(versionsOf(report("6.1")).components, expected);
+    EXPECT_FALSE(versionsOf(report("6.1")).malformed);
 }
 
 TEST(VersionsReport, MayBeEmpty)
 {
-    EXPECT_TRUE(parse("<Versions>\n</Versions>").components.empty());
+    EXPECT_TRUE(versionsOf("<Versions>\n</Versions>").components.empty());
 }
 
 TEST(VersionsReport, IsMarkedMalformedIfItWasReadByItsForm)
 {
-    EXPECT_TRUE(parse(report("6.1<beta>")).malformed);
+    EXPECT_TRUE(versionsOf(report("6.1<beta>")).malformed);
 }
 
 TEST(VersionsReport, MayHoldUnescapedVersions)
 {
     for (const char* version : {"6.1<", "\"6.1\"", "a&b", "6\"x", "\" Version=", "\xff\xfe", "</Versions>"}) {
         const Components expected = {{"kernel", version}, {"base", "1.0"}};
-        EXPECT_EQ(parse(report(version)).components, expected) << version;
+        EXPECT_EQ(versionsOf(report(version)).components, expected) << version;
     }
 }
 
@@ -62,13 +62,13 @@ TEST(VersionsReport, HasNoOtherForm)
     for (const char* text : {"", "Versions", "<Versions>", "<Versions>\n\t<Component Id=\"a\"/>\n</Versions>",
                              "<Version></Version>", "<Versions>\n\t<Component Id=\"a\" Version=\"b\"/>\n",
                              "<Versions>\n\t<Other Id=\"a\" Version=\"b\"/>\n</Versions>"}) {
-        EXPECT_TRUE(isRefused(text)) << text;
+        EXPECT_TRUE(isRefusedReport(text)) << text;
     }
 }
 
 TEST(VersionsReport, IsRefusedWithADocumentType)
 {
-    EXPECT_TRUE(isRefused("<!DOCTYPE Versions [<!ENTITY a \"b\">]><Versions></Versions>"));
+    EXPECT_TRUE(isRefusedReport("<!DOCTYPE Versions [<!ENTITY a \"b\">]><Versions></Versions>"));
 }
 
 } // namespace
