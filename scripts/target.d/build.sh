@@ -34,6 +34,7 @@ build_tree() {
     CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" CMAKE_CXX_COMPILER_LAUNCHER='' \
         quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$roots" \
-        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=$tests -DTARVELD_UNITY_TESTS=ON -DTARVELD_SIM=$tests -DTARVELD_CLIENT=$client
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=$tests -DTARVELD_UNITY_TESTS=ON \
+        -DTARVELD_SIM=$tests -DTARVELD_CLIENT=$client
     quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
 }

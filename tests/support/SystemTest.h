@@ -13,6 +13,12 @@
 #include "support/Script.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+// What calls, commands and log lines are compared with.
+using Texts = std::vector<std::string>;
+using Lines = std::vector<CapturedLog::Line>;
 
 // The fixture of every test whose code reaches the system: a card of its own, new for each test.
 //

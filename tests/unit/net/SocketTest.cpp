@@ -18,9 +18,6 @@
 namespace
 {
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
-
 bool isOpen(int descriptor)
 {
     return fcntl(descriptor, F_GETFD) != -1;

@@ -19,8 +19,6 @@ namespace
 
 using TcpServerTest = SystemTest;
 using TcpServerSetupTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 std::string created(const TcpServer& server)
 {

@@ -21,8 +21,6 @@ using TcpSocketTest = SystemTest;
 using TcpSocketReceiveTest = ConnectionTest;
 using TcpSocketSendTest = ConnectionTest;
 using TcpSocketKeepAliveTest = ConnectionTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 const Bytes twenty = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20};
 constexpr int size = 20;

@@ -16,8 +16,6 @@ namespace
 {
 
 using UdpServerTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 // Lets the next server bind to a device that this machine does not have.
 void pretendDevice()

@@ -17,9 +17,6 @@
 namespace
 {
 
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
-
 class UdpSocketTest : public SystemTest
 {
 protected:

@@ -9,8 +9,8 @@ namespace
 
 using CardRebootTest = TarvelUdpTest;
 
-constexpr SampleHeader request = {.commandId = 9};
-constexpr const char* command = "reboot -d 2 &";
+constexpr SampleHeader cardReboot = {.commandId = 9};
+constexpr const char* rebootCommand = "reboot -d 2 &";
 const std::string rebootText = "<RebootCard From=\"mgmt\" To=\"card7\"/>";
 const CapturedLog::Line announcement = {LOG_INFO, "***** WARNING: Card will reboot in a few seconds *****"};
 
@@ -19,7 +19,7 @@ const CapturedLog::Line announcement = {LOG_INFO, "***** WARNING: Card will rebo
 TEST_F(CardRebootTest, StartsADelayedRebootInTheBackground)
 {
     EXPECT_EQ(serve(textRequest(9, rebootText)), 0);
-    EXPECT_EQ(shell.commands(), (std::vector<std::string>{command}));
+    EXPECT_EQ(shell.commands(), (std::vector<std::string>{rebootCommand}));
 }
 
 TEST_F(CardRebootTest, IsAnnouncedAtTheInformationalLevel)
@@ -31,7 +31,7 @@ TEST_F(CardRebootTest, IsAnnouncedAtTheInformationalLevel)
 TEST_F(CardRebootTest, IsAnsweredToAllWithSuccess)
 {
     serve(textRequest(9, rebootText));
-    expectBroadcast(request, 1);
+    expectBroadcast(cardReboot, 1);
 }
 
 TEST_F(CardRebootTest, IsStartedBeforeTheAnswer)
@@ -51,13 +51,13 @@ TEST_F(CardRebootTest, SucceedsEvenIfTheAnswerCannotBeSent)
 TEST_F(CardRebootTest, AcceptsTheOtherRoot)
 {
     EXPECT_EQ(serve(textRequest(9, "<IpConfiguration From=\"mgmt\" To=\"card7\"/>")), 0);
-    EXPECT_EQ(shell.commands(), (std::vector<std::string>{command}));
+    EXPECT_EQ(shell.commands(), (std::vector<std::string>{rebootCommand}));
 }
 
 TEST_F(CardRebootTest, IgnoresChildElements)
 {
     EXPECT_EQ(serve(textRequest(9, "<RebootCard From=\"mgmt\" To=\"card7\"><Now/></RebootCard>")), 0);
-    EXPECT_EQ(shell.commands(), (std::vector<std::string>{command}));
+    EXPECT_EQ(shell.commands(), (std::vector<std::string>{rebootCommand}));
 }
 
 TEST_F(CardRebootTest, HappensNotForAnotherCardsName)
@@ -71,12 +71,12 @@ TEST_F(CardRebootTest, HappensNotForAnotherCardsName)
 
 TEST_F(CardRebootTest, IsRefusedWithoutASection)
 {
-    EXPECT_EQ(serve(request.bytes()), -1);
+    EXPECT_EQ(serve(cardReboot.bytes()), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{
                             {LOG_WARNING, "RebootCard message should only contain a 8-bit section!"}}));
     EXPECT_NE(out.find("Command ID       (16bit): 0x9\n"), std::string::npos);
     EXPECT_TRUE(shell.commands().empty());
-    expectBroadcast(request, 2);
+    expectBroadcast(cardReboot, 2);
 }
 
 TEST_F(CardRebootTest, NeverFollowsFromTheBytesOfAnEarlierRequest)
@@ -90,10 +90,10 @@ TEST_F(CardRebootTest, NeverFollowsFromTheBytesOfAnEarlierRequest)
 
 TEST_F(CardRebootTest, FailsIfTheShellSaysSo)
 {
-    shell.answer(command, exitStatus(1));
+    shell.answer(rebootCommand, exitStatus(1));
     EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{announcement, {LOG_WARNING, "reboot command failed"}}));
-    expectBroadcast(request, 2);
+    expectBroadcast(cardReboot, 2);
 }
 
 TEST_F(CardRebootTest, FailsIfNoShellCanBeRun)
@@ -102,7 +102,7 @@ TEST_F(CardRebootTest, FailsIfNoShellCanBeRun)
     EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged().back(), (CapturedLog::Line{LOG_WARNING, "reboot command failed"}));
     EXPECT_EQ(err, std::string("system() FAILED: ") + std::strerror(ENOMEM) + "\n");
-    expectBroadcast(request, 2);
+    expectBroadcast(cardReboot, 2);
 }
 
 TEST_F(CardRebootTest, FailsIfAnExceptionIsThrown)
@@ -110,5 +110,5 @@ TEST_F(CardRebootTest, FailsIfAnExceptionIsThrown)
     shell.respondWith([](std::string_view) -> std::optional<FakeSystem::Answer> { throw std::bad_alloc(); });
     EXPECT_EQ(serve(textRequest(9, rebootText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{announcement, {LOG_WARNING, "reboot command failed"}}));
-    expectBroadcast(request, 2);
+    expectBroadcast(cardReboot, 2);
 }

@@ -7,9 +7,9 @@ namespace
 {
 
 constexpr SampleHeader ipConfigGet = {.commandId = 3};
-const std::string requestText = "<IpConfiguration From=\"mgmt\" To=\"card7\"/>";
-const std::string first = "network.lanvemt2eth1";
-const std::string second = "network.lanvemt2eth2";
+const std::string ipConfigGetText = "<IpConfiguration From=\"mgmt\" To=\"card7\"/>";
+const std::string firstSection = "network.lanvemt2eth1";
+const std::string secondSection = "network.lanvemt2eth2";
 const CapturedLog::Line start = {LOG_INFO, "Retrieving current IP configuration"};
 
 class InterfaceConfigTest : public SystemTest
@@ -43,8 +43,8 @@ class IpConfigGetTest : public TarvelUdpTest
 protected:
     IpConfigGetTest()
     {
-        uci.set(first + ".proto", "dhcp");
-        uci.set(second + ".proto", "none");
+        uci.set(firstSection + ".proto", "dhcp");
+        uci.set(secondSection + ".proto", "none");
     }
 };
 
@@ -52,14 +52,14 @@ protected:
 
 TEST_F(InterfaceConfigTest, HasAllAddressesInStaticMode)
 {
-    setStatic(first);
+    setStatic(firstSection);
     expectAppended("<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"192.168.1.10\" "
                    "Netmask=\"255.255.255.0\" Gateway=\"192.168.1.1\"/>");
 }
 
 TEST_F(InterfaceConfigTest, ReadsTheSectionOfTheSecondInterface)
 {
-    setStatic(second);
+    setStatic(secondSection);
     expectAppended("<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"192.168.1.10\" "
                    "Netmask=\"255.255.255.0\" Gateway=\"192.168.1.1\"/>",
                    "vemEth2");
@@ -71,8 +71,8 @@ TEST_F(InterfaceConfigTest, ReadsTheSectionOfTheSecondInterface)
 
 TEST_F(InterfaceConfigTest, LeavesOutAMissingNetmaskAndGateway)
 {
-    uci.set(first + ".proto", "static");
-    uci.set(first + ".ipaddr", "192.168.1.10");
+    uci.set(firstSection + ".proto", "static");
+    uci.set(firstSection + ".ipaddr", "192.168.1.10");
     expectAppended("<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"192.168.1.10\"/>");
     EXPECT_EQ(log.lines(), (std::vector<CapturedLog::Line>{{LOG_INFO, "No netmask defined for vemEth1 interface"},
                                                            {LOG_INFO, "No Gateway defined for vemEth1 interface"}}));
@@ -80,23 +80,23 @@ TEST_F(InterfaceConfigTest, LeavesOutAMissingNetmaskAndGateway)
 
 TEST_F(InterfaceConfigTest, ReadsNoStaleAddressInDhcpMode)
 {
-    setStatic(first);
-    uci.set(first + ".proto", "dhcp");
+    setStatic(firstSection);
+    uci.set(firstSection + ".proto", "dhcp");
     expectAppended("<Interface Name=\"VemkEth1\" Mode=\"Dhcp\"/>");
     EXPECT_EQ(shell.commands().size(), 1U);
 }
 
 TEST_F(InterfaceConfigTest, IsDisabledWithoutAProtocol)
 {
-    setStatic(second);
-    uci.set(second + ".proto", "none");
+    setStatic(secondSection);
+    uci.set(secondSection + ".proto", "none");
     expectAppended("<Interface Name=\"VemkEth2\" Mode=\"Disabled\"/>", "vemEth2");
 }
 
 TEST_F(InterfaceConfigTest, InsertsValuesUnescaped)
 {
-    uci.set(first + ".proto", "static");
-    uci.set(first + ".ipaddr", "a\"<&");
+    uci.set(firstSection + ".proto", "static");
+    uci.set(firstSection + ".ipaddr", "a\"<&");
     expectAppended("<Interface Name=\"VemkEth1\" Mode=\"Static\" Address=\"a\"<&\"/>");
 }
 
@@ -107,19 +107,19 @@ TEST_F(InterfaceConfigTest, FailsSilentlyWithoutAStoredProtocol)
 
 TEST_F(InterfaceConfigTest, FailsForAnUnknownProtocol)
 {
-    uci.set(first + ".proto", "pppoe");
+    uci.set(firstSection + ".proto", "pppoe");
     expectFailure({{LOG_WARNING, "Unsupported mode: pppoe"}});
 }
 
 TEST_F(InterfaceConfigTest, ComparesTheProtocolExactly)
 {
-    uci.set(first + ".proto", "dhcpx");
+    uci.set(firstSection + ".proto", "dhcpx");
     expectFailure({{LOG_WARNING, "Unsupported mode: dhcpx"}});
 }
 
 TEST_F(InterfaceConfigTest, FailsWithoutAnAddressInStaticMode)
 {
-    uci.set(first + ".proto", "static");
+    uci.set(firstSection + ".proto", "static");
     expectFailure({{LOG_WARNING, "Retrieving IP address for static mode failed"}});
 }
 
@@ -133,7 +133,7 @@ TEST_F(IpConfigGetTest, AnswersWithBothInterfacesAndTheNamesExchanged)
 {
     const std::string text = "<IpConfiguration From=\"card7\" To=\"mgmt\"><Interface Name=\"VemkEth1\" Mode=\"Dhcp\"/>"
                              "<Interface Name=\"VemkEth2\" Mode=\"Disabled\"/></IpConfiguration>";
-    EXPECT_EQ(serve(textRequest(3, requestText)), 0);
+    EXPECT_EQ(serve(textRequest(3, ipConfigGetText)), 0);
     EXPECT_EQ(hex(requester.receive()), hex(textMessage(replyTo(ipConfigGet, 1), text)));
     EXPECT_EQ(callsTo("sendto"), (std::vector<std::string>{std::to_string(text.size() + 25) +
                                                            " 255.255.255.255:" + std::to_string(requester.port())}));
@@ -142,7 +142,7 @@ TEST_F(IpConfigGetTest, AnswersWithBothInterfacesAndTheNamesExchanged)
 
 TEST_F(IpConfigGetTest, CountsTheTerminatingNul)
 {
-    serve(textRequest(3, requestText));
+    serve(textRequest(3, ipConfigGetText));
     const Bytes reply = requester.receive();
     const std::size_t length = textOf(reply).size();
     EXPECT_EQ(SampleHeader::from(reply).payloadLength, length + 5);
@@ -151,7 +151,7 @@ TEST_F(IpConfigGetTest, CountsTheTerminatingNul)
 
 TEST_F(IpConfigGetTest, LogsTheReplyOnTwoLines)
 {
-    serve(textRequest(3, requestText));
+    serve(textRequest(3, ipConfigGetText));
     ASSERT_EQ(logged().size(), 3U);
     EXPECT_EQ(logged()[0], start);
     EXPECT_EQ(logged()[1], (CapturedLog::Line{LOG_INFO, "copy to payload:"}));
@@ -166,16 +166,16 @@ TEST_F(IpConfigGetTest, AcceptsTheOtherRoot)
 
 TEST_F(IpConfigGetTest, LogsAFailedFirstInterfaceAtTheInformationalLevel)
 {
-    uci.remove(first + ".proto");
-    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
+    uci.remove(firstSection + ".proto");
+    EXPECT_EQ(serve(textRequest(3, ipConfigGetText)), -1);
     EXPECT_EQ(logged(), (std::vector<CapturedLog::Line>{start, {LOG_INFO, "Error VEM Interface 1 Config"}}));
     expectBroadcast(ipConfigGet, 2);
 }
 
 TEST_F(IpConfigGetTest, LogsAFailedSecondInterfaceAtTheWarningLevel)
 {
-    uci.set(second + ".proto", "pppoe");
-    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
+    uci.set(secondSection + ".proto", "pppoe");
+    EXPECT_EQ(serve(textRequest(3, ipConfigGetText)), -1);
     EXPECT_EQ(logged(),
               (std::vector<CapturedLog::Line>{
                   start, {LOG_WARNING, "Unsupported mode: pppoe"}, {LOG_WARNING, "Error VEM Interface 2 Config"}}));
@@ -185,7 +185,7 @@ TEST_F(IpConfigGetTest, LogsAFailedSecondInterfaceAtTheWarningLevel)
 TEST_F(IpConfigGetTest, FailsIfTheReplyCannotBeSent)
 {
     failNext("sendto", ENETUNREACH);
-    EXPECT_EQ(serve(textRequest(3, requestText)), -1);
+    EXPECT_EQ(serve(textRequest(3, ipConfigGetText)), -1);
 }
 
 TEST_F(IpConfigGetTest, FailsIfTheReplyDoesNotFitIntoADatagram)

@@ -8,7 +8,6 @@
 #include <cerrno>
 
 using FakeCallsTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 TEST_F(FakeCallsTest, LogLinesAreCapturedWithTheirLevel)
 {

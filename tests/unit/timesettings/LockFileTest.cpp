@@ -16,8 +16,6 @@
 namespace
 {
 
-using Texts = std::vector<std::string>;
-
 class LockFileTest : public SystemTest
 {
 protected:

@@ -15,8 +15,6 @@ namespace
 
 using NtpScriptsTest = SystemTest;
 using NtpModeTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 Texts scripts(const std::string& word)
 {

@@ -16,8 +16,6 @@ namespace
 {
 
 using ReplicationTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 class TimeReferenceGetTest : public SystemTest
 {

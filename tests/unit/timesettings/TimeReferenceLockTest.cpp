@@ -19,8 +19,6 @@ namespace
 {
 
 using TimeReferenceLockTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 bool isFree(const Sandbox& sandbox)
 {

@@ -17,8 +17,6 @@ namespace
 using NtpReferenceTest = SystemTest;
 using ManualReferenceTest = SystemTest;
 using ReplicationMarkerTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 constexpr const char* getServer = "uci -q get system.ntp.server > /tmp/uci.tmp";
 

@@ -11,7 +11,6 @@
 #include <type_traits>
 
 using UciTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 static_assert(std::has_virtual_destructor_v<Uci>);
 

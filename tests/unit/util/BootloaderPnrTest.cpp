@@ -11,8 +11,6 @@
 namespace
 {
 
-using Texts = std::vector<std::string>;
-
 class BootloaderPnrTest : public SystemTest
 {
 protected:

@@ -10,8 +10,12 @@
 
 #include <fcntl.h>
 
+namespace
+{
+
 using LibUtilsCommandsTest = SystemTest;
-using Texts = std::vector<std::string>;
+
+} // namespace
 
 TEST_F(LibUtilsCommandsTest, ExecuteCommandGivesTheCommandToTheShellAsItStands)
 {

@@ -12,7 +12,6 @@
 #include <dirent.h>
 
 using LibUtilsFilesTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 namespace
 {

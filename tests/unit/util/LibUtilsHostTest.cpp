@@ -13,7 +13,6 @@
 
 using LibUtilsHostTest = SystemTest;
 using DaemonizeTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 static_assert(std::has_virtual_destructor_v<LibUtils>);
 

@@ -10,7 +10,6 @@
 
 using LibUtilsPnrTest = SystemTest;
 using PnrListTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 TEST_F(LibUtilsPnrTest, TheBaseSystemVersionIsTheFirstLineOfSquashfs)
 {

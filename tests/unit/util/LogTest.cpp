@@ -11,8 +11,6 @@
 #include <syslog.h>
 
 using LogTest = SystemTest;
-using Texts = std::vector<std::string>;
-using Lines = std::vector<CapturedLog::Line>;
 
 TEST_F(LogTest, TheLogIsOpenedForTheDaemonFacilityWithProcessIdAndConsole)
 {

@@ -8,7 +8,6 @@
 #include <cerrno>
 
 using ShellTest = SystemTest;
-using Texts = std::vector<std::string>;
 
 TEST_F(ShellTest, TheCommandReachesTheShellAsItStands)
 {
