@@ -13,7 +13,7 @@
 namespace
 {
 
-CapturedLog* active = nullptr;
+CapturedLog* activeLog = nullptr;
 
 // As long as the longest message that production code has, with room to spare: a log line names paths and versions.
 std::string formatted(const char* format, va_list arguments)
@@ -27,20 +27,20 @@ void capture(int level, const char* format, va_list arguments)
 {
     std::string text = formatted(format, arguments);
     recordCall("log", text);
-    if (active != nullptr)
-        active->add(level, std::move(text));
+    if (activeLog != nullptr)
+        activeLog->add(level, std::move(text));
 }
 
 } // namespace
 
 CapturedLog::CapturedLog()
 {
-    active = this;
+    activeLog = this;
 }
 
 CapturedLog::~CapturedLog()
 {
-    active = nullptr;
+    activeLog = nullptr;
 }
 
 void CapturedLog::add(int level, std::string text)

@@ -8,18 +8,18 @@
 namespace
 {
 
-FakeClock* active = nullptr;
+FakeClock* activeClock = nullptr;
 
 } // namespace
 
 FakeClock::FakeClock()
 {
-    active = this;
+    activeClock = this;
 }
 
 FakeClock::~FakeClock()
 {
-    active = nullptr;
+    activeClock = nullptr;
 }
 
 std::time_t FakeClock::now() const
@@ -30,7 +30,7 @@ std::time_t FakeClock::now() const
 extern "C" time_t fake_time(time_t* result)
 {
     return replaced("time", {}, time_t{-1}, [&] {
-        const time_t now = active != nullptr ? active->now() : std::time(nullptr);
+        const time_t now = activeClock != nullptr ? activeClock->now() : std::time(nullptr);
         if (result != nullptr)
             *result = now;
         return now;
@@ -39,8 +39,8 @@ extern "C" time_t fake_time(time_t* result)
 
 extern "C" int fake_clock_settime(clockid_t clock, const timespec* moment)
 {
-    if (active != nullptr)
-        active->ask(*moment);
+    if (activeClock != nullptr)
+        activeClock->ask(*moment);
     const std::string name = clock == CLOCK_REALTIME ? "CLOCK_REALTIME" : std::to_string(clock);
     return replaced("clock_settime", name + " " + std::to_string(moment->tv_sec), -1, [] { return 0; });
 }

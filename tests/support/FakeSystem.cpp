@@ -14,7 +14,7 @@
 namespace
 {
 
-FakeSystem* active = nullptr;
+FakeSystem* activeShell = nullptr;
 std::map<FILE*, int> pipes; // what popen() returned -> status for pclose()
 
 struct Redirection {
@@ -71,22 +71,22 @@ FILE* pipeWith(const FakeSystem::Answer& answer)
 
 FakeSystem::FakeSystem()
 {
-    active = this;
+    activeShell = this;
 }
 
 FakeSystem::~FakeSystem()
 {
-    active = nullptr;
+    activeShell = nullptr;
 }
 
 FakeSystem& FakeSystem::current()
 {
-    if (active == nullptr) {
+    if (activeShell == nullptr) {
         std::fputs("a shell command would be run on this machine: the test has no FakeSystem (use SystemTest)\n",
                    stderr);
         std::abort();
     }
-    return *active;
+    return *activeShell;
 }
 
 void FakeSystem::answer(const std::string& command, int status, std::string output)
