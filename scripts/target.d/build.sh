@@ -29,12 +29,28 @@ build_tree() {
         x86_64-musl) tests=OFF ;;
     esac
     say "building with $toolchain in ${directory#"$root"/}"
-    # By the environment: on the command line they would replace the flags that the toolchain file starts with. The
-    # compiler keeps what it has compiled by itself.
-    CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" CMAKE_CXX_COMPILER_LAUNCHER='' \
-        quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" \
-        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_SYSROOT="$roots" \
-        -DCMAKE_BUILD_TYPE=MinSizeRel -DBUILD_TESTING=$tests -DTARVELD_UNITY_TESTS=ON \
-        -DTARVELD_SIM=$tests -DTARVELD_CLIENT=$client
-    quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
+    mkdir -p "$directory"
+    (
+        flock 9
+        [[ $toolchain != *-musl ]] || describe_zig "$toolchain"
+        configure_tree "$toolchain" "$directory" -DTARVELD_SYSROOT="$roots" -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests \
+            -DTARVELD_CLIENT=$client
+        quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
+    ) 9>"$directory/.lock"
+}
+
+# For ccache, which sees but a script of ours.
+describe_zig() {
+    export CCACHE_COMPILERTYPE=clang
+    CCACHE_COMPILERCHECK="string:$1 $(key_of "$root/tools/target/package-lock.json" "$root/tools/target/bin/zig-tool")"
+    export CCACHE_COMPILERCHECK
+}
+
+# The warnings by the environment: on the command line they would replace the flags that the toolchain file starts with.
+configure_tree() {
+    local toolchain=$1 directory=$2
+    shift 2
+    CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" \
+        quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" -DCMAKE_BUILD_TYPE=MinSizeRel \
+        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_UNITY_TESTS=ON "$@"
 }

@@ -8,6 +8,8 @@ root=$(cd "${BASH_SOURCE[0]%/*}/../.." && pwd)
 export TARVELD_CACHE=${TARVELD_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tarveld}
 cache=$TARVELD_CACHE
 export PATH="$root/tools/target/bin:$PATH"
+# Where ccache is used, what one clone has compiled serves the next.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 
 say() { printf '%s: %s\n' "${0##*/}" "$*"; }
 
