@@ -2,32 +2,61 @@
 # SPDX-FileCopyrightText: The tarveld authors
 # shellcheck shell=bash
 #
-# Runs one step after the other and counts what passed and what failed.
+# Runs the steps and counts what passed and what failed.
 
 passed=0
 failed=0
 skipped=0
 outcome=
 failed_steps=()
+side_names=()
+side_jobs=()
 logs=build/test-logs
 
 # step PART NAME COMMAND...: runs the command if its part was asked for. What it prints goes to a log, of which the
 # terminal sees the lines marked "note:" and, if the step fails, the end.
 step() {
-    local part=$1 name=$2
-    shift 2
-    wants "$part" || return 0
-    local log=$logs/${name// /-}.log status started=$SECONDS
-    printf '%-34s' "$name"
+    side_step "$@"
+    join_steps
+}
+
+# The same beside the steps that follow, until join_steps. For steps that mostly wait.
+side_step() {
+    wants "$1" || return 0
+    side_names+=("$2")
+    run_logged "$2" "${@:3}" &
+    side_jobs+=($!)
+}
+
+run_logged() {
+    local started=$SECONDS log status
+    log=$(log_of "$1")
     set +e
     (
         set -e
-        "$@"
+        "${@:2}"
     ) >"$log" 2>&1 </dev/null
     status=$?
-    set -e
-    count "$name" "$status" "$log"
-    report "$status" $((SECONDS - started)) "$log"
+    echo $((SECONDS - started)) >"$log.seconds"
+    return $status
+}
+
+log_of() {
+    echo "$logs/${1// /-}.log"
+}
+
+# Waits for the steps that have been started and reports them in their order.
+join_steps() {
+    local index name status log
+    for index in "${!side_names[@]}"; do
+        name=${side_names[index]} status=0
+        log=$(log_of "$name")
+        printf '%-34s' "$name"
+        wait "${side_jobs[index]}" || status=$?
+        count "$name" "$status" "$log"
+        report "$status" "$(<"$log.seconds")" "$log"
+    done
+    side_names=() side_jobs=()
 }
 
 # Adds the numbers of the test runners that wrote into a log, or one for a step that ran none.
