@@ -28,7 +28,7 @@ OptionSpec& OptionSet::value(std::string names, OptionSpec::Destination destinat
                 .choices = {}});
 }
 
-OptionSpec& OptionSet::argument(std::string name, OptionSpec::Destination destination, std::string help)
+OptionSpec& OptionSet::argument(const std::string& name, OptionSpec::Destination destination, std::string help)
 {
     OptionSpec& spec =
         add({.names = name, .destination = destination, .help = std::move(help), .valueName = name, .choices = {}});

@@ -32,7 +32,7 @@ class OptionSet
 public:
     OptionSpec& flag(std::string names, bool& destination, std::string help);
     OptionSpec& value(std::string names, OptionSpec::Destination destination, std::string valueName, std::string help);
-    OptionSpec& argument(std::string name, OptionSpec::Destination destination, std::string help);
+    OptionSpec& argument(const std::string& name, OptionSpec::Destination destination, std::string help);
 
     [[nodiscard]] const std::vector<OptionSpec>& specs() const { return all; }
 
