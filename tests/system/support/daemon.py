@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The daemon under test: how it is run, and what its C library calls an error.
 
-TARVELD_COMMAND, or TARVELD, is its command line, with an emulator in front if it needs one.
+TARVELD is its command line, with an emulator in front if it needs one.
 """
 
 import os
@@ -11,7 +11,7 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[3]
 
-_WORDS = shlex.split(os.environ.get("TARVELD_COMMAND") or os.environ.get("TARVELD") or str(ROOT / "build/tarveld"))
+_WORDS = shlex.split(os.environ.get("TARVELD") or str(ROOT / "build/tarveld"))
 COMMAND = [str(Path(word).resolve()) if Path(word).exists() else word for word in _WORDS]
 IS_EMULATED = len(COMMAND) > 1
 
