@@ -82,14 +82,15 @@ CLI::App& groupOf(CLI::App& app, std::string_view name)
     return *app.add_subcommand(group, std::string(groupSummary(group)))->require_subcommand(1);
 }
 
-std::string indented(std::string_view examples)
+// The program's own options would bury those of a command, so its help only says that they are there.
+std::string footerOf(std::string_view examples)
 {
     std::istringstream lines{std::string(examples)};
     std::string text = "Examples:";
     for (std::string line; std::getline(lines, line);) {
         text += "\n  " + line;
     }
-    return text;
+    return text + "\n\nOptions for all commands, such as -o json and --timeout: tarvelctl --help";
 }
 
 std::vector<OfferedCommand> offerCommands(CLI::App& app)
@@ -99,7 +100,7 @@ std::vector<OfferedCommand> offerCommands(CLI::App& app)
         OfferedCommand one{&row, row.make(), {}, nullptr};
         const std::string word(row.name.substr(row.name.find(' ') + 1)); // npos + 1 is 0: the only word
         one.app = groupOf(app, row.name).add_subcommand(word, std::string(row.summary));
-        one.app->footer(indented(row.examples));
+        one.app->footer(footerOf(row.examples));
         one.command->declare(one.options);
         for (const OptionSpec& spec : one.options.specs()) {
             describe(*one.app, spec);
@@ -120,11 +121,20 @@ Failure missingWord(const CLI::App& app, const CLI::RequiredError& error)
     }
     std::vector<std::string> names;
     std::ranges::transform(words, std::back_inserter(names), [](const CLI::App* one) { return one->get_name(); });
-    const std::vector<std::string> others = group.remaining();
+    const std::vector<std::string> others = app.remaining(true); // of the groups, too
     const std::string found =
         others.empty() ? "no command is given" : fmt::format("there is no command \"{}\"", others.front());
     const std::string place = parsed.empty() ? "" : fmt::format(" of {}", group.get_name());
     return usageFailure(fmt::format("{}; the commands{} are {}", found, place, fmt::join(names, ", ")));
+}
+
+void nameCommand(const std::vector<OfferedCommand>& offered, CommandLine& line)
+{
+    for (const OfferedCommand& one : offered) {
+        if (one.app->parsed()) {
+            line.commandName = one.row->name;
+        }
+    }
 }
 
 void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
@@ -132,7 +142,6 @@ void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
     for (OfferedCommand& one : offered) {
         if (one.app->parsed()) {
             line.command = std::move(one.command);
-            line.commandName = one.row->name;
         }
     }
 }
@@ -154,14 +163,17 @@ void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
     std::vector<OfferedCommand> offered = offerCommands(app);
     try {
         app.parse(argc, argv);
+        nameCommand(offered, line);
         chooseCommand(offered, line);
     } catch (const CLI::CallForHelp&) {
         line.text = app.help();
     } catch (const CLI::CallForVersion&) {
         line.text = std::string(version) + "\n";
     } catch (const CLI::RequiredError& error) {
+        nameCommand(offered, line);
         throw missingWord(app, error);
     } catch (const CLI::ParseError& error) {
+        nameCommand(offered, line);
         throw usageFailure(error.what());
     }
 }
