@@ -16,11 +16,6 @@
 namespace
 {
 
-Failure nothingToDo()
-{
-    return {ExitCode::differs, "nothing-to-do", "planning the change", "the card has this configuration already"};
-}
-
 Failure needsYes(const std::string& why)
 {
     return {ExitCode::usage, "needs-yes", "planning the change",
@@ -80,7 +75,7 @@ protected:
         const IpPlan plan = planIp(now, wanted);
         show(context, target, plan, result);
         if (plan.nothingToDo()) {
-            throw nothingToDo();
+            throw nothingToDo("the card has this configuration already");
         }
         agree(context, plan);
         if (plan.wayBack && !context.options.dryRun && !rememberIp(target.name, *plan.wayBack)) {
@@ -108,7 +103,7 @@ private:
     static void show(Context& context, const Target& target, const IpPlan& plan, Result& result)
     {
         const std::string now = plan.now ? describe(*plan.now) : "unknown";
-        const std::string effect = fmt::format("{}", fmt::join(plan.effects, "; "));
+        const std::string effect = plan.nothingToDo() ? "none" : fmt::format("{}", fmt::join(plan.effects, "; "));
         result.add("interface", plan.wanted.name);
         result.add("now", now);
         result.add("wanted", describe(plan.wanted));

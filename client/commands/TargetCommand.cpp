@@ -74,7 +74,7 @@ void TargetCommand::print(Context& context, const Result& result) const
         context.console.warning(
             fmt::format("{}: the card's answer is no valid XML; it was read by its form", result.target));
     }
-    if (!result.ok()) {
+    if (!result.ok() && result.category != nothingToDoCategory) {
         context.console.error(
             fmt::format("{}: {} while {}: {}", result.target, result.category, result.phase, result.hint));
     } else if (!result.hint.empty()) {

@@ -66,8 +66,7 @@ protected:
                                          before.reference.mode, before.reference.server, before.skew));
         if (!wish.manual && before.reference.mode == "Ntp" && before.reference.server == wish.server) {
             report(before, result);
-            throw Failure{ExitCode::differs, "nothing-to-do", "planning the change",
-                          "the card takes its time from this server already"};
+            throw nothingToDo("the card takes its time from this server already");
         }
         TimeWish due = wish;
         due.time = isFixedTime ? wish.time : secondsNow();

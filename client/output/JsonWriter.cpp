@@ -74,7 +74,7 @@ public:
     {
         Json document = Json::object();
         document["schema"] = outputSchema;
-        document["command"] = command;
+        document["command"] = textOrNull(command);
         document["ok"] = code == ExitCode::ok;
         document["code"] = static_cast<int>(code);
         document["results"] = std::move(results);
@@ -97,7 +97,7 @@ public:
     {
         Json line = Json::object();
         line["schema"] = outputSchema;
-        line["command"] = command;
+        line["command"] = textOrNull(command);
         line.update(toJson(result));
         fmt::print("{}\n", dump(line, -1));
         std::fflush(stdout);

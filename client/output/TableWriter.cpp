@@ -12,6 +12,9 @@
 namespace
 {
 
+// Lines beyond this are read nowhere; on a terminal, in a pipe and in a log the same.
+constexpr std::size_t widestLine = 160;
+
 std::string heading(std::string name)
 {
     std::transform(name.begin(), name.end(), name.begin(),
@@ -47,6 +50,30 @@ void printHeading(const std::vector<Column>& columns)
         cells.push_back(heading(column.name));
     }
     printLine(cells, columns);
+}
+
+std::size_t widthOf(const std::vector<Column>& columns)
+{
+    std::size_t width = 0;
+    for (const Column& column : columns) {
+        width += column.width + 2;
+    }
+    return width;
+}
+
+// One cell a line, behind its heading.
+void printRecord(const Row& line, const std::vector<Column>& columns)
+{
+    std::size_t width = 0;
+    for (const Column& column : columns) {
+        width = std::max(width, column.name.size());
+    }
+    const std::vector<std::string> cells = cellsOf(line, columns);
+    for (std::size_t index = 0; index < cells.size(); ++index) {
+        if (!cells[index].empty()) {
+            fmt::print("{:<{}}  {}\n", heading(columns[index].name), width, cells[index]);
+        }
+    }
 }
 
 std::vector<Column> fittingColumns(const std::vector<Row>& lines)
@@ -87,15 +114,34 @@ public:
             return;
         }
         const std::vector<Column> fitting = fittingColumns(lines);
-        printHeading(fitting);
-        for (const Row& line : lines) {
-            printLine(cellsOf(line, fitting), fitting);
+        if (widthOf(fitting) > widestLine) {
+            printRecords(fitting);
+        } else {
+            printTable(fitting);
         }
     }
 
     [[nodiscard]] bool streams() const override { return !columns.empty(); }
 
 private:
+    void printTable(const std::vector<Column>& fitting) const
+    {
+        printHeading(fitting);
+        for (const Row& line : lines) {
+            printLine(cellsOf(line, fitting), fitting);
+        }
+    }
+
+    void printRecords(const std::vector<Column>& fitting) const
+    {
+        for (const Row& line : lines) {
+            if (&line != &lines.front()) {
+                fmt::print("\n");
+            }
+            printRecord(line, fitting);
+        }
+    }
+
     void printStreamed(const Row& line)
     {
         if (!headingPrinted) {

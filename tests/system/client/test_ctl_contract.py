@@ -29,7 +29,12 @@ def test_help_and_version_are_exit_0(ctl: Ctl) -> None:
 def test_a_usage_error_is_json_too(ctl: Ctl) -> None:
     answer = ctl.json("versions")
     assert answer.code == 2
+    assert answer.document["command"] == "versions"
     assert answer.result["category"] == "usage"
+
+
+def test_a_usage_error_without_a_command_names_none(ctl: Ctl) -> None:
+    assert ctl.json("nonsense").document["command"] is None
 
 
 def test_a_wrong_groups_file_is_exit_10(ctl: Ctl) -> None:
@@ -92,6 +97,12 @@ def test_a_failure_leaves_no_data_in_a_table(ctl: Ctl) -> None:
     answer = ctl("versions", "127.0.0.99")
     assert answer.out == ""
     assert answer.err.startswith("error: 127.0.0.99: refused")
+
+
+def test_a_row_too_wide_for_a_line_is_printed_as_a_block(ctl: Ctl, rack: list[Card]) -> None:
+    lines = ctl("--dry-run", "ip", "set", "--if", "VemkEth2", "--disabled", "rack[1-2]").out.splitlines()
+    assert [line.split() for line in lines if line.startswith("TARGET")] == [["TARGET", "rack1"], ["TARGET", "rack2"]]
+    assert "" in lines
 
 
 def test_quiet_drops_the_notes(ctl: Ctl, rack: list[Card]) -> None:

@@ -59,6 +59,8 @@ def test_the_same_configuration_is_nothing_to_do(ctl: Ctl, rack: list[Card]) -> 
     answer = ctl.json("ip", "set", *ETH2, "--static", f"{rack[0].address('eth1')}/24", "rack1")
     assert answer.code == 9
     assert answer.result["category"] == "nothing-to-do"
+    assert answer.result["effect"] == "none"
+    assert answer.err.endswith("\nrack1: the card has this configuration already\n")
     assert rack[0].calls("network", since=mark) == []
 
 
