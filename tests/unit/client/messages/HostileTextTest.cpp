@@ -100,4 +100,12 @@ TEST(HostileText, InAFrameIsATextOrAFailure)
     });
 }
 
+TEST(HostileText, PrintsNothing)
+{
+    const std::string wide("<\0\0\0\xFF\xFF\xFF\xFF", 8);
+    testing::internal::CaptureStderr();
+    EXPECT_THROW((void)parseVersions(wide, ""), Failure);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 } // namespace
