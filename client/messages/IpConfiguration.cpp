@@ -3,7 +3,6 @@
 #include "client/messages/IpConfiguration.h"
 
 #include "client/wire/Frame.h"
-#include "client/wire/Network.h"
 #include "client/xml/TolerantScanner.h"
 #include "client/xml/XmlElement.h"
 #include "client/xml/XmlText.h"

@@ -14,6 +14,7 @@
 
 using Bytes = std::vector<std::byte>;
 
+inline constexpr std::string_view ourName = "tarvelctl"; // `From` of what we send, `To` of what comes back
 inline constexpr std::uint16_t cardPort = 50003;
 inline constexpr std::uint8_t cardDevice = 5;
 inline constexpr std::uint8_t cardService = 4;

@@ -16,8 +16,6 @@
 
 class Console;
 
-inline constexpr std::string_view ourName = "tarvelctl"; // `From` of what we send, `To` of what comes back
-
 // How patient exchanges are.
 struct Patience {
     Seconds timeout{5};

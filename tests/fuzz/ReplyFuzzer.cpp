@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/decode/Dissection.h"
 #include "client/messages/IpConfiguration.h"
 #include "client/messages/TimeReference.h"
 #include "client/messages/Versions.h"
 #include "client/wire/Frame.h"
 
 #include <cstring>
+#include <span>
 
 namespace
 {
@@ -21,13 +23,15 @@ void survive(Read read)
 
 } // namespace
 
-// A text that a card sends to the client, behind a header and a count that fit it, and as the whole payload.
+// A text that a card sends to the client, behind a header and a count that fit it, as the whole payload, and as a
+// message to take apart.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string text(reinterpret_cast<const char*>(data), size);
     survive([&] { (void)parseVersions(text, ""); });
     survive([&] { (void)parseIpConfiguration(text, ""); });
     survive([&] { (void)parseTimeReference(text, ""); });
+    (void)dissect(std::as_bytes(std::span(data, size)));
     Reply reply;
     reply.header.messageFormat = section8Bit;
     reply.payload.resize(size);
