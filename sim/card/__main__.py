@@ -24,6 +24,7 @@ def main() -> None:
     filesystem.prepare(settings.directory, settings.binds)
     os.chdir("/")
     os.environ["PATH"] = programs.PATH
+    programs.protect(settings.programs)
     programs.take_over_shell(settings.programs["gate"])
     for name in ("fail", "hold"):
         os.makedirs(DIRECTORY / "control" / name, exist_ok=True)

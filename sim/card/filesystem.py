@@ -48,7 +48,7 @@ def _protect_machine(writable: list[str]) -> None:
         if any(target == path or target.startswith(path + "/") for path in own):
             continue
         try:
-            kernel.mount("none", target, flags=kernel.MS_REMOUNT | kernel.MS_BIND | kernel.MS_RDONLY)
+            kernel.make_read_only(target)
         except OSError:
             pass  # a mount with locked flags cannot be changed by us, nor written to by an ordinary user
 

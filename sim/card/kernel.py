@@ -26,6 +26,20 @@ def bind(source: str, target: str) -> None:
     mount(source, target, flags=MS_BIND | MS_REC)
 
 
+def make_read_only(target: str) -> None:
+    """What is mounted there; other mounts of the same keep their rights.
+
+    An ordinary user may only add to the restrictions that a mount has.
+    """
+    kept = os.statvfs(target).f_flag & (os.ST_NOSUID | os.ST_NODEV | os.ST_NOEXEC)  # numbered as mount() has them
+    mount("none", target, flags=MS_REMOUNT | MS_BIND | MS_RDONLY | kept)
+
+
+def bind_read_only(path: str) -> None:
+    bind(path, path)
+    make_read_only(path)
+
+
 def tmpfs(target: str, mode: str = "755") -> None:
     mount("tmpfs", target, "tmpfs", options=f"mode={mode}")
 

@@ -30,6 +30,12 @@ def take_over_shell(gate: str) -> None:
     kernel.bind(gate, os.path.realpath("/bin/sh"))
 
 
+def protect(programs: dict[str, str]) -> None:
+    """Who writes over /etc/init.d/network on the card follows a link, and must not write into the build."""
+    for path in programs.values():
+        kernel.bind_read_only(path)
+
+
 def install(programs: dict[str, str]) -> None:
     """`programs` says where the programs that are no script of ours are: gate, uci and tar.
 
