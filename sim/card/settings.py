@@ -28,7 +28,7 @@ class Settings:
     autostart: bool = True
     supervised: bool = True
     respawn_delay: float = 0.2
-    reboot_time: float = 0.3
+    reboot_time: float = 2
 
     @staticmethod
     def parse(text: str) -> "Settings":

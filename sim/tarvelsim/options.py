@@ -35,8 +35,8 @@ class CardOptions:
     files: Mapping[str, bytes | str | None] = field(default_factory=dict)
     # Further paths that the card must see although they are below a directory that it has for itself, like /tmp.
     binds: Sequence[str | os.PathLike[str]] = ()
-    # Seconds that the card is down in a reboot.
-    reboot_time: float = 0.3
+    # Seconds that the card is down in a reboot: a real one is seen to be away.
+    reboot_time: float = 2
 
     def segments(self) -> list[plan.Segment]:
         return [segment for segment in plan.SEGMENTS if segment.card_device in self.devices]

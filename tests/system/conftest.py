@@ -61,7 +61,7 @@ def daemon() -> list[str]:
 @pytest.fixture(scope="session")
 def only_card(lan: tarvelsim.Lan) -> Iterator[tarvelsim.Card]:
     """The card that the tests share; use `card` or `scratch_card`."""
-    with lan.card("card1", command=COMMAND) as card:
+    with lan.card("card1", command=COMMAND, reboot_time=0.3) as card:
         yield card
 
 
