@@ -11,6 +11,7 @@ sys.path.insert(0, str(ROOT / "sim"))
 
 import tarvelsim  # noqa: E402
 
+from card_log import shortened  # noqa: E402
 from client import Client, DemoError  # noqa: E402
 from firmware import pack_firmware  # noqa: E402
 from narrator import chapter, say, show  # noqa: E402
@@ -80,7 +81,7 @@ def reboot(client: Client, card: tarvelsim.Card) -> None:
 
 def show_log(card: tarvelsim.Card) -> None:
     chapter("What the card logged")
-    show([str(line) for line in card.log_lines(ident=None)])
+    show(shortened(str(line) for line in card.log_lines(ident=None)))
 
 
 def tour() -> None:
