@@ -4,6 +4,8 @@
 
 #include "client/wire/Network.h"
 
+#include <fmt/core.h>
+
 namespace
 {
 
@@ -19,12 +21,29 @@ bool isFrom(const Reply& reply, const std::string& card)
     }
 }
 
+// A connection to 0.0.0.0 would end at this host.
+Failure addressless(const std::string& card)
+{
+    return {ExitCode::unreachable, "no-address", "looking for the card",
+            fmt::format("{0} hears broadcasts, but has no address on this network; `tarvelctl ip set` or `tarvelctl ip "
+                        "rescue {0}` gives it one",
+                        card)};
+}
+
 } // namespace
 
 Task<CardReply> hearCard(Context& context, std::string card, std::optional<Patience> patience)
 {
+    const auto any = [](const CardReply& /*answer*/) { return true; };
+    CardReply answer = co_await hearCardThat(context, std::move(card), any, patience);
+    co_return answer;
+}
+
+Task<CardReply> hearCardThat(Context& context, std::string card, std::function<bool(const CardReply&)> isWanted,
+                             std::optional<Patience> patience)
+{
     ByName how;
-    how.isMine = [&card](const Reply& reply) { return isFrom(reply, card); };
+    how.isMine = [&](const CardReply& answer) { return isFrom(answer.reply, card) && isWanted(answer); };
     how.patience = patience;
     how.anyStatus = true;
     CardReply answer = co_await context.network.askByName(
@@ -49,7 +68,10 @@ Task<Endpoint> locate(Context& context, const Target& target)
     if (target.endpoint) {
         co_return *target.endpoint;
     }
-    const CardIp card = co_await getIpConfiguration(context, target.name);
+    const CardReply card = co_await hearCard(context, target.name);
+    if (card.address == noAddress) {
+        throw addressless(target.name);
+    }
     co_return Endpoint{card.address};
 }
 

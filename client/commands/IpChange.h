@@ -16,13 +16,15 @@
 // Throws if the card refuses.
 Task<bool> sendIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, std::string onlyInterface);
 
-// Asks the card again and again until it answers by its name with the wanted configuration, and from an address that
-// fits what it says; true in that case.
-// `seen` is what it answered last.
-Task<bool> awaitIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, TimePoint deadline,
-                                std::optional<InterfaceConfig>& seen);
+// What a card's answers prove of a configuration: nothing, that its settings say so, or that its network does.
+enum class Proof { none, stored, applied };
+
+// Asks the card again and again until it answers by its name with the wanted configuration, and from no address that
+// contradicts what it says. `seen` is what it answered last.
+Task<Proof> awaitIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, TimePoint deadline,
+                                 std::optional<InterfaceConfig>& seen);
 
 // Sends and asks in turns until the card has the configuration or the time is over; reaches a card whatever its
-// address is. True if the card has it.
-Task<bool> forceIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, Seconds time,
-                                std::optional<InterfaceConfig>& seen);
+// address is. Throws if the card refuses.
+Task<Proof> forceIpConfiguration(Context& context, std::string card, InterfaceConfig wanted, Seconds time,
+                                 std::optional<InterfaceConfig>& seen);

@@ -47,6 +47,9 @@ std::optional<std::string> valueOf(const std::string& word)
 
 bool rememberIp(const std::string& card, const InterfaceConfig& interface)
 {
+    if (stateFolder().empty()) {
+        return false;
+    }
     std::error_code ignored;
     std::filesystem::create_directories(stateFolder(), ignored);
     std::ofstream file(fileOf(card));

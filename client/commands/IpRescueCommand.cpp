@@ -62,9 +62,9 @@ protected:
         result.add("wanted", describe(*wanted));
         context.console.note(fmt::format("{}: sending {} {}", target.label, wanted->name, describe(*wanted)));
         std::optional<InterfaceConfig> seen;
-        const bool there = co_await forceIpConfiguration(context, target.name, *wanted, Seconds(wish.wait), seen);
-        result.add("state", there ? "rescued" : "lost");
-        if (!there) {
+        const Proof proof = co_await forceIpConfiguration(context, target.name, *wanted, Seconds(wish.wait), seen);
+        result.add("state", proof != Proof::none ? "rescued" : "lost");
+        if (proof == Proof::none) {
             throw notRescued(target.name, seen);
         }
     }

@@ -28,12 +28,12 @@ Failure rolledBack(const std::string& card)
             fmt::format("{} did not come back with the new configuration in time; it has the former one again", card)};
 }
 
-Failure lost(const std::string& card)
+Failure lost(const std::string& card, const std::string& why)
 {
     return {ExitCode::verification, "lost", "rolling the change back",
-            fmt::format("{} did not come back with the new configuration, and did not take the former one either; try "
-                        "`tarvelctl ip rescue {}`",
-                        card, card)};
+            fmt::format("{0} did not come back with the new configuration, and did not take the former one either{1}; "
+                        "try `tarvelctl ip rescue {0}`",
+                        card, why.empty() ? why : fmt::format(" ({})", why))};
 }
 
 Failure lostForGood(const std::string& card, const std::string& noWayBack)
@@ -63,7 +63,8 @@ protected:
     void prepare(Context& /*context*/, const std::vector<Target>& targets) override
     {
         wanted = wish.interfaceConfig();
-        if (wanted.mode == IpMode::fixed && targets.size() > 1) {
+        isAlone = targets.size() == 1;
+        if (wanted.mode == IpMode::fixed && !isAlone) {
             throw usageFailure("one static address cannot be that of several cards");
         }
     }
@@ -81,11 +82,7 @@ protected:
         if (plan.wayBack && !context.options.dryRun && !rememberIp(target.name, *plan.wayBack)) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");
         }
-        const bool confirmed = co_await sendIpConfiguration(context, target.name, wanted, onlyInterface);
-        if (!confirmed) {
-            context.console.note(fmt::format("{}: no answer to the change; looking for its effect", target.label));
-        }
-        co_await seeThrough(context, target, plan, result);
+        co_await seeThrough(context, target, plan, onlyInterface, result);
     }
 
 private:
@@ -112,7 +109,8 @@ private:
                                          plan.wanted.name, now, describe(plan.wanted), effect));
     }
 
-    static void agree(Context& context, const IpPlan& plan)
+    // One question at a time, and none while other cards are being waited for.
+    void agree(Context& context, const IpPlan& plan) const
     {
         if (plan.noWayBack.empty()) {
             return;
@@ -121,15 +119,20 @@ private:
         if (context.options.yes || context.options.dryRun) {
             return;
         }
-        if (!context.console.canAsk() || !context.console.confirm("Change it all the same?")) {
+        if (!isAlone || !context.console.canAsk() || !context.console.confirm("Change it all the same?")) {
             throw needsYes(plan.noWayBack);
         }
     }
 
-    Task<void> seeThrough(Context& context, const Target& target, const IpPlan& plan, Result& result)
+    Task<void> seeThrough(Context& context, const Target& target, const IpPlan& plan, const std::string& onlyInterface,
+                          Result& result)
     {
         bool interrupted = false;
         try {
+            const bool confirmed = co_await sendIpConfiguration(context, target.name, wanted, onlyInterface);
+            if (!confirmed) {
+                context.console.note(fmt::format("{}: no answer to the change; looking for its effect", target.label));
+            }
             co_await awaitOrRollBack(context, target, plan, result);
         } catch (const Interrupted&) {
             interrupted = true;
@@ -144,9 +147,14 @@ private:
     {
         const Seconds time(wish.wait);
         std::optional<InterfaceConfig> seen;
-        const bool done = co_await awaitIpConfiguration(context, target.name, wanted, after(time), seen);
-        if (done) {
-            result.add("state", "applied");
+        const Proof proof = co_await awaitIpConfiguration(context, target.name, wanted, after(time), seen);
+        if (proof != Proof::none) {
+            result.add("state", proof == Proof::applied ? "applied" : "stored");
+            if (proof == Proof::stored) {
+                result.hint = fmt::format("only the card's other interface was heard: its settings are as wanted, but "
+                                          "whether {} works cannot be seen from here",
+                                          wanted.name);
+            }
             co_return;
         }
         if (!plan.wayBack) {
@@ -154,13 +162,20 @@ private:
             throw lostForGood(target.name, plan.noWayBack);
         }
         context.console.warning(fmt::format("{}: not back with the new configuration; rolling back", target.label));
-        const bool back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, time, seen);
-        result.add("state", back ? "rolled back" : "lost");
-        throw back ? rolledBack(target.name) : lost(target.name);
+        Proof back = Proof::none;
+        std::string refusal;
+        try {
+            back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, time, seen);
+        } catch (const Failure& failure) {
+            refusal = failure.hint;
+        }
+        result.add("state", back != Proof::none ? "rolled back" : "lost");
+        throw back != Proof::none ? rolledBack(target.name) : lost(target.name, refusal);
     }
 
     IpWish wish;
     InterfaceConfig wanted;
+    bool isAlone = true;
 };
 
 } // namespace

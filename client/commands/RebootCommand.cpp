@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <optional>
 
 namespace
 {
@@ -50,27 +51,28 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         const CardReply card = co_await hearCard(context, target.name, {});
-        co_await send(context, target.name, card.interface);
-        result.add("state", "rebooting");
-        const TimePoint start = Clock::now();
-        const Endpoint endpoint{card.address};
-        if (!wait) {
-            co_return;
-        }
-        std::string phase = "waiting for the card to go down";
+        const std::optional<Endpoint> door = co_await doorOf(context, card);
+        std::string phase = "asking for the reboot";
         bool interrupted = false;
         try {
-            co_await seeItGoDown(context, target.name, endpoint, start);
+            co_await send(context, target.name, card.interface);
+            result.add("state", "rebooting");
+            const TimePoint start = Clock::now();
+            if (!wait) {
+                co_return;
+            }
+            phase = "waiting for the card to go down";
+            co_await seeItGoDown(context, target.name, door, start);
             result.add("down_after", Seconds(Clock::now() - start).count());
             phase = "waiting for the card to come back";
             co_await seeItComeBack(context, target.name, start);
+            result.add("back_after", Seconds(Clock::now() - start).count());
         } catch (const Interrupted&) {
             interrupted = true;
         }
         if (interrupted) {
             throw interruptedReboot(phase);
         }
-        result.add("back_after", Seconds(Clock::now() - start).count());
         result.fields.front().value = "back";
     }
 
@@ -96,25 +98,40 @@ private:
 
     enum class Door { open, closed, silent };
 
+    // Only a door that was open before tells anything when it is closed: the address that a card is heard from may be
+    // none, or another host's on the way there. A dry run opens none.
+    Task<std::optional<Endpoint>> doorOf(Context& context, const CardReply& card) const
+    {
+        const Endpoint endpoint{card.address};
+        if (!wait || context.options.dryRun || card.address == noAddress) {
+            co_return std::nullopt;
+        }
+        const Door door = co_await tryDoor(context, endpoint);
+        co_return door == Door::open ? std::optional(endpoint) : std::nullopt;
+    }
+
     static Task<Door> tryDoor(Context& context, Endpoint endpoint)
     {
         try {
             const TcpConnection connection =
                 co_await TcpConnection::open(context.loop, context.console, endpoint, after(glance));
         } catch (const Failure& failure) {
-            co_return failure.category == "connect-timeout" ? Door::silent : Door::closed;
+            co_return failure.category == "refused" ? Door::closed : Door::silent;
         }
         co_return Door::open;
     }
 
     // Down is a card that refuses connections, or from which nothing at all came several times in a row: one silence
     // may be a lost datagram or a busy host. The door is tried first because that costs the card least.
-    Task<void> seeItGoDown(Context& context, std::string name, Endpoint endpoint, TimePoint start) const
+    Task<void> seeItGoDown(Context& context, std::string name, std::optional<Endpoint> endpoint, TimePoint start) const
     {
         int silences = 0;
         while (Seconds(Clock::now() - start).count() < waitTime) {
             const TimePoint next = after(glance);
-            const Door door = co_await tryDoor(context, endpoint);
+            Door door = Door::silent;
+            if (endpoint) {
+                door = co_await tryDoor(context, *endpoint);
+            }
             bool answers = door == Door::open;
             if (door == Door::silent) {
                 answers = co_await answersByName(context, name, shortAnswer);

@@ -29,13 +29,16 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const Endpoint endpoint = co_await locate(context, target);
-        const TimePoint start = Clock::now();
+        TimePoint start = Clock::now();
+        bool isFound = false;
         try {
+            const Endpoint endpoint = co_await locate(context, target);
+            isFound = true;
+            start = Clock::now();
             const Versions versions = co_await getVersions(context, endpoint);
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
-            result.add("state", stateOf(failure));
+            result.add("state", isFound ? stateOf(failure) : "not found");
             result.add("seconds", Cell());
             throw;
         }

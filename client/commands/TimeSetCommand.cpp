@@ -21,6 +21,12 @@ std::int64_t secondsNow()
         .count();
 }
 
+Failure interruptedSetting()
+{
+    return {ExitCode::interrupted, "interrupted", "setting the time reference",
+            "the card may have the new time reference or the former one; `tarvelctl time get` tells"};
+}
+
 Failure notTaken(std::string hint)
 {
     return {ExitCode::verification, "not-taken", "reading the time reference back", std::move(hint)};
@@ -71,15 +77,28 @@ protected:
         TimeWish due = wish;
         due.time = isFixedTime ? wish.time : secondsNow();
         const TimeRequest wanted = planTime(before.reference, due, context.options.unsafeRaw);
+        bool interrupted = false;
+        try {
+            co_await setAndVerify(context, endpoint, wanted, result);
+        } catch (const Interrupted&) {
+            interrupted = true;
+        }
+        if (interrupted) {
+            throw interruptedSetting();
+        }
+        explain(before.reference, wanted, result);
+    }
+
+private:
+    static Task<void> setAndVerify(Context& context, Endpoint endpoint, TimeRequest wanted, Result& result)
+    {
         co_await send(context, endpoint, wanted);
         const TimePoint setAt = Clock::now();
         const TimeReading reading = co_await readTime(context, endpoint);
         report(reading, result);
         verify(wanted, reading, Seconds(Clock::now() - setAt));
-        explain(before.reference, wanted, result);
     }
 
-private:
     static Task<void> send(Context& context, Endpoint endpoint, TimeRequest wanted)
     {
         Request request = textRequest(CommandId::timeReferenceSet, timeReferenceSetXml(wanted));

@@ -14,11 +14,13 @@ namespace
 
 Failure silence(const std::string& name, const std::string& phase)
 {
-    return {ExitCode::noAnswer, "timeout", phase,
-            fmt::format("nobody answered as \"{}\": no card has this name (case counts), it is down or behind a router "
-                        "(broadcasts stay on the local network), or a firewall here drops the reply, which is a "
-                        "broadcast from the card's port {}",
-                        name, cardPort)};
+    return {
+        ExitCode::noAnswer, "timeout", phase,
+        fmt::format("nobody answered as \"{}\": no card has this name (case counts), it or its daemon is down, it is "
+                    "busy (with an archive, an upgrade or its time service a card hears nothing), it is behind a "
+                    "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
+                    "broadcast from the card's port {}",
+                    name, cardPort)};
 }
 
 // Whatever interface can be used; one that cannot is no failure, since nobody asked for it.
@@ -173,8 +175,9 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
         if (!how.anyStatus) {
             checkStatus(reply->header, phase);
         }
-        if (!how.isMine || reply->payload.empty() || how.isMine(*reply)) {
-            co_return CardReply{std::move(*reply), datagram->address, datagram->interface};
+        CardReply answer{std::move(*reply), datagram->address, datagram->interface};
+        if (!how.isMine || answer.reply.payload.empty() || how.isMine(answer)) {
+            co_return std::move(answer);
         }
     }
 }

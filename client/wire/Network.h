@@ -31,10 +31,11 @@ struct CardReply {
 
 // How a card is asked by its name.
 struct ByName {
-    std::function<bool(const Reply&)> isMine; // tells by its text whether a reply with a payload is the wanted card's
-    std::string onlyInterface;                // empty: all; a card that hears two would do a change twice
-    std::optional<Patience> patience;         // nothing: the user's
-    bool anyStatus = false;                   // a refusal is an answer, too
+    // Tells by its text, or by where it came from, whether a reply with a payload is the one that is wanted.
+    std::function<bool(const CardReply&)> isMine;
+    std::string onlyInterface;        // empty: all; a card that hears two would do a change twice
+    std::optional<Patience> patience; // nothing: the user's
+    bool anyStatus = false;           // a refusal is an answer, too
 };
 
 // What a dry run keeps from being sent: what changes a card, or everything for commands that only read.

@@ -149,7 +149,12 @@ Task<Reply> TcpConnection::receiveReply(const Request& request, TimePoint deadli
     Bytes head = co_await receiveExactly(headerSize, deadline, phase);
     Reply reply;
     reply.header = decodeHeader(std::span(head).first<headerSize>());
-    checkReplyHeader(reply.header, request, phase);
+    try {
+        checkReplyHeader(reply.header, request, phase);
+    } catch (const Failure&) {
+        traceReceived(*console, endpoint.address, head);
+        throw;
+    }
     reply.payload = co_await receiveExactly(reply.header.payloadLength, deadline, phase);
     head.insert(head.end(), reply.payload.begin(), reply.payload.end());
     traceReceived(*console, endpoint.address, head);

@@ -26,6 +26,12 @@ def test_an_address_is_no_name(ctl: Ctl, rack: list[Card]) -> None:
     assert ctl("ip", "get", "10.0.0.11").code == 2
 
 
+def test_a_wrong_address_is_no_name(ctl: Ctl) -> None:
+    answer = ctl("versions", "10.0.0.300")
+    assert answer.code == 2
+    assert "10.0.0.300" in answer.err
+
+
 def test_an_address_has_the_name_of_the_groups_file(ctl: Ctl, rack: list[Card]) -> None:
     address = rack[0].address("eth0") or ""
     (ctl.config / "groups").write_text(f"rack1 {address}\n")
@@ -138,6 +144,35 @@ def test_a_change_to_a_wrong_network_is_rolled_back(ctl: Ctl, scratch: Card) -> 
     assert answer.code == 7
     assert answer.result["state"] == "rolled back"
     assert scratch.address("eth0") == former
+
+
+def test_settings_that_the_network_does_not_follow_are_rolled_back(ctl: Ctl, scratch: Card) -> None:
+    """The other interface answers all the time, and with the new settings."""
+    former = scratch.address("eth1")
+    scratch.fail("network")
+    answer = ctl.json("ip", "set", *ETH2, "--static", NEW, "--wait", "3", "rack1")
+    assert (answer.code, answer.result["state"]) == (7, "rolled back")
+    assert scratch.address("eth1") == former
+
+
+def test_what_only_the_other_interface_says_is_called_stored(ctl: Ctl, scratch: Card) -> None:
+    answer = ctl.json("-i", "lan0", "ip", "set", *ETH2, "--static", NEW, "rack1")
+    assert (answer.code, answer.result["state"]) == (0, "stored")
+    assert "cannot be seen from here" in answer.result["hint"]
+
+
+def test_a_refused_rollback_leaves_a_lost_card(ctl: Ctl, scratch: Card) -> None:
+    scratch.hold("network")
+    mark = scratch.calls_mark()
+    running = ctl.start("-o", "json", "ip", "set", *ETH2, "--static", NEW, "--wait", "2", "rack1")
+    scratch.wait_call("network", since=mark)
+    scratch.run(["uci", "set", "network.lanvemt2eth2.gateway=10.0.1.254"])
+    scratch.fail("uci", matching="commit")
+    scratch.release()
+    out, err = running.communicate(timeout=60)
+    answer = Answer(running.returncode, out, err)
+    assert (answer.code, answer.result["state"]) == (7, "lost")
+    assert "ip rescue rack1" in answer.result["hint"]
 
 
 def test_a_card_that_comes_back_different_is_rolled_back(ctl: Ctl, scratch: Card) -> None:

@@ -5,6 +5,7 @@
 import socket
 from pathlib import Path
 
+import pytest
 from support.ctl import Ctl, interrupt
 from tarvelsim import Card
 from wire.numbers import PORT
@@ -51,6 +52,32 @@ def test_a_stalled_card_delays_no_other(ctl: Ctl, rack: list[Card]) -> None:
     assert all('"ok":true' in line for line in seen)
 
 
+def test_a_card_without_an_address_is_not_mistaken_for_this_host(ctl: Ctl, scratch: Card) -> None:
+    for device in ("eth0", "eth1"):
+        scratch.run(["ip", "address", "flush", "dev", device])
+    answer = ctl.json("-i", "lan0", "status", "rack1")
+    assert (answer.code, answer.result["category"]) == (6, "no-address")
+
+
+def test_a_card_that_nobody_finds_is_in_no_state_of_its_own(ctl: Ctl) -> None:
+    answer = ctl.json("--timeout", "0.3", "status", "nobody")
+    assert (answer.code, answer.result["state"]) == (5, "not found")
+    assert "busy" in answer.result["hint"]
+
+
+@pytest.mark.parametrize("address", ["", "172.16.5.5/24"])
+def test_only_a_reboot_is_proof_of_one(ctl: Ctl, scratch: Card, address: str) -> None:
+    """A card that no connection reaches has not gone down for that."""
+    for device in ("eth0", "eth1"):
+        scratch.run(["ip", "address", "flush", "dev", device])
+    if address:
+        scratch.run(["ip", "address", "add", address, "dev", "eth0"])
+    boots = scratch.boots
+    answer = ctl.json("-i", "lan0", "reboot", "--wait", "rack1")
+    assert (answer.code, answer.result["state"]) == (0, "back")
+    assert scratch.boots == boots + 1
+
+
 def test_cards_reboot_and_come_back(ctl: Ctl, scratch: Card) -> None:
     boots = scratch.boots
     answer = ctl.json("reboot", "--wait", "rack1")
@@ -64,8 +91,8 @@ def test_a_reboot_is_asked_for_once(ctl: Ctl, scratch: Card) -> None:
     mark = scratch.calls_mark()
     boots = scratch.boots
     assert ctl("reboot", "rack1").code == 0
-    assert len(scratch.calls("reboot", since=mark)) == 1
     scratch.wait_boot(boots + 1)
+    assert len(scratch.calls("reboot", since=mark)) == 1
 
 
 def test_a_card_that_refuses_to_tell_its_addresses_reboots_all_the_same(ctl: Ctl, scratch: Card) -> None:

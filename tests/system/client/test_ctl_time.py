@@ -2,7 +2,8 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """tarvelctl time"""
 
-from support.ctl import Ctl
+import pytest
+from support.ctl import Ctl, interrupt
 from support.fake_card import FakeTcpCard, answer
 from tarvelsim import Card
 from wire import Message, text_payload
@@ -86,3 +87,29 @@ def test_a_dry_run_changes_nothing(ctl: Ctl, rack: list[Card]) -> None:
     result = ctl.json("--dry-run", "time", "set", "--ntp", "10.0.0.9", "rack1").result
     assert 'NtpServer="10.0.0.9"' in result["xml"]
     assert rack[0].uci("get", "system.ntp.server") == "10.0.0.1"
+
+
+def test_a_time_is_not_set_where_none_can_be_read(ctl: Ctl, scratch: Card) -> None:
+    scratch.run(["uci", "delete", "system.ntp.server"])
+    mark = scratch.calls_mark()
+    assert ctl("time", "set", "--ntp", "10.0.0.9", "rack1").code == 3
+    assert not [call for call in scratch.calls("uci", since=mark) if "set" in call]
+
+
+@pytest.mark.parametrize("server", ["x" * 99, "two words"])
+def test_a_server_that_cannot_be_sent_back_keeps_the_time_as_it_is(ctl: Ctl, scratch: Card, server: str) -> None:
+    scratch.run(["uci", "set", f"system.ntp.server={server}"])
+    mark = scratch.log_mark()
+    assert ctl("time", "set", "--manual", "now", "rack1").code == 2
+    assert "Setting manual time reference" not in [line.text for line in scratch.log_lines(mark)]
+
+
+def test_an_interrupted_setting_says_what_may_be(ctl: Ctl, scratch: Card) -> None:
+    scratch.hold("ntpd")
+    mark = scratch.calls_mark()
+    running = ctl.start("-o", "json", "time", "set", "--ntp", "10.0.0.9", "rack1")
+    scratch.wait_call("ntpd", since=mark)
+    answer = interrupt(running)
+    scratch.release()
+    assert answer.code == 130
+    assert "may have the new time reference" in answer.result["hint"]
