@@ -96,6 +96,8 @@ Task<void> TargetCommand::workOnOne(Context& context, const Target& target, Resu
         tellNotSent(result, held.request);
     } catch (const Interrupted&) {
         result.fail(interruptedFailure("waiting"));
+    } catch (const std::exception& error) { // of one target; what was learned of the others is worth printing
+        result.fail({ExitCode::internal, "internal", "working", fmt::format("internal error: {}", error.what())});
     }
     if (printsAtOnce(context)) {
         print(context, result);

@@ -178,7 +178,9 @@ Failure Upload::interrupted() const
     const bool whole = sent == total;
     const bool upgrades = request.header.commandId == static_cast<std::uint16_t>(CommandId::firmwareUpgrade);
     std::string state = "nothing was installed; the card holds a partial archive that the next upload overwrites";
-    if (whole) {
+    if (sent == 0) {
+        state = "nothing was sent; the card is as it was";
+    } else if (whole) {
         state = upgrades ? "the card has the whole archive: it unpacks and installs it all the same"
                          : "the card has the whole archive: it unpacks it all the same, and installs nothing";
     }

@@ -55,6 +55,9 @@ private:
             return;
         }
         Target target{.label = label, .name = {}, .endpoint = parseEndpoint(label)};
+        if (!target.endpoint && label.find_first_not_of("0123456789.:") == std::string::npos) {
+            throw usageFailure(fmt::format("\"{}\" is neither an address nor a name", label));
+        }
         if (target.endpoint) {
             target.name = book.nameOf(label).value_or("");
         } else {

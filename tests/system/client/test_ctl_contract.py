@@ -81,6 +81,14 @@ def test_targets_with_different_outcomes_are_exit_8(ctl: Ctl, rack: list[Card]) 
     assert [result["code"] for result in answer.results] == [0, 6]
 
 
+def test_an_internal_error_at_one_target_costs_no_other_its_result(ctl: Ctl) -> None:
+    few_files = ["prlimit", "--nofile=16", str(ctl.program), "-o", "json", "versions", "127.0.0.[1-30]"]
+    ended = subprocess.run(few_files, capture_output=True, text=True, check=False)
+    codes = {result["code"] for result in json.loads(ended.stdout)["results"]}
+    assert ended.returncode == 8
+    assert codes == {1, 6}
+
+
 def test_every_failure_has_the_same_fields(ctl: Ctl) -> None:
     result = ctl.json("versions", "127.0.0.99").result
     assert set(result) == {"target", "ok", "code", "category", "phase", "hint"}
