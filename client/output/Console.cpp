@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Console.h"
 
+#include "client/output/Printable.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/core.h>
@@ -25,8 +27,9 @@ Console::Console(bool isQuiet, bool isVerbose)
 {
 }
 
-void Console::line(std::string_view label, std::string_view colour, std::string_view text) const
+void Console::line(std::string_view label, std::string_view colour, std::string_view said) const
 {
+    const std::string text = printableLines(said);
     std::fflush(stdout); // keeps the order when both go to one place
     if (coloured && !colour.empty()) {
         fmt::print(stderr, "{}{}{}\x1b[0m{}\n", terminal ? eraseLine : "", colour, label, text);

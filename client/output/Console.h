@@ -26,7 +26,7 @@ public:
     [[nodiscard]] bool confirm(std::string_view question) const;
 
 private:
-    void line(std::string_view label, std::string_view colour, std::string_view text) const;
+    void line(std::string_view label, std::string_view colour, std::string_view said) const;
 
     bool quiet;
     bool verbose;

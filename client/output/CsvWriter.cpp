@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Lines.h"
+#include "client/output/Printable.h"
 #include "client/output/Writer.h"
 
 #include <fmt/core.h>
@@ -54,7 +55,7 @@ public:
             std::vector<std::string> cells;
             cells.reserve(columns.size());
             for (const std::string& column : columns) {
-                cells.push_back(textOf(line, column));
+                cells.push_back(printable(textOf(line, column)));
             }
             printLine(cells);
         }

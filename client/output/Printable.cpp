@@ -17,3 +17,13 @@ std::string printable(std::string_view text)
     }
     return result;
 }
+
+std::string printableLines(std::string_view text)
+{
+    std::string result;
+    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+        result += printable(text.substr(0, end)) + '\n';
+        text.remove_prefix(end + 1);
+    }
+    return result + printable(text);
+}

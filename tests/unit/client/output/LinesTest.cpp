@@ -3,7 +3,6 @@
 #include "client/output/Lines.h"
 
 #include "client/output/Fold.h"
-#include "client/output/Printable.h"
 
 #include <gtest/gtest.h>
 
@@ -48,11 +47,6 @@ TEST(CellText, IsWrittenForPeople)
     EXPECT_EQ(textOf(Cell(true)), "yes");
     EXPECT_EQ(textOf(Cell(std::int64_t{7})), "7");
     EXPECT_EQ(textOf(Cell(0.25)), "0.250");
-}
-
-TEST(Printable, ShowsControlCharactersAsNumbers)
-{
-    EXPECT_EQ(printable("a\x1b[31mb\n"), "a\\x1b[31mb\\x0a");
 }
 
 TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
