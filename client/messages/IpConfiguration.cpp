@@ -123,7 +123,7 @@ const InterfaceConfig* IpConfiguration::find(std::string_view name) const
 
 IpConfiguration parseIpConfiguration(const std::string& text, const std::string& phase)
 {
-    if (const std::optional<XmlElement> root = parseXml(text)) {
+    if (const std::optional<XmlElement> root = parseReplyXml(text)) {
         if (std::optional<IpConfiguration> configuration = configurationOf(*root)) {
             return std::move(*configuration);
         }

@@ -106,7 +106,7 @@ std::optional<int> takeZone(std::string_view& text)
 
 TimeReference parseTimeReference(const std::string& text, const std::string& phase)
 {
-    if (const std::optional<XmlElement> element = parseXml(text)) {
+    if (const std::optional<XmlElement> element = parseReplyXml(text)) {
         if (std::optional<TimeReference> reference = referenceOf(*element)) {
             return std::move(*reference);
         }

@@ -27,7 +27,7 @@ std::optional<Component> componentOf(const XmlElement& element)
 
 std::optional<Versions> readStrictly(const std::string& text)
 {
-    const std::optional<XmlElement> root = parseXml(text);
+    const std::optional<XmlElement> root = parseReplyXml(text);
     if (!root || root->name != "Versions") {
         return std::nullopt;
     }

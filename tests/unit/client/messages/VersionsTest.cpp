@@ -51,7 +51,8 @@ TEST(VersionsReport, IsMarkedMalformedIfItWasReadByItsForm)
 
 TEST(VersionsReport, MayHoldUnescapedVersions)
 {
-    for (const char* version : {"6.1<", "\"6.1\"", "a&b", "6\"x", "\" Version=", "\xff\xfe", "</Versions>"}) {
+    for (const char* version :
+         {"6.1<", "\"6.1\"", "a&b", "R&amp;D", "&#97;", "6\"x", "\" Version=", "\xff\xfe", "</Versions>"}) {
         const Components expected = {{"kernel", version}, {"base", "1.0"}};
         EXPECT_EQ(versionsOf(report(version)).components, expected) << version;
     }
