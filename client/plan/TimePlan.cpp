@@ -28,6 +28,9 @@ std::string serverToKeep(const TimeReference& now, bool unsafe)
     if (now.server == noNtpServer) {
         return "";
     }
+    if (now.server.empty()) {
+        throw cannotSendBack(now, "is empty");
+    }
     if (now.server.find_first_of(" \t\r\n") != std::string::npos) {
         throw cannotSendBack(now, "has blanks");
     }

@@ -51,6 +51,11 @@ TEST(TimePlan, SendsAnEmptyServerBackIfNoneIsConfigured)
     EXPECT_EQ(planTime(cardWith("NOT CONFIGURED"), {true, "", 1000}, false).server, "");
 }
 
+TEST(TimePlan, RefusesAnEmptyServerThatWouldDeleteTheSetting)
+{
+    EXPECT_EQ(categoryOf(cardWith("")), "cannot-keep-server");
+}
+
 TEST(TimePlan, RefusesAServerWithBlanksThatCannotBeSentBack)
 {
     EXPECT_EQ(categoryOf(cardWith("10.0.0.1 10.0.0.2")), "cannot-keep-server");
