@@ -142,15 +142,23 @@ private:
         }
     }
 
+    static ExitCode tell(Context& context, const Failure& failure)
+    {
+        Result result;
+        result.fail(failure);
+        context.writer.add(result);
+        context.console.error(failure.hint);
+        return failure.code;
+    }
+
     ExitCode verdict(Context& context) const
     {
         if (found.empty()) {
-            context.console.error(nobody().hint);
-            return ExitCode::noAnswer;
+            return tell(context, nobody());
         }
         if (found.size() < static_cast<std::size_t>(std::max(expected, 0))) {
-            context.console.error(fmt::format("{} addresses were heard, {} expected", found.size(), expected));
-            return ExitCode::differs;
+            return tell(context, {ExitCode::differs, "too-few", "listening",
+                                  fmt::format("{} addresses were heard, {} expected", found.size(), expected)});
         }
         return ExitCode::ok;
     }

@@ -27,7 +27,8 @@ def test_the_expected_number_ends_it_at_once(ctl: Ctl, rack: list[Card]) -> None
 def test_too_few_cards_are_a_difference(ctl: Ctl, rack: list[Card]) -> None:
     answer = ctl.json("discover", "-i", "lan0", "--expect", "200")
     assert answer.code == 9
-    assert len(answer.results) >= len(rack)
+    assert [result["category"] for result in answer.results if not result["ok"]] == ["too-few"]
+    assert len([result for result in answer.results if result["ok"]]) >= len(rack)
 
 
 def test_names_are_mapped_to_addresses(ctl: Ctl, rack: list[Card]) -> None:
