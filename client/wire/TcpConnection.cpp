@@ -10,7 +10,6 @@
 #include <linux/sockios.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
-#include <system_error>
 
 namespace
 {
@@ -50,7 +49,8 @@ TcpConnection::TcpConnection(EventLoop& newLoop, const Console& newConsole, Endp
       socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
 {
     if (!socket) {
-        throw std::system_error(errno, std::generic_category(), "socket");
+        throw Failure{ExitCode::internal, "no-socket", "connecting",
+                      fmt::format("no socket can be opened: {}", ::strerror(errno))};
     }
 }
 
