@@ -10,36 +10,60 @@ import re
 import sys
 from pathlib import Path
 
+import checking
+
 # Who may include whom, by folder of src/. A folder may always include itself.
 ARROWS: dict[str, set[str]] = {
     "core": {"services", "protocol", "util"},
-    "services": {"protocol", "net", "uci", "timesettings", "util"},
+    "services": {"protocol", "uci", "timesettings", "util", "hardening"},
     "protocol": {"net", "util"},
-    "timesettings": {"uci", "util"},
+    "timesettings": {"uci", "util", "hardening"},
     "net": {"util"},
     "uci": {"util"},
-    "util": set(),
+    "util": {"hardening"},
+    "hardening": set(),
 }
 
-# The same within the client. Its commands may use every room.
+# The same within the client.
 CLIENT_ARROWS: dict[str, set[str]] = {
     "model": set(),
     "engine": set(),
     "xml": set(),
     "output": {"model"},
-    "wire": {"engine", "model", "output"},
-    "messages": {"wire", "xml", "model"},
+    "wire": {"engine", "model"},
+    "messages": {"xml", "model"},
     "plan": {"messages", "model"},
-    "targets": {"wire", "model"},
+    "firmware": {"engine", "model"},
+    "card": {"firmware", "plan", "messages", "wire", "engine", "model"},
+    "targets": {"card", "wire", "model"},
     "decode": {"wire", "xml", "model"},
     "completion": {"cli"},
+    "cli": {"targets", "wire", "output", "engine", "model"},
+    "commands": {
+        "completion", "decode", "cli", "targets", "card", "firmware", "plan", "messages", "wire", "output", "engine",
+        "model",
+    },
 }
+
+# The programs of the simulated card know nothing but themselves, and the fakes of the tests nothing of what they serve.
+OTHER_ARROWS: dict[str, set[str]] = {
+    "client": {"client/cli"},
+    "sim/uci": set(),
+    "sim/gate": set(),
+    "sim/setlbf": set(),
+    "support": set(),
+}
+
+# Where sources are, and from where an include names them.
+TREES = {"src": "src", "client": ".", "sim": ".", "tests/support": "tests"}
 
 # The one exception: the card's host name is a setting.
 EXCEPTIONS = {("util/LibUtilsHost.cpp", "uci/Uci.h")}
 
+CODEC = ("Commands", "DatagramBuffer", "Message", "MessageHeader", "TextSection", "WireOrder")
+
 # What the client shares with the daemon: the codec, and whatever the codec itself includes.
-SHARED_CODEC = {f"protocol/{name}.h" for name in ("MessageHeader", "Message", "DatagramBuffer", "WireOrder")}
+SHARED_CODEC = {f"protocol/{name}.h" for name in CODEC}
 
 # libxml2 is met in one room on each side.
 XML_ROOMS = re.compile(r"(services/XmlReader|client/xml/Xml\w*)\.(h|cpp)")
@@ -56,9 +80,9 @@ def read_includes(root: Path) -> tuple[Graph, Graph]:
     """The quoted and the angled includes of each source file, named as an include names it ("util/Log.h")."""
     quoted: Graph = {}
     angled: Graph = {}
-    for base, folder in ((root / "src", root / "src"), (root, root / "client")):
-        for path in sorted(p for p in folder.rglob("*") if p.suffix in {".h", ".cpp"}):
-            name = path.relative_to(base).as_posix()
+    for folder, base in TREES.items():
+        for path in sorted(p for p in (root / folder).rglob("*") if p.suffix in {".h", ".cpp"}):
+            name = path.relative_to(root / base).as_posix()
             found = INCLUDE.findall(path.read_text(encoding="utf-8"))
             quoted[name] = [target for mark, target in found if mark == '"']
             angled[name] = [target for mark, target in found if mark == "<"]
@@ -76,16 +100,33 @@ def reachable(quoted: Graph, starts: set[str]) -> set[str]:
     return seen
 
 
-def may_include_in_client(name: str, target: str) -> bool:
-    room, other = name.split("/")[1], target.split("/")[1]
-    return room == other or room not in CLIENT_ARROWS or other in CLIENT_ARROWS[room]
+def all_arrows() -> dict[str, set[str]]:
+    client = {f"client/{room}": {f"client/{other}" for other in others} for room, others in CLIENT_ARROWS.items()}
+    return ARROWS | client | OTHER_ARROWS
+
+
+def room_of(name: str) -> str:
+    folder = name.rpartition("/")[0]
+    return "/".join(folder.split("/")[:2])
 
 
 def may_include(name: str, target: str, codec: set[str]) -> bool:
-    source, destination = name.split("/")[0], target.split("/")[0]
-    if source == "client":
-        return target in codec or destination == "client" and may_include_in_client(name, target)
-    return source == destination or (name, target) in EXCEPTIONS or destination in ARROWS.get(source, set())
+    room, other = room_of(name), room_of(target)
+    if room.partition("/")[0] == "client" and target in codec:
+        return True
+    return room == other or (name, target) in EXCEPTIONS or other in all_arrows().get(room, set())
+
+
+def check_rooms(quoted: Graph) -> list[str]:
+    rooms = sorted({room_of(name) for name in quoted} - set(all_arrows()))
+    return [f"{room or 'src'}: whom this room may include is not said in check_includes.py" for room in rooms]
+
+
+def check_unused_arrows(quoted: Graph) -> list[str]:
+    """An arrow that nothing goes along is an invitation."""
+    used = {(room_of(name), room_of(target)) for name, targets in quoted.items() for target in targets}
+    arrows = sorted((room, other) for room, others in all_arrows().items() for other in others)
+    return [f"check_includes.py: nothing in {room} includes {other}" for room, other in arrows if (room, other) not in used]
 
 
 def check_arrows(quoted: Graph) -> list[str]:
@@ -142,16 +183,12 @@ def check(root: Path) -> list[str]:
     quoted, angled = read_includes(root)
     if not quoted:
         return [f"no sources below {root}"]
-    return check_arrows(quoted) + check_xml(angled) + check_own_header_first(quoted) + check_cycles(quoted)
+    return check_rooms(quoted) + check_arrows(quoted) + check_xml(angled) + check_own_header_first(quoted) + check_cycles(quoted)
 
 
-def main() -> int:
-    root = Path(sys.argv[1]) if len(sys.argv) > 1 else Path(__file__).resolve().parent.parent
-    complaints = check(root)
-    for complaint in complaints:
-        print(complaint, file=sys.stderr)
-    return 1 if complaints else 0
+def check_all(root: Path) -> list[str]:
+    return check(root) + check_unused_arrows(read_includes(root)[0])
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(checking.run(check_all))

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
 
+import re
 from pathlib import Path
 
 import check_includes
@@ -69,6 +70,44 @@ def test_a_room_of_the_client_may_not_use_one_above(tree: Path) -> None:
     assert check_includes.check(tree) == ["client/wire/Frame.h must not include client/messages/Versions.h"]
 
 
+@pytest.mark.parametrize(
+    ("name", "target"),
+    [
+        ("client/cli/Cli.cpp", "client/commands/Commands.h"),
+        ("client/wire/Frame.cpp", "client/cli/Cli.h"),
+        ("client/completion/Scripts.cpp", "client/wire/Frame.h"),
+        ("client/decode/Meanings.cpp", "client/engine/Task.h"),
+        ("client/main.cpp", "client/commands/Commands.h"),
+        ("client/commands/RawCommand.cpp", "client/xml/XmlText.h"),
+        ("client/card/Upload.cpp", "client/cli/Context.h"),
+        ("sim/uci/Key.cpp", "util/Log.h"),
+        ("sim/gate/gate.cpp", "sim/uci/Key.h"),
+        ("support/Sandbox.cpp", "util/Log.h"),
+        ("util/File.cpp", "client/cli/Cli.h"),
+    ],
+)
+def test_each_room_has_arrows(tree: Path, name: str, target: str) -> None:
+    for file, text in ((target, ""), (name, f'#include "{target}"\n')):
+        base = {"client": "", "sim": "", "support": "tests/"}.get(file.split("/")[0], "src/")
+        write(tree, base + file, text)
+    assert check_includes.check(tree) == [f"{name} must not include {target}"]
+
+
+def test_an_arrow_that_nothing_goes_along_is_refused() -> None:
+    quoted = {
+        f"{room}/A.h": [f"{other}/A.h" for other in sorted(others)] for room, others in check_includes.all_arrows().items()
+    }
+    assert check_includes.check_unused_arrows(quoted) == []
+    quoted["uci/A.h"].remove("util/A.h")
+    assert check_includes.check_unused_arrows(quoted) == ["check_includes.py: nothing in uci includes util"]
+
+
+@pytest.mark.parametrize("name", ["client/attic/Old.h", "src/attic/Old.h", "src/Old.h", "sim/attic/Old.h"])
+def test_a_room_that_nobody_knows_is_refused(tree: Path, name: str) -> None:
+    write(tree, name, "")
+    assert "is not said in check_includes.py" in check_includes.check(tree)[0]
+
+
 def test_the_client_may_not_use_sockets_of_the_daemon(tree: Path) -> None:
     write(tree, "client/Request.cpp", '#include "net/Socket.h"\n')
     assert check_includes.check(tree) == ["client/Request.cpp must not include net/Socket.h"]
@@ -89,3 +128,11 @@ def test_a_cycle_is_found(tree: Path) -> None:
     assert check_includes.check(tree) == [
         "cycle: protocol/Message.h -> protocol/MessageHeader.h -> protocol/Message.h"
     ]
+
+
+def test_the_page_lists_each_room_of_the_client_below_those_that_it_uses() -> None:
+    page = (Path(__file__).parents[2] / "docs/architecture.md").read_text(encoding="utf-8")
+    listed = re.findall(r"^\| `(\w+)` \|", page, re.MULTILINE)
+    assert sorted(listed) == sorted(check_includes.CLIENT_ARROWS)
+    for place, room in enumerate(listed):
+        assert check_includes.CLIENT_ARROWS[room] <= set(listed[:place]), room
