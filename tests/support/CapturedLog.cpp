@@ -27,8 +27,9 @@ void capture(int level, const char* format, va_list arguments)
 {
     std::string text = formatted(format, arguments);
     recordCall("log", text);
-    if (activeLog != nullptr)
+    if (activeLog != nullptr) {
         activeLog->add(level, std::move(text));
+    }
 }
 
 } // namespace
@@ -51,17 +52,20 @@ void CapturedLog::add(int level, std::string text)
 std::vector<std::string> CapturedLog::texts() const
 {
     std::vector<std::string> all;
-    for (const Line& line : captured)
+    for (const Line& line : captured) {
         all.push_back(line.text);
+    }
     return all;
 }
 
 std::vector<std::string> CapturedLog::withLevel(int level) const
 {
     std::vector<std::string> found;
-    for (const Line& line : captured)
-        if (line.level == level)
+    for (const Line& line : captured) {
+        if (line.level == level) {
             found.push_back(line.text);
+        }
+    }
     return found;
 }
 

@@ -31,16 +31,18 @@ extern "C" time_t fake_time(time_t* result)
 {
     return replaced("time", {}, time_t{-1}, [&] {
         const time_t now = activeClock != nullptr ? activeClock->now() : std::time(nullptr);
-        if (result != nullptr)
+        if (result != nullptr) {
             *result = now;
+        }
         return now;
     });
 }
 
 extern "C" int fake_clock_settime(clockid_t clock, const timespec* moment)
 {
-    if (activeClock != nullptr)
+    if (activeClock != nullptr) {
         activeClock->ask(*moment);
+    }
     const std::string name = clock == CLOCK_REALTIME ? "CLOCK_REALTIME" : std::to_string(clock);
     return replaced("clock_settime", name + " " + std::to_string(moment->tv_sec), -1, [] { return 0; });
 }

@@ -33,17 +33,20 @@ std::string nameOf(int flags)
                               {O_APPEND, "|O_APPEND"}, {O_CLOEXEC, "|O_CLOEXEC"}, {O_NONBLOCK, "|O_NONBLOCK"}};
     const int access = flags & O_ACCMODE;
     std::string text = access == O_RDONLY ? "O_RDONLY" : access == O_WRONLY ? "O_WRONLY" : "O_RDWR";
-    for (const Flag& flag : known)
-        if ((flags & flag.bit) != 0)
+    for (const Flag& flag : known) {
+        if ((flags & flag.bit) != 0) {
             text += flag.name;
+        }
+    }
     return text;
 }
 
 int openIn(const char* name, int flags, mode_t mode)
 {
     std::string arguments = std::string(name) + " " + nameOf(flags);
-    if ((flags & O_CREAT) != 0)
+    if ((flags & O_CREAT) != 0) {
         arguments += " " + octal(mode);
+    }
     return replaced("open", arguments, -1, [&] { return ::open(sandboxed(name).c_str(), flags, mode); });
 }
 

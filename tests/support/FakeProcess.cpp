@@ -14,10 +14,12 @@ namespace
 
 std::string nameOfHandler(const struct sigaction& action)
 {
-    if (action.sa_handler == SIG_IGN)
+    if (action.sa_handler == SIG_IGN) {
         return "SIG_IGN";
-    if (action.sa_handler == SIG_DFL)
+    }
+    if (action.sa_handler == SIG_DFL) {
         return "SIG_DFL";
+    }
     return "handler";
 }
 

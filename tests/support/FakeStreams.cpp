@@ -46,10 +46,11 @@ extern "C" int fake_fclose(FILE* stream)
     int result = 0;
     const int reported = replaced("fclose", {}, EOF, [] { return 0; });
     const int error = errno;
-    if (reported == 0)
+    if (reported == 0) {
         result = std::fclose(stream);
-    else if (std::fclose(stream) == 0) // a failing fclose() has closed the stream all the same
+    } else if (std::fclose(stream) == 0) { // a failing fclose() has closed the stream all the same
         errno = error;
+    }
     return reported == 0 ? result : reported;
 }
 
@@ -81,8 +82,9 @@ extern "C" size_t fake_fwrite(const void* data, size_t size, size_t count, FILE*
         written = std::fwrite(data, size, size == 0 ? 0 : bytes / size, stream);
         return true;
     });
-    if (!works)
+    if (!works) {
         failed.insert(stream);
+    }
     return written;
 }
 

@@ -26,15 +26,18 @@ struct Redirection {
 std::optional<Redirection> redirectionOf(std::string_view command)
 {
     constexpr std::string_view both = " 2>&1";
-    if (command.ends_with(both))
+    if (command.ends_with(both)) {
         command.remove_suffix(both.size());
+    }
     const auto mark = command.rfind('>');
-    if (mark == std::string_view::npos)
+    if (mark == std::string_view::npos) {
         return std::nullopt;
+    }
     const std::string_view behind = command.substr(mark + 1);
     const auto start = behind.find_first_not_of(' ');
-    if (start == std::string_view::npos)
+    if (start == std::string_view::npos) {
         return std::nullopt;
+    }
     const bool append = mark > 0 && command[mark - 1] == '>';
     return Redirection{std::string(behind.substr(start)), append};
 }
@@ -51,10 +54,11 @@ FakeSystem::Answer run(const char* call, const char* command)
 {
     recordCall(call, command);
     FakeSystem::Answer answer = FakeSystem::current().answerTo(command);
-    if (answer.status == -1)
+    if (answer.status == -1) {
         errno = answer.error;
-    else
+    } else {
         deliver(answer, command);
+    }
     return answer;
 }
 
@@ -112,20 +116,25 @@ void FakeSystem::respondWith(Responder other)
 std::vector<std::string> FakeSystem::commands()
 {
     std::vector<std::string> all;
-    for (const std::string& line : orderOf({"system", "popen"}))
+    for (const std::string& line : orderOf({"system", "popen"})) {
         all.push_back(line.substr(line.find(": ") + 2));
+    }
     return all;
 }
 
 FakeSystem::Answer FakeSystem::answerTo(const std::string& command)
 {
-    if (const auto found = certain.find(command); found != certain.end())
+    if (const auto found = certain.find(command); found != certain.end()) {
         return found->second;
-    if (responder)
-        if (auto answer = responder(command))
+    }
+    if (responder) {
+        if (auto answer = responder(command)) {
             return *answer;
-    if (next.empty())
+        }
+    }
+    if (next.empty()) {
         return {};
+    }
     Answer answer = std::move(next.front());
     next.pop_front();
     return answer;
@@ -152,8 +161,9 @@ extern "C" FILE* fake_popen(const char* command, const char* mode)
 
 extern "C" int fake_pclose(FILE* pipe)
 {
-    if (const auto& shell = FakeSystem::current().realShell())
+    if (const auto& shell = FakeSystem::current().realShell()) {
         return shell->pclose(pipe);
+    }
     const int status = pipes.at(pipe);
     pipes.erase(pipe);
     std::fclose(pipe);

@@ -21,11 +21,13 @@ void FakeUci::remove(const std::string& key)
 std::optional<FakeSystem::Answer> FakeUci::answerTo(std::string_view command) const
 {
     constexpr std::string_view get = "get ";
-    if (!command.starts_with("uci get ") && !command.starts_with("uci -q get "))
+    if (!command.starts_with("uci get ") && !command.starts_with("uci -q get ")) {
         return std::nullopt;
+    }
     command.remove_prefix(command.find(get) + get.size());
     const auto found = values.find(command.substr(0, command.find(' ')));
-    if (found == values.end())
+    if (found == values.end()) {
         return FakeSystem::Answer{exitStatus(1), {}};
+    }
     return FakeSystem::Answer{0, found->second + "\n"};
 }

@@ -29,17 +29,21 @@ void forgetCalls()
 std::vector<std::string> callsTo(std::string_view name)
 {
     std::vector<std::string> found;
-    for (const Call& call : journal())
-        if (call.name == name)
+    for (const Call& call : journal()) {
+        if (call.name == name) {
             found.push_back(call.arguments);
+        }
+    }
     return found;
 }
 
 std::vector<std::string> orderOf(std::initializer_list<std::string_view> names)
 {
     std::vector<std::string> found;
-    for (const Call& call : journal())
-        if (std::find(names.begin(), names.end(), call.name) != names.end())
+    for (const Call& call : journal()) {
+        if (std::find(names.begin(), names.end(), call.name) != names.end()) {
             found.push_back(call.name + ": " + call.arguments);
+        }
+    }
     return found;
 }

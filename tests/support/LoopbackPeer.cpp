@@ -16,8 +16,9 @@ namespace
 template<typename Result>
 Result checked(Result result, const char* what)
 {
-    if (result == -1)
+    if (result == -1) {
         throw std::system_error(errno, std::generic_category(), what);
+    }
     return result;
 }
 
@@ -105,8 +106,9 @@ Bytes TcpPeer::receive(std::size_t count) const
 Bytes TcpPeer::receiveAll() const
 {
     Bytes all;
-    for (Bytes piece = receive(1); !piece.empty(); piece = receive(1))
+    for (Bytes piece = receive(1); !piece.empty(); piece = receive(1)) {
         all.push_back(piece.front());
+    }
     return all;
 }
 

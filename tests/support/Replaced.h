@@ -22,10 +22,11 @@ Result replacedMoving(const char* call, std::string arguments, Result failure, s
         errno = static_cast<int>(step.value);
         return failure;
     case Step::Kind::result:
-        if constexpr (std::is_pointer_v<Result>)
+        if constexpr (std::is_pointer_v<Result>) {
             return failure;
-        else
+        } else {
             return static_cast<Result>(step.value);
+        }
     case Step::Kind::limit:
         return limited(std::min(bytes, static_cast<std::size_t>(step.value)));
     case Step::Kind::pass:

@@ -11,18 +11,21 @@ namespace
 template<typename Integer>
 void append(Bytes& bytes, Integer value)
 {
-    for (std::size_t i = 0; i < sizeof value; ++i)
+    for (std::size_t i = 0; i < sizeof value; ++i) {
         bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    }
 }
 
 template<typename Integer>
 Integer take(std::span<const std::uint8_t>& rest)
 {
-    if (rest.size() < sizeof(Integer))
+    if (rest.size() < sizeof(Integer)) {
         throw std::out_of_range("the message is too short");
+    }
     Integer value = 0;
-    for (std::size_t i = 0; i < sizeof value; ++i)
+    for (std::size_t i = 0; i < sizeof value; ++i) {
         value = static_cast<Integer>(value | static_cast<Integer>(rest[i]) << (8 * i));
+    }
     rest = rest.subspan(sizeof value);
     return value;
 }
@@ -101,8 +104,9 @@ std::string textOf(std::span<const std::uint8_t> message)
 {
     std::span<const std::uint8_t> rest = message.subspan(SampleHeader::size);
     const auto count = take<std::uint32_t>(rest);
-    if (count == 0 || count != rest.size() || rest.back() != 0)
+    if (count == 0 || count != rest.size() || rest.back() != 0) {
         throw std::invalid_argument("no terminated text of the announced length");
+    }
     return {rest.begin(), rest.end() - 1};
 }
 
@@ -124,8 +128,9 @@ std::string hex(std::span<const std::uint8_t> bytes)
     constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i > 0 && i % 4 == 0)
+        if (i > 0 && i % 4 == 0) {
             text += ' ';
+        }
         text += digits[bytes[i] >> 4];
         text += digits[bytes[i] & 15];
     }

@@ -22,17 +22,20 @@ const Sandbox* current = nullptr;
 
 bool isCardName(std::string_view name)
 {
-    for (const std::string_view directory : cardDirectories)
-        if (name == directory || (name.starts_with(directory) && name[directory.size()] == '/'))
+    for (const std::string_view directory : cardDirectories) {
+        if (name == directory || (name.starts_with(directory) && name[directory.size()] == '/')) {
             return true;
+        }
+    }
     return false;
 }
 
 std::string makeRoot()
 {
     std::string name = (std::filesystem::temp_directory_path() / "tarveld-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
+    if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no directory can be made for the test");
+    }
     return name;
 }
 
@@ -40,8 +43,9 @@ std::string makeRoot()
 
 Sandbox::Sandbox() : root(makeRoot()), previousDirectory(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC))
 {
-    for (const std::string_view directory : cardDirectories)
+    for (const std::string_view directory : cardDirectories) {
         std::filesystem::create_directory(root + std::string(directory));
+    }
     std::filesystem::current_path(root);
     current = this;
 }
@@ -49,8 +53,9 @@ Sandbox::Sandbox() : root(makeRoot()), previousDirectory(open(".", O_RDONLY | O_
 Sandbox::~Sandbox()
 {
     current = nullptr;
-    if (fchdir(previousDirectory) != 0)
+    if (fchdir(previousDirectory) != 0) {
         std::perror("fchdir() failed after a test");
+    }
     close(previousDirectory);
     std::error_code ignored; // a directory left behind harms no other test
     std::filesystem::remove_all(root, ignored);
@@ -69,15 +74,17 @@ void Sandbox::write(std::string_view name, std::string_view content) const
     std::filesystem::create_directories(file.parent_path());
     std::ofstream stream(file, std::ios::binary);
     stream << content << std::flush;
-    if (!stream)
+    if (!stream) {
         throw std::runtime_error("cannot write " + file.string());
+    }
 }
 
 std::string Sandbox::read(std::string_view name) const
 {
     std::ifstream stream(path(name), std::ios::binary);
-    if (!stream)
+    if (!stream) {
         throw std::runtime_error("cannot read " + path(name));
+    }
     return (std::ostringstream() << stream.rdbuf()).str();
 }
 

@@ -53,8 +53,9 @@ void limitNext(std::string_view call, std::size_t bytes)
 
 void passNext(std::string_view call, int times)
 {
-    for (int i = 0; i < times; ++i)
+    for (int i = 0; i < times; ++i) {
         append(call, {});
+    }
 }
 
 void forgetScripts()
@@ -65,17 +66,20 @@ void forgetScripts()
 std::vector<std::string> unusedScripts()
 {
     std::vector<std::string> unused;
-    for (const auto& [call, script] : scripts())
-        if (!script.next.empty() || (script.always && !script.alwaysUsed))
+    for (const auto& [call, script] : scripts()) {
+        if (!script.next.empty() || (script.always && !script.alwaysUsed)) {
             unused.push_back(call);
+        }
+    }
     return unused;
 }
 
 Step nextStep(std::string_view call)
 {
     const auto found = scripts().find(call);
-    if (found == scripts().end())
+    if (found == scripts().end()) {
         return {};
+    }
     Script& script = found->second;
     if (script.next.empty()) {
         script.alwaysUsed = true;

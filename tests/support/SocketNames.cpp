@@ -30,9 +30,11 @@ constexpr std::array<Option, 9> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADD
 
 std::string nameOfOption(int level, int number)
 {
-    for (const Option& option : options)
-        if (option.level == level && option.number == number)
+    for (const Option& option : options) {
+        if (option.level == level && option.number == number) {
             return option.name;
+        }
+    }
     return std::to_string(level) + "/" + std::to_string(number);
 }
 
@@ -42,16 +44,18 @@ std::string nameOfSocketType(int type)
 {
     const int plain = type & ~(SOCK_CLOEXEC | SOCK_NONBLOCK);
     std::string name = plain == SOCK_STREAM ? "SOCK_STREAM" : "SOCK_DGRAM";
-    if ((type & SOCK_CLOEXEC) != 0)
+    if ((type & SOCK_CLOEXEC) != 0) {
         name += "|SOCK_CLOEXEC";
+    }
     return name;
 }
 
 std::string describeOption(int level, int option, const void* value, socklen_t length)
 {
     const std::string name = nameOfOption(level, option) + " ";
-    if (level == SOL_SOCKET && option == SO_BINDTODEVICE)
+    if (level == SOL_SOCKET && option == SO_BINDTODEVICE) {
         return name + std::string(static_cast<const char*>(value), strnlen(static_cast<const char*>(value), length));
+    }
     int number = 0;
     std::memcpy(&number, value, std::min<std::size_t>(length, sizeof number));
     return name + std::to_string(number);

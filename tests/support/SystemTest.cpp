@@ -11,7 +11,8 @@ SystemTest::SystemTest()
 
 SystemTest::~SystemTest()
 {
-    for (const std::string& call : unusedScripts())
+    for (const std::string& call : unusedScripts()) {
         ADD_FAILURE() << "the test told " << call << "() what to do, and it was not called";
+    }
     forgetScripts();
 }

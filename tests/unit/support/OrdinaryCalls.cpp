@@ -28,12 +28,14 @@ int runSystem(const char* command)
 std::string readPipe(const char* command)
 {
     FILE* pipe = popen(command, "r");
-    if (pipe == nullptr)
+    if (pipe == nullptr) {
         return "no pipe";
+    }
     std::string text;
     std::array<char, 16> piece{};
-    while (std::fgets(piece.data(), piece.size(), pipe) != nullptr)
+    while (std::fgets(piece.data(), piece.size(), pipe) != nullptr) {
         text += piece.data();
+    }
     return text + std::to_string(pclose(pipe));
 }
 
@@ -70,8 +72,9 @@ long sizeOf(const char* path)
 std::string readLine(const char* path)
 {
     FILE* file = std::fopen(path, "re");
-    if (file == nullptr)
+    if (file == nullptr) {
         return "cannot open";
+    }
     std::array<char, 1024> line{};
     const bool read = std::fgets(line.data(), line.size(), file) != nullptr;
     const bool closed = std::fclose(file) == 0;
@@ -95,8 +98,9 @@ int countEntries(const char* path)
 {
     dirent** entries = nullptr;
     const int count = scandir(path, &entries, nullptr, alphasort);
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
         std::free(entries[i]);
+    }
     std::free(entries);
     return count;
 }
