@@ -16,7 +16,7 @@
 namespace
 {
 
-constexpr std::array<std::string_view, 5> cardDirectories{"/etc", "/tmp", "/var", "/dev", "/lib"};
+constexpr std::array<std::string_view, 7> cardDirectories{"/etc", "/tmp", "/var", "/dev", "/lib", "/proc", "/sys"};
 
 const Sandbox* current = nullptr;
 
@@ -63,9 +63,15 @@ Sandbox::~Sandbox()
 
 std::string Sandbox::path(std::string_view name) const
 {
-    if (name.starts_with(root) || !isCardName(name))
+    if (holds(name) || !isCardName(name)) {
         return std::string(name);
+    }
     return root + std::string(name);
+}
+
+bool Sandbox::holds(std::string_view path) const
+{
+    return path.starts_with(root + "/") || path == root;
 }
 
 void Sandbox::write(std::string_view name, std::string_view content) const
@@ -100,11 +106,12 @@ void Sandbox::makeDirectory(std::string_view name) const
 
 std::string sandboxed(const char* name)
 {
-    if (current != nullptr)
-        return current->path(name);
-    if (isCardName(name)) {
-        std::fprintf(stderr, "%s would be touched on this machine: the test has no sandbox (use SystemTest)\n", name);
+    const std::string path = current != nullptr ? current->path(name) : name;
+    if (path.starts_with('/') && (current == nullptr || !current->holds(path))) {
+        std::fprintf(stderr, "%s would be touched on this machine: %s\n", name,
+                     current == nullptr ? "the test has no sandbox (use SystemTest)"
+                                        : "it is in no folder of the card");
         std::abort();
     }
-    return name;
+    return path;
 }

@@ -30,9 +30,16 @@ TEST_F(SandboxTest, RelativeNamesStayInside)
     EXPECT_EQ(sandbox.read("relative"), "text");
 }
 
+TEST_F(SandboxTest, ANameInNoFolderOfTheCardEndsTheTest)
+{
+    EXPECT_DEATH(ordinary::exists("/usr/bin/env"), "it is in no folder of the card");
+}
+
 TEST_F(SandboxTest, HoldsNothingOfThisMachine)
 {
     EXPECT_FALSE(ordinary::exists("/etc/passwd"));
+    EXPECT_FALSE(ordinary::exists("/proc/uptime"));
+    EXPECT_FALSE(ordinary::exists("/sys/class"));
 }
 
 TEST(SandboxLife, LeavesNothingBehind)
