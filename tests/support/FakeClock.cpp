@@ -52,6 +52,11 @@ extern "C" tm* fake_gmtime(const time_t* moment)
     return replaced("gmtime", std::to_string(*moment), static_cast<tm*>(nullptr), [&] { return std::gmtime(moment); });
 }
 
+extern "C" size_t fake_strftime(char* text, size_t size, const char* format, const tm* moment)
+{
+    return replaced("strftime", format, size_t{0}, [&] { return std::strftime(text, size, format, moment); });
+}
+
 extern "C" time_t fake_mktime(tm* fields)
 {
     return replaced("mktime", {}, time_t{-1}, [&] { return std::mktime(fields); });

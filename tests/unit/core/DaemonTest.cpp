@@ -212,6 +212,17 @@ TEST_F(DaemonTest, ClosesThePeerSocketBeforeTheServerSocket)
               (std::vector<std::string>{closed(first), closed(first + 1)}));
 }
 
+TEST_F(DaemonTest, CleansTheXmlLibraryUpBetweenTheLastSocketAndTheLastLine)
+{
+    live();
+    const std::vector<std::string> calls = orderOf({"close", "xmlCleanupParser", "log"});
+    ASSERT_GE(calls.size(), 4U);
+    EXPECT_EQ(calls[calls.size() - 4].substr(0, 7), "close: ");
+    EXPECT_EQ(calls[calls.size() - 3].substr(0, 5), "log: ");
+    EXPECT_EQ(std::vector<std::string>(calls.end() - 2, calls.end()),
+              (std::vector<std::string>{"xmlCleanupParser: ", "log: tarvel-daemon terminated unexpectedly!"}));
+}
+
 TEST_F(DaemonTest, ClosesTheLogLast)
 {
     live();

@@ -59,6 +59,16 @@ TEST_F(UtcDateTimeTest, FailsIfTheTimeCannotBeConverted)
                                                                 std::strerror(EOVERFLOW)}}));
 }
 
+TEST_F(UtcDateTimeTest, FailsIfTheTimeCannotBeFormatted)
+{
+    failNext("strftime", ERANGE);
+    std::string text = "before";
+    EXPECT_EQ(getUtcDateTime(text), -1);
+    EXPECT_EQ(text, "before");
+    EXPECT_EQ(log.lines(), (std::vector<CapturedLog::Line>{
+                               {LOG_WARNING, std::string("Formatting DateTime failed: ") + std::strerror(ERANGE)}}));
+}
+
 TEST_F(TimeReferenceGetTest, AnswersWithOneElementAndItsNul)
 {
     sandbox.write("/etc/rc.d/S65ntpd", "");
