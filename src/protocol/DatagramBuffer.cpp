@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "protocol/DatagramBuffer.h"
 
+#include "protocol/TextSection.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -79,29 +81,18 @@ std::span<std::byte> DatagramBuffer::sections()
 
 std::string_view DatagramBuffer::text() const
 {
-    if (header().payloadLength == 0 || length < textOffset) {
+    if (header().payloadLength == 0) {
         return {};
     }
-    const std::size_t count = hostCount(std::span(storage).subspan(headerSize));
-    const auto* start = reinterpret_cast<const char*>(storage.data()) + textOffset;
-    return {start, std::min(count, length - textOffset)};
+    const std::span<const std::byte> came = std::span(storage).first(std::max(length, headerSize));
+    return readTextSection(came.subspan(headerSize), CountOrder::host);
 }
 
 bool DatagramBuffer::setText(std::string_view text)
 {
-    if (text.size() + 1 > capacity - textOffset) {
+    if (!writeTextSection(std::span(storage).subspan(headerSize), text, CountOrder::host)) {
         return false;
     }
-    const auto count = static_cast<std::uint32_t>(text.size() + 1);
-    std::byte* start = storage.data() + textOffset;
-    std::memcpy(storage.data() + headerSize, &count, sectionCountSize);
-    std::memcpy(start, text.data(), text.size());
-    start[text.size()] = std::byte{0};
-    length = textOffset + count;
+    length = headerSize + textSectionSize(text.size());
     return true;
-}
-
-std::uint32_t DatagramBuffer::payloadLengthOf(std::string_view text)
-{
-    return static_cast<std::uint32_t>(sectionCountSize + text.size() + 1);
 }

@@ -35,13 +35,10 @@ public:
     [[nodiscard]] std::string_view text() const;
 
     // Writes `text` with its terminating NUL as the only section. False, with nothing changed, if it does not fit.
-    // The caller builds the header, with the payload length payloadLengthOf(text).
+    // The caller builds the header, with the payload length textSectionSize(text.size()).
     [[nodiscard]] bool setText(std::string_view text);
-    [[nodiscard]] static std::uint32_t payloadLengthOf(std::string_view text);
 
 private:
-    static constexpr std::size_t textOffset = headerSize + sectionCountSize;
-
     alignas(MessageHeader) std::array<std::byte, capacity> storage = {};
     std::size_t length = 0;
 };

@@ -2,13 +2,14 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "protocol/Message.h"
 
+#include "protocol/TextSection.h"
 #include "util/BoundedText.h"
 
 std::uint32_t Message::setText(std::span<char> buffer, std::string_view text)
 {
-    section8.count = static_cast<std::uint32_t>(copyText(buffer, text)) + 1;
-    section8.data = buffer.data();
-    return static_cast<std::uint32_t>(sizeof section8.count) + section8.count;
+    const std::size_t kept = copyText(buffer, text);
+    section8 = {textCount(kept), buffer.data()};
+    return textSectionSize(kept);
 }
 
 void swapSections(Message& message)

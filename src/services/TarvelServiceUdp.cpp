@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceUdp.h"
 
+#include "protocol/TextSection.h"
 #include "services/Envelope.h"
 #include "util/LibUtils.h"
 #include "util/Log.h"
@@ -107,6 +108,6 @@ int TarvelServiceUdp::broadcastText(std::string_view text)
         logWarning("Reply of %zu characters does not fit into a datagram", text.size());
         return refuse();
     }
-    buildTextReply(datagram->header(), datagram->header(), DatagramBuffer::payloadLengthOf(text));
+    buildTextReply(datagram->header(), datagram->header(), textSectionSize(text.size()));
     return broadcast();
 }

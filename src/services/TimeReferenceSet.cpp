@@ -2,12 +2,12 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceTcp.h"
 
+#include "protocol/TextSection.h"
 #include "services/TimeReferenceMessages.h"
 #include "services/XmlReader.h"
 #include "timesettings/TimeReference.h"
 #include "util/Log.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <ctime>
@@ -120,8 +120,7 @@ int TarvelServiceTcp::processTimeReferenceSet(const MessageHeader& request)
         return -1;
     }
 
-    // Zeroed, so that a payload too short for a count has a count of its own bytes and zeros.
-    std::array<std::byte, maxPayload> payload = {};
+    std::array<std::byte, maxPayload> payload;
     const std::span<std::byte> received = std::span(payload).first(request.payloadLength);
     const int result = peer->receive(received);
     if (result == 0) {
@@ -132,10 +131,7 @@ int TarvelServiceTcp::processTimeReferenceSet(const MessageHeader& request)
         return -1;
     }
 
-    const std::size_t available = received.size() - std::min<std::size_t>(received.size(), sectionCountSize);
-    const std::size_t count = readLittle32(std::span(payload).first<sectionCountSize>());
-    const auto* text = reinterpret_cast<const char*>(payload.data()) + sectionCountSize;
-    if (parseTimeReferenceConfiguration(std::string(text, std::min(count, available))) == -1) {
+    if (parseTimeReferenceConfiguration(std::string(readTextSection(received, CountOrder::wire))) == -1) {
         return sendFailureReply(request);
     }
     return sendStatus(request, Status::success);

@@ -102,11 +102,6 @@ TEST(DatagramBufferTest, WritesATextWithItsNulAndCountsIt)
     EXPECT_STREQ(reinterpret_cast<const char*>(buffer.sections().data()) + 4, "0123456789");
 }
 
-TEST(DatagramBufferTest, HasAPayloadOfFiveBytesMoreThanTheText)
-{
-    EXPECT_EQ(DatagramBuffer::payloadLengthOf("0123456789"), 15U);
-}
-
 TEST(DatagramBufferTest, TakesATextThatJustFits)
 {
     DatagramBuffer buffer;

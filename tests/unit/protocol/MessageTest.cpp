@@ -55,6 +55,7 @@ TEST(MessageTest, EncodesA64BitSection)
     swapSections(message);
     EXPECT_EQ(hex(memoryOf(elements.data(), sizeof elements)), "08070605 04030201 18171615 14131211");
     EXPECT_EQ(hex(memoryOf(&message.section64.count, 4)), "10000000");
+    EXPECT_EQ(message.section64.data, elements.data());
 }
 
 TEST(MessageTest, EncodesA32BitSection)
@@ -66,6 +67,7 @@ TEST(MessageTest, EncodesA32BitSection)
     swapSections(message);
     EXPECT_EQ(hex(memoryOf(elements.data(), sizeof elements)), "04030201 14131211");
     EXPECT_EQ(hex(memoryOf(&message.section32.count, 4)), "08000000");
+    EXPECT_EQ(message.section32.data, elements.data());
 }
 
 TEST(MessageTest, EncodesA16BitSection)
@@ -77,6 +79,7 @@ TEST(MessageTest, EncodesA16BitSection)
     swapSections(message);
     EXPECT_EQ(hex(memoryOf(elements.data(), sizeof elements)), "02011211");
     EXPECT_EQ(hex(memoryOf(&message.section16.count, 4)), "04000000");
+    EXPECT_EQ(message.section16.data, elements.data());
 }
 
 TEST(MessageTest, EncodesOnlyTheCountOfAn8BitSection)
