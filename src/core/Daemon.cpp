@@ -3,6 +3,7 @@
 #include "core/Daemon.h"
 
 #include "core/EventLoop.h"
+#include "protocol/Commands.h"
 #include "services/TarvelServiceTcp.h"
 #include "services/TarvelServiceUdp.h"
 #include "services/XmlReader.h"
@@ -21,12 +22,22 @@ constexpr const char* ident = "tarveld";
 constexpr const char* build = "SVN revision: 1795:4041";
 constexpr const char* workingDirectory = "/tmp/upgrade"; // a firmware upload is stored here by relative name
 
-constexpr ServiceConfig tcpConfig = {
-    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 0, .deviceName = nullptr, .broadcast = 0};
-constexpr ServiceConfig firstUdpConfig = {
-    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 1, .deviceName = "eth0", .broadcast = 1};
-constexpr ServiceConfig secondUdpConfig = {
-    .port = 50003, .deviceNumber = 5, .serviceNumber = 4, .bindDevice = 1, .deviceName = "eth1", .broadcast = 1};
+constexpr ServiceConfig tcpConfig = {.port = cardPort,
+                                     .deviceNumber = cardDevice,
+                                     .serviceNumber = cardService,
+                                     .bindDevice = 0,
+                                     .deviceName = nullptr,
+                                     .broadcast = 0};
+
+constexpr ServiceConfig udpConfig(const char* device)
+{
+    return {.port = cardPort,
+            .deviceNumber = cardDevice,
+            .serviceNumber = cardService,
+            .bindDevice = 1,
+            .deviceName = device,
+            .broadcast = 1};
+}
 
 bool enterWorkingDirectory()
 {
@@ -48,8 +59,8 @@ bool enterWorkingDirectory()
 void serve(TarvelServiceTcp& tcp, TarvelServiceUdp& udpFirst, TarvelServiceUdp& udpSecond)
 {
     tcp.open(tcpConfig);
-    udpFirst.open(firstUdpConfig);
-    udpSecond.open(secondUdpConfig);
+    udpFirst.open(udpConfig("eth0"));
+    udpSecond.open(udpConfig("eth1"));
 
     runEventLoop(tcp, udpFirst, udpSecond);
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceTcp.h"
 
+#include "protocol/Commands.h"
 #include "util/File.h"
 #include "util/LibUtils.h"
 #include "util/Log.h"
@@ -14,7 +15,6 @@
 namespace
 {
 
-constexpr std::uint16_t upgradeCommand = 8; // the other one only unpacks
 constexpr const char* archiveName = "firmware.tar.gz";
 constexpr const char* unpackDirectory = "/tmp/upgrade";
 constexpr const char* upgradeScript = "/lib/upgrade/fwupgrade";
@@ -79,7 +79,7 @@ int TarvelServiceTcp::processFwUpload(const MessageHeader& request)
     }
     deleteArchive();
 
-    if (request.commandId == upgradeCommand) {
+    if (static_cast<CommandId>(request.commandId) == CommandId::firmwareUpgrade) {
         logInfo("Upgrade process starting...");
         // On purpose before the upgrade, which may take the card down.
         sendStatus(request, Status::success);

@@ -2,23 +2,25 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceTcp.h"
 
+#include "protocol/Commands.h"
+
 #include <array>
 
 namespace
 {
 
 struct Command {
-    std::uint16_t id;
+    CommandId id;
     int (TarvelServiceTcp::*handle)(const MessageHeader& request);
 };
 
-constexpr std::array<Command, 5> commands = {{
-    {1, &TarvelServiceTcp::processVersions},
-    {7, &TarvelServiceTcp::processFwUpload},
-    {8, &TarvelServiceTcp::processFwUpload},
-    {16, &TarvelServiceTcp::processTimeReferenceGet},
-    {17, &TarvelServiceTcp::processTimeReferenceSet},
-}};
+constexpr auto commands = std::to_array<Command>({
+    {CommandId::versions, &TarvelServiceTcp::processVersions},
+    {CommandId::firmwareUpload, &TarvelServiceTcp::processFwUpload},
+    {CommandId::firmwareUpgrade, &TarvelServiceTcp::processFwUpload},
+    {CommandId::timeReferenceGet, &TarvelServiceTcp::processTimeReferenceGet},
+    {CommandId::timeReferenceSet, &TarvelServiceTcp::processTimeReferenceSet},
+});
 
 } // namespace
 
@@ -30,7 +32,7 @@ void TarvelServiceTcp::dispatch()
         return;
     }
     for (const Command& command : commands) {
-        if (command.id == header.commandId) {
+        if (command.id == static_cast<CommandId>(header.commandId)) {
             (this->*command.handle)(header);
             return;
         }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceUdp.h"
 
+#include "protocol/Commands.h"
 #include "protocol/TextSection.h"
 #include "services/Envelope.h"
 #include "util/LibUtils.h"
@@ -13,15 +14,15 @@ namespace
 {
 
 struct Command {
-    std::uint16_t id;
+    CommandId id;
     int (TarvelServiceUdp::*handle)();
 };
 
-constexpr std::array<Command, 3> commands = {{
-    {4, &TarvelServiceUdp::handleIpConfigSet},
-    {9, &TarvelServiceUdp::handleRebootCard},
-    {3, &TarvelServiceUdp::handleIpConfigGet},
-}};
+constexpr auto commands = std::to_array<Command>({
+    {CommandId::ipConfigSet, &TarvelServiceUdp::handleIpConfigSet},
+    {CommandId::reboot, &TarvelServiceUdp::handleRebootCard},
+    {CommandId::ipConfigGet, &TarvelServiceUdp::handleIpConfigGet},
+});
 
 } // namespace
 
@@ -42,7 +43,7 @@ int TarvelServiceUdp::processDatagram()
         return result;
     }
     for (const Command& command : commands) {
-        if (command.id == header.commandId) {
+        if (command.id == static_cast<CommandId>(header.commandId)) {
             return (this->*command.handle)();
         }
     }

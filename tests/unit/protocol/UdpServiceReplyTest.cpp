@@ -104,6 +104,16 @@ TEST_F(UdpServiceUnknownCommandTest, IsAnsweredToTheSenderWithStatus6)
     EXPECT_EQ(callsTo("sendto"), (std::vector<std::string>{"20 127.0.0.1:" + std::to_string(requester.port())}));
 }
 
+TEST_F(UdpServiceUnknownCommandTest, IsLoggedBeforeItIsAnswered)
+{
+    receive(SampleHeader{.commandId = 0x0042}.bytes());
+    forgetCalls();
+    service.handleUnknownCommand(service.datagram->header());
+    EXPECT_EQ(orderOf({"log", "sendto"}),
+              (std::vector<std::string>{"log: Unknown command ID: 0x42",
+                                        "sendto: 20 127.0.0.1:" + std::to_string(requester.port())}));
+}
+
 TEST_F(UdpServiceUnknownCommandTest, FailsIfTheReplyCannotBeSent)
 {
     receive(SampleHeader{.commandId = 0x0042}.bytes());
