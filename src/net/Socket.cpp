@@ -28,7 +28,7 @@ void Socket::close()
     }
     if (::close(fd) == -1) {
         logErrno("Failed to close socket (%d)", fd);
-        return;
+        return; // whether it is still open nobody knows, so it stays noted
     }
     logInfo("Socket (%d) successfully closed", fd);
     fd = -1;
@@ -73,6 +73,8 @@ int Socket::parseAddress(const char* text, std::uint32_t& out)
 
 void Socket::bindTo(std::uint16_t port, std::uint32_t localAddress, const char* device)
 {
+    // The UDP sockets share a port until each is bound to its device, and a daemon that starts again finds the
+    // connections of the one before still lingering.
     if (setReuseAddress(1) == -1) {
         failSetup("Setting server socket option failed");
     }

@@ -67,8 +67,11 @@ void TcpSocket::enableKeepAlive()
     constexpr int idleSeconds = 60;
     constexpr int intervalSeconds = 10;
     constexpr int probes = 3;
+    // Probes wait until what was sent is acknowledged, and retransmissions go on for a quarter of an hour.
+    constexpr int unacknowledgedMilliseconds = 90'000;
     setOption(SOL_SOCKET, SO_KEEPALIVE, 1);
     setOption(IPPROTO_TCP, TCP_KEEPIDLE, idleSeconds);
     setOption(IPPROTO_TCP, TCP_KEEPINTVL, intervalSeconds);
     setOption(IPPROTO_TCP, TCP_KEEPCNT, probes);
+    setOption(IPPROTO_TCP, TCP_USER_TIMEOUT, unacknowledgedMilliseconds);
 }

@@ -24,7 +24,7 @@ public:
     // REQUIRES: SIGPIPE is ignored.
     int send(const void* buffer, int length, int flags);
 
-    // Lets the kernel probe a silent peer, so that one that vanished without a word does not hold the connection
-    // for ever. Silent, and as good as the system allows.
+    // Lets the kernel probe a silent peer and give up one that takes nothing of a reply, so that one that vanished
+    // without a word holds the connection for a minute and a half. Silent, and as good as the system allows.
     void enableKeepAlive();
 };

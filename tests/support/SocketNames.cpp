@@ -18,15 +18,16 @@ struct Option {
     const char* name;
 };
 
-constexpr std::array<Option, 9> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
-                                         {SOL_SOCKET, SO_BROADCAST, "SO_BROADCAST"},
-                                         {SOL_SOCKET, SO_DONTROUTE, "SO_DONTROUTE"},
-                                         {SOL_SOCKET, SO_KEEPALIVE, "SO_KEEPALIVE"},
-                                         {SOL_SOCKET, SO_BINDTODEVICE, "SO_BINDTODEVICE"},
-                                         {IPPROTO_TCP, TCP_NODELAY, "TCP_NODELAY"},
-                                         {IPPROTO_TCP, TCP_KEEPIDLE, "TCP_KEEPIDLE"},
-                                         {IPPROTO_TCP, TCP_KEEPINTVL, "TCP_KEEPINTVL"},
-                                         {IPPROTO_TCP, TCP_KEEPCNT, "TCP_KEEPCNT"}}};
+constexpr std::array<Option, 10> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
+                                          {SOL_SOCKET, SO_BROADCAST, "SO_BROADCAST"},
+                                          {SOL_SOCKET, SO_DONTROUTE, "SO_DONTROUTE"},
+                                          {SOL_SOCKET, SO_KEEPALIVE, "SO_KEEPALIVE"},
+                                          {SOL_SOCKET, SO_BINDTODEVICE, "SO_BINDTODEVICE"},
+                                          {IPPROTO_TCP, TCP_NODELAY, "TCP_NODELAY"},
+                                          {IPPROTO_TCP, TCP_KEEPIDLE, "TCP_KEEPIDLE"},
+                                          {IPPROTO_TCP, TCP_KEEPINTVL, "TCP_KEEPINTVL"},
+                                          {IPPROTO_TCP, TCP_KEEPCNT, "TCP_KEEPCNT"},
+                                          {IPPROTO_TCP, TCP_USER_TIMEOUT, "TCP_USER_TIMEOUT"}}};
 
 std::string nameOfOption(int level, int number)
 {

@@ -216,6 +216,11 @@ TEST_F(TcpSocketKeepAliveTest, ThreeProbesTenSecondsApartDecide)
     EXPECT_EQ(keepAliveOptionOf(peer, TCP_KEEPCNT), 3);
 }
 
+TEST_F(TcpSocketKeepAliveTest, AReplyThatIsNotAcknowledgedEndsTheConnectionAfterAMinuteAndAHalf)
+{
+    EXPECT_EQ(keepAliveOptionOf(peer, TCP_USER_TIMEOUT), 90000);
+}
+
 TEST_F(TcpSocketKeepAliveTest, ASystemThatRefusesProbesIsNotWorthAMessage)
 {
     failAlways("setsockopt", ENOPROTOOPT);
