@@ -5,7 +5,6 @@
 #include "util/File.h"
 #include "util/Report.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string_view>
@@ -13,23 +12,32 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+namespace
+{
+
+constexpr std::size_t lineSize = 1024; // with the terminating NUL
+
+} // namespace
+
 int LibUtils::readFirstLine(std::string& value, const std::string& path)
 {
-    File file(path.c_str(), "re");
+    std::array<char, lineSize> buffer; // outlives the stream, and spares it memory and a look at the file's block size
+    File file(path.c_str(), "r");
     if (!file) {
         reportErrno("fopen() failed: ");
         return -1;
     }
+    file.useBuffer(buffer);
 
     int result = 0;
-    std::array<char, 1024> line;
+    std::array<char, lineSize> line;
     errno = 0; // fgets() leaves it alone at the end of an empty file
     if (std::fgets(line.data(), static_cast<int>(line.size()), file.get()) == nullptr) {
         reportErrno("fgets() failed or file is empty: ");
         result = -1;
     } else {
-        value = line.data();
-        value.erase(std::min(value.find('\n'), value.size()));
+        const std::string_view text = line.data();
+        value = text.substr(0, text.find('\n'));
     }
 
     // On purpose: a file that was read well stays well read.

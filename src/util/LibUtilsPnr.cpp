@@ -34,23 +34,23 @@ bool readBlock(std::FILE* flash, std::span<char> block)
     return false;
 }
 
-// Cuts `value` down to the text between the first "PNR=" and the next NUL.
-int cutPartNumber(std::string& value)
+// Makes `value` the text between the first "PNR=" of the block and the next NUL.
+int cutPartNumber(std::string_view block, std::string& value)
 {
     constexpr std::string_view mark = "PNR=";
-    const std::size_t start = value.find(mark);
-    if (start == std::string::npos) {
+    const std::size_t start = block.find(mark);
+    if (start == std::string_view::npos) {
         reportFailure("Bootloader PNR doesn't exist");
         return 0;
     }
-    value.erase(0, start + mark.size());
+    block.remove_prefix(start + mark.size());
 
-    const std::size_t end = value.find('\0');
-    if (end == std::string::npos) {
+    const std::size_t end = block.find('\0');
+    if (end == std::string_view::npos) {
         reportFailure("Bootloader PNR string is not bounded");
         return -1;
     }
-    value.erase(end);
+    value = block.substr(0, end);
     return 1;
 }
 
@@ -70,17 +70,17 @@ struct Free {
 
 int LibUtils::readBootloaderPnr(std::string& value)
 {
-    File flash("/dev/mtd0ro", "rbe");
+    File flash("/dev/mtd0ro", "rb");
     if (!flash) {
         reportErrno("fopen() FAILED: ");
         return -1;
     }
+    flash.useBuffer({}); // one block is read, and nothing after it
 
     int result = -1;
     std::array<char, 1024> block;
     if (readBlock(flash.get(), block)) {
-        value.assign(block.data(), block.size());
-        result = cutPartNumber(value);
+        result = cutPartNumber({block.data(), block.size()}, value);
     }
 
     if (flash.close() != 0) {

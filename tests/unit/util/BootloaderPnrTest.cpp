@@ -171,13 +171,6 @@ TEST_F(BootloaderPnrTest, TheDeviceIsClosedAfterAFailure)
     EXPECT_EQ(callsTo("fclose").size(), 1U);
 }
 
-TEST_F(BootloaderPnrTest, TheDeviceIsKeptFromShellCommands)
-{
-    writeFlash(200, sample);
-    read();
-    EXPECT_EQ(callsTo("fopen"), Texts{"/dev/mtd0ro rbe"});
-}
-
 TEST_F(BootloaderPnrTest, TheBlockIsReadInOnePiece)
 {
     writeFlash(200, sample);

@@ -5,10 +5,13 @@
 
 #include "support/SystemTest.h"
 
+#include <array>
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 // The calls in this header are compiled into the test and not redirected, so names are those of the sandbox.
 using FileTest = SystemTest;
@@ -69,4 +72,23 @@ TEST_F(FileTest, TheModeLetterKeepsTheDescriptorFromShellCommands)
     sandbox.write("/tmp/file", "text");
     const File file(sandbox.path("/tmp/file").c_str(), "re");
     EXPECT_EQ(fcntl(fileno(file.get()), F_GETFD), FD_CLOEXEC);
+}
+
+TEST_F(FileTest, AGivenBufferIsReadInto)
+{
+    sandbox.write("/tmp/file", "text");
+    std::array<char, 8> buffer = {};
+    File file(sandbox.path("/tmp/file").c_str(), "r");
+    file.useBuffer(buffer);
+    EXPECT_EQ(std::fgetc(file.get()), 't');
+    EXPECT_EQ(std::string_view(buffer.data(), 4), "text");
+}
+
+TEST_F(FileTest, WithAnEmptyBufferNoMoreIsReadThanWasAskedFor)
+{
+    sandbox.write("/tmp/file", "text");
+    File file(sandbox.path("/tmp/file").c_str(), "r");
+    file.useBuffer({});
+    EXPECT_EQ(std::fgetc(file.get()), 't');
+    EXPECT_EQ(lseek(fileno(file.get()), 0, SEEK_CUR), 1);
 }

@@ -146,12 +146,6 @@ TEST_F(LibUtilsFilesTest, ReadFirstLineClosesTheFileAfterAFailedRead)
     EXPECT_EQ(callsTo("fclose").size(), 1U);
 }
 
-TEST_F(LibUtilsFilesTest, ReadFirstLineKeepsItsFileFromShellCommands)
-{
-    firstLineOf(sandbox, "text\n");
-    EXPECT_EQ(callsTo("fopen"), Texts{"/tmp/file re"});
-}
-
 TEST_F(LibUtilsFilesTest, ReadFirstLineNeverLogs)
 {
     CapturedOutput output;
