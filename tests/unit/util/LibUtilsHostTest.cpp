@@ -12,7 +12,25 @@
 #include <unistd.h>
 
 using LibUtilsHostTest = SystemTest;
-using DaemonizeTest = SystemTest;
+
+class DaemonizeTest : public SystemTest
+{
+protected:
+    // Of the child that daemonize() goes on in. It runs in a process of its own, which must get to its own end: one
+    // that daemonize() ended would take the whole test program along, with a status that counts as success.
+    template<typename Expectation>
+    static void expectOfChild(Expectation isAsExpected)
+    {
+        constexpr int goesOn = 42;
+        EXPECT_EXIT(
+            {
+                returnNext("fork", 0);
+                returnNext("setsid", 1);
+                _exit(isAsExpected() ? goesOn : 1);
+            },
+            testing::ExitedWithCode(goesOn), "");
+    }
+};
 
 static_assert(std::has_virtual_destructor_v<LibUtils>);
 
@@ -137,21 +155,20 @@ TEST_F(DaemonizeTest, TheParentEndsWithZeroAndSaysNothing)
 
 TEST_F(DaemonizeTest, TheChildSaysOnStandardOutputThatItIsADaemon)
 {
-    returnNext("fork", 0);
-    returnNext("setsid", 1);
-    CapturedOutput output;
-    LibUtils::daemonize();
-    EXPECT_EQ(output.out(), "Process is now running as a daemon\n");
-    EXPECT_EQ(output.err(), "");
+    expectOfChild([] {
+        CapturedOutput output;
+        LibUtils::daemonize();
+        return output.out() == "Process is now running as a daemon\n" && output.err().empty();
+    });
 }
 
 TEST_F(DaemonizeTest, TheChildKeepsItsDirectoryAndDescriptors)
 {
-    returnNext("fork", 0);
-    returnNext("setsid", 1);
-    CapturedOutput output;
-    LibUtils::daemonize();
-    EXPECT_EQ(orderOf({"fork", "setsid", "chdir", "open", "close", "fopen", "system"}), (Texts{"fork: ", "setsid: "}));
+    expectOfChild([] {
+        const CapturedOutput output;
+        LibUtils::daemonize();
+        return orderOf({"fork", "setsid", "chdir", "open", "close", "fopen", "system"}) == Texts{"fork: ", "setsid: "};
+    });
 }
 
 TEST_F(DaemonizeTest, TheChildLeadsASessionOfItsOwn)

@@ -6,7 +6,11 @@
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
 
+#include <array>
 #include <cerrno>
+
+#include <sys/socket.h>
+#include <unistd.h>
 
 using ReportTest = SystemTest;
 
@@ -32,6 +36,24 @@ TEST_F(ReportTest, AFailedCallIsALineOnStandardErrorThatEndsInTheTextOfErrno)
     errno = EACCES;
     reportErrno("open() failed: ");
     EXPECT_EQ(output.err(), errorText("open() failed: ", EACCES) + "\n");
+}
+
+// A socket keeps what was written at once apart from what was written next.
+TEST_F(ReportTest, AFailureIsWrittenInOnePiece)
+{
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()), 0);
+    const int standardError = dup(STDERR_FILENO);
+    dup2(ends[0], STDERR_FILENO);
+    reportFailure("not found");
+    dup2(standardError, STDERR_FILENO);
+
+    std::array<char, 100> piece = {};
+    EXPECT_EQ(read(ends[1], piece.data(), piece.size()), 10);
+    EXPECT_STREQ(piece.data(), "not found\n");
+    for (const int descriptor : {standardError, ends[0], ends[1]}) {
+        close(descriptor);
+    }
 }
 
 TEST_F(ReportTest, NothingIsLogged)
