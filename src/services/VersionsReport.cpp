@@ -16,49 +16,66 @@ constexpr std::string_view opening = "<Versions>\n";
 constexpr std::string_view closing = "</Versions>";
 constexpr std::size_t bufferSize = 2048; // with the terminating NUL
 
-struct Component {
-    std::string id;
-    std::string version;
+// The text of the report, made in place. What does not fit any more is left out, with all that comes after it.
+class Report
+{
+public:
+    Report()
+    {
+        text.reserve(bufferSize);
+        text = opening;
+    }
+
+    void add(std::string_view id, std::string_view version)
+    {
+        if (full) {
+            return;
+        }
+        const std::size_t complete = text.size();
+        appendComponentLine(text, id, version);
+        full = text.size() + closing.size() >= bufferSize;
+        if (full) {
+            text.resize(complete);
+            logWarning("Versions report is full: %s and all components after it are left out", std::string(id).c_str());
+        }
+    }
+
+    const std::string& finish() { return text += closing; }
+
+private:
+    std::string text;
+    bool full = false;
 };
 
-void addFixedComponents(std::vector<Component>& components)
+void addFixedComponents(Report& report, std::string& version)
 {
-    std::string version;
     if (LibUtils::readFirstLine(version, "/tmp/drav_pnr_assy") == 0) {
-        components.push_back({"DravHardware", version});
+        report.add("DravHardware", version);
     }
     if (LibUtils::readFirstLine(version, "/tmp/vemk_pnr_assy") == 0) {
-        components.push_back({"VemkHardware", version});
+        report.add("VemkHardware", version);
     }
     if (LibUtils::readBootloaderPnr(version) == 1) {
-        components.push_back({"BootLoader", version});
+        report.add("BootLoader", version);
     }
     if (LibUtils::readBaseSystemVersion(version) == 1) {
-        components.push_back({"BaseSystem", version});
+        report.add("BaseSystem", version);
     }
 }
 
-void addInstalledComponents(std::vector<Component>& components)
+void addInstalledComponents(Report& report, std::string& version)
 {
     std::vector<std::string> names;
     if (LibUtils::listPnrFiles(names) < 1) {
         return;
     }
+    std::string path;
     for (const std::string& name : names) {
-        std::string path = name;
-        std::string version;
+        path = name;
         if (LibUtils::readPnrFile(path, version) == 1) {
-            components.push_back({name, version});
+            report.add(name, version);
         }
     }
-}
-
-std::vector<Component> readComponents()
-{
-    std::vector<Component> components;
-    addFixedComponents(components);
-    addInstalledComponents(components);
-    return components;
 }
 
 } // namespace
@@ -74,18 +91,11 @@ void appendComponentLine(std::string& text, std::string_view id, std::string_vie
 
 int TarvelServiceTcp::processVersions(const MessageHeader& request)
 {
-    std::string text(opening);
-    for (const Component& component : readComponents()) {
-        const std::size_t complete = text.size();
-        appendComponentLine(text, component.id, component.version);
-        if (text.size() + closing.size() >= bufferSize) {
-            text.resize(complete);
-            logWarning("Versions report is full: %s and all components after it are left out", component.id.c_str());
-            break;
-        }
-    }
-    text += closing;
+    Report report;
+    std::string version;
+    addFixedComponents(report, version);
+    addInstalledComponents(report, version);
 
     std::array<char, bufferSize> buffer;
-    return sendText(request, buffer, text);
+    return sendText(request, buffer, report.finish());
 }
