@@ -96,6 +96,8 @@ int TcpService::sendMessage(Message& message)
     header.messageFormat &= static_cast<std::uint8_t>(~rawSectionsFlag);
     const std::uint8_t format = header.payloadLength == 0 ? std::uint8_t{0} : header.messageFormat;
 
+    // The pieces are collected while the counts can still be read, and only then is everything converted in place:
+    // a piece points to its bytes, so it sends what stands there in the end.
     Pieces pieces;
     pieces.add(&header, headerSize);
     const auto addSection = [&](std::uint8_t formatBit, const Section& section) {
@@ -114,7 +116,7 @@ int TcpService::sendMessage(Message& message)
     }
     swapHeaderWords(header);
     pieces.sendTo(*peer);
-    swapHeaderWords(header);
+    swapHeaderWords(header); // the caller's again
     return 0;
 }
 

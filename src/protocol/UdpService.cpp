@@ -58,6 +58,8 @@ int UdpService::checkHeader(const MessageHeader& header)
         return -1;
     }
 
+    // Every card on the network hears a broadcast: those that it is not for must not answer, nor take each other's
+    // answers for requests.
     const bool otherDevice = header.device != config.deviceNumber;
     const bool reply = (header.commandId & replyFlag) != 0;
     if (otherDevice) {
@@ -78,6 +80,7 @@ int UdpService::sendDatagram(std::uint32_t address, std::uint16_t port)
 
     MessageHeader& header = datagram->header();
     header.messageFormat &= static_cast<std::uint8_t>(~rawSectionsFlag);
+    // What the header says is needed until its words are converted, so they come last.
     const std::size_t size = headerSize + header.payloadLength;
     if (header.payloadLength != 0) {
         encodeDatagramSections(header.messageFormat, datagram->sections());

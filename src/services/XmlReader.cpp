@@ -4,6 +4,7 @@
 
 #include "util/Log.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <libxml/parser.h>
@@ -93,6 +94,8 @@ std::string XmlReader::lastError()
     while (message.ends_with('\n')) {
         message.pop_back();
     }
+    // Some versions tell the bytes that are no UTF-8 on a second line.
+    std::replace(message.begin(), message.end(), '\n', ' ');
     return message;
 }
 

@@ -13,10 +13,10 @@ class TimeSettingsError : public std::runtime_error
 public:
     using std::runtime_error::runtime_error;
 
-    // `text` directly followed by the text of errno.
-    static TimeSettingsError fromErrno(const std::string& text)
+    // `text` directly followed by the text of errno, which is read before anything else can change it.
+    static TimeSettingsError fromErrno(const char* text)
     {
-        const char* cause = std::strerror(errno);
-        return TimeSettingsError(text + cause);
+        const int reason = errno;
+        return TimeSettingsError(std::string(text) + std::strerror(reason));
     }
 };

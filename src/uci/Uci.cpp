@@ -30,6 +30,7 @@ int Uci::Execute(const std::string& args)
         reportProgress("Executing: " + command);
     }
 
+    // Nothing but the whole status 0 is success: a tool that a signal killed has changed nothing for certain.
     const int status = runShell(command);
     if (status == -1) {
         reportErrno("system() FAILED: ");
@@ -46,6 +47,7 @@ int Uci::Execute(const std::string& args)
 
 int Uci::Get(const std::string& key, std::string& value)
 {
+    // Through a file: the shell gives nothing back but a status.
     if (Execute("get " + key + " > " + outputFile) == -1) {
         return -1;
     }

@@ -4,9 +4,11 @@
 #include "support/SystemTest.h"
 #include "unit/services/NoXmlMemory.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 
+#include <libxml/xmlerror.h>
 #include <syslog.h>
 
 namespace
@@ -97,6 +99,19 @@ TEST_F(XmlReaderTest, LogsAFailedReadOnOneLine)
     EXPECT_TRUE(log.texts().front().starts_with("xmlTextReaderRead() failed: "));
     EXPECT_EQ(log.texts().front().find('\n'), std::string::npos);
     EXPECT_GT(log.texts().front().size(), std::string("xmlTextReaderRead() failed: ").size());
+}
+
+TEST_F(XmlReaderTest, TellsAnErrorOfTwoLinesOnOne)
+{
+    XmlReader reader("<a b=\"\xFF\"/>"); // libxml2 up to 2.12 lists the bytes on a line of their own
+    EXPECT_EQ(reader.read(), -1);
+    EXPECT_EQ(XmlReader::lastError().find('\n'), std::string::npos);
+    EXPECT_EQ(log.texts(), Texts{"xmlTextReaderRead() failed: " + XmlReader::lastError()});
+    std::string told = xmlGetLastError()->message;
+    ASSERT_EQ(told.back(), '\n');
+    told.pop_back();
+    std::replace(told.begin(), told.end(), '\n', ' ');
+    EXPECT_EQ(XmlReader::lastError(), told);
 }
 
 TEST_F(XmlReaderTest, ForgetsTheErrorOfAnEarlierDocument)
