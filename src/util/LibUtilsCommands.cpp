@@ -38,7 +38,7 @@ int LibUtils::executeCommand(const std::string& command)
 
 int LibUtils::executeCommandOutput(const std::string& command, std::string& output)
 {
-    std::FILE* pipe = popen(command.c_str(), "r"); // NOLINT(cert-env33-c)
+    std::FILE* pipe = popen(shellText(command).c_str(), "r"); // NOLINT(cert-env33-c)
     if (pipe == nullptr) {
         reportErrno("popen() FAILED: ");
         return -1;

@@ -2,11 +2,43 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "util/Log.h"
 
+#include "hardening/PrintableText.h"
+#include "util/Hardened.h"
+
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <string>
 
 #include <syslog.h>
+
+namespace
+{
+
+// As vsnprintf() makes it, with errno as it is now for "%m".
+[[maybe_unused]] std::string formatted(const char* format, va_list arguments)
+{
+    const int error = errno;
+    va_list again;
+    va_copy(again, arguments);
+    std::string text(static_cast<std::size_t>(std::vsnprintf(nullptr, 0, format, again)), '\0');
+    va_end(again);
+    errno = error;
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    return text;
+}
+
+// On purpose a line has what a peer has sent as it came, except in the hardened build.
+void write(int level, const char* format, va_list arguments)
+{
+    if constexpr (hardened) {
+        syslog(level, "%s", printable(formatted(format, arguments)).c_str());
+    } else {
+        vsyslog(level, format, arguments);
+    }
+}
+
+} // namespace
 
 void openLog(const char* ident)
 {
@@ -22,7 +54,7 @@ void logError(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    vsyslog(LOG_ERR, format, arguments);
+    write(LOG_ERR, format, arguments);
     va_end(arguments);
 }
 
@@ -30,7 +62,7 @@ void logWarning(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    vsyslog(LOG_WARNING, format, arguments);
+    write(LOG_WARNING, format, arguments);
     va_end(arguments);
 }
 
@@ -38,7 +70,7 @@ void logInfo(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    vsyslog(LOG_INFO, format, arguments);
+    write(LOG_INFO, format, arguments);
     va_end(arguments);
 }
 
@@ -46,7 +78,7 @@ void logDebug(const char* format, ...)
 {
     va_list arguments;
     va_start(arguments, format);
-    vsyslog(LOG_DEBUG, format, arguments);
+    write(LOG_DEBUG, format, arguments);
     va_end(arguments);
 }
 
@@ -57,6 +89,6 @@ void logErrno(const char* format, ...)
     va_list arguments;
     va_start(arguments, format);
     errno = error; // building the text may have changed it, and %m reads it
-    vsyslog(LOG_WARNING, withCause.c_str(), arguments);
+    write(LOG_WARNING, withCause.c_str(), arguments);
     va_end(arguments);
 }

@@ -7,5 +7,5 @@
 int runShell(const std::string& command)
 {
     // The card's settings and services are only reachable through its shell tools.
-    return std::system(command.c_str()); // NOLINT(cert-env33-c)
+    return std::system(shellText(command).c_str()); // NOLINT(cert-env33-c)
 }

@@ -5,6 +5,7 @@
 
 #include "support/RealShell.h"
 #include "support/SystemTest.h"
+#include "util/Hardened.h"
 #include "util/Report.h"
 
 // What a real /bin/sh and a real tar make of the commands. All files are relative names, which stay in the sandbox.
@@ -40,6 +41,15 @@ TEST_F(LibUtilsShellTest, ACommandThatDoesNotExistGives127)
 {
     CapturedOutput output;
     EXPECT_EQ(LibUtils::executeCommand("no-such-command-here"), 127);
+}
+
+TEST_F(LibUtilsShellTest, AWordIsAPatternOfFileNamesUnlessTheBuildIsHardened)
+{
+    sandbox.write("key.@of0.option", "");
+    std::string output;
+    EXPECT_EQ(LibUtils::executeCommandOutput("echo key.@of[0].option", output), 0);
+    EXPECT_EQ(output, hardened ? "key.@of[0].option\n" : "key.@of0.option\n");
+    EXPECT_EQ(LibUtils::executeCommand("test key.@of[0].option = key.@of0.option"), hardened ? 1 : 0);
 }
 
 TEST_F(LibUtilsShellTest, TheStandardOutputOfACommandIsAppended)

@@ -5,6 +5,7 @@
 
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
+#include "util/Hardened.h"
 
 #include <cerrno>
 
@@ -62,6 +63,14 @@ TEST_F(LogTest, ALongTextDoesNotChangeTheErrorThatIsLogged)
     errno = EIO;
     logErrno("%s", text.c_str());
     EXPECT_EQ(log.warnings(), Texts{errorText(text + ": ", EIO)});
+}
+
+TEST_F(LogTest, APeersControlCharactersStandInTheLineUnlessTheBuildIsHardened)
+{
+    logInfo("%s.", "a\nb");
+    logErrno("\x1B[2J");
+    const std::vector<std::string> lines = {log.lines()[0].text, log.lines()[1].text.substr(0, 4)};
+    EXPECT_EQ(lines, hardened ? (Texts{"a?b.", "?[2J"}) : (Texts{"a\nb.", "\x1B[2J"}));
 }
 
 TEST_F(LogTest, EachCallIsOneLineInTheOrderOfTheCalls)
