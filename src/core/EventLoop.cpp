@@ -4,6 +4,7 @@
 
 #include "services/TarvelServiceTcp.h"
 #include "services/TarvelServiceUdp.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <algorithm>
@@ -62,6 +63,11 @@ int handleReadiness(const fd_set& readSet, const fd_set& exceptSet, TarvelServic
                     TarvelServiceUdp& udpSecond)
 {
     reportExceptions(exceptSet, tcp, udpFirst, udpSecond);
+    if constexpr (hardened) {
+        if (contains(exceptSet, tcp.peerDescriptor())) {
+            tcp.dropPeersUrgentByte();
+        }
+    }
     if (contains(readSet, tcp.peerDescriptor())) {
         tcp.dispatch();
     }

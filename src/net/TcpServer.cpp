@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "net/TcpServer.h"
 
+#include "net/PeerDefence.h"
 #include "net/SetupError.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <arpa/inet.h>
@@ -52,5 +54,8 @@ int TcpServer::accept(TcpSocket& peer)
             ntohs(client.sin_port));
     peer.adopt(connection, client);
     peer.enableKeepAlive();
+    if constexpr (hardened) {
+        limitStalls(connection);
+    }
     return 0;
 }

@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "net/TcpSocket.h"
 
+#include "net/PeerDefence.h"
 #include "net/SetupError.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <cerrno>
@@ -30,6 +32,12 @@ int TcpSocket::receive(void* buffer, int length, int flags)
         if (n == 0) {
             logInfo("Client closed the connection");
             return 0;
+        }
+        if constexpr (hardened) {
+            if (n < 0 && errno == EAGAIN) {
+                giveUpStalled(fd);
+                return -1;
+            }
         }
         if (n < 0) {
             logErrno("recv() failed");

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <span>
 
-// A stream socket that receives and sends whole buffers. All calls block; there is no time-out on purpose, since
-// one request is served at a time.
+// A stream socket that receives and sends whole buffers. All calls block; on purpose there is no time-out on what a
+// peer sends, since one request is served at a time. Only the hardened build ends a connection that stalls.
 class TcpSocket : public Socket
 {
 public:

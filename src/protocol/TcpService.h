@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "net/PeerDefence.h"
 #include "net/TcpServer.h"
 #include "net/TcpSocket.h"
 #include "protocol/Message.h"
@@ -41,6 +42,7 @@ public:
     [[nodiscard]] int peerDescriptor() const { return peer ? peer->descriptor() : -1; }
     [[nodiscard]] int serverDescriptor() const { return server ? server->descriptor() : -1; }
     int acceptPeer() { return server->accept(*peer); }
+    void dropPeersUrgentByte() { dropUrgentByte(peer->descriptor()); }
 
 protected:
     std::unique_ptr<TcpServer> server;

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "protocol/UdpService.h"
 
+#include "protocol/Commands.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <arpa/inet.h>
@@ -73,6 +75,13 @@ int UdpService::checkHeader(const MessageHeader& header)
 
 int UdpService::sendDatagram(std::uint32_t address, std::uint16_t port)
 {
+    if constexpr (hardened) {
+        // Only cards have this port: they would take each other's answers for requests, for ever.
+        if (port == cardPort) {
+            logInfo("Nothing is sent to port %hu, which is a card's", port);
+            return 0;
+        }
+    }
     sockaddr_in destination = {};
     destination.sin_family = AF_INET;
     destination.sin_port = htons(port);

@@ -32,7 +32,7 @@ public:
     int receiveDatagram();
 
     // Sends the message in the buffer, which is left in wire order. `address` in network order, `port` in host
-    // order. Returns 0, or -1 after logging.
+    // order. Returns 0, or -1 after logging. The hardened build sends nothing to the port of another card.
     int sendDatagram(std::uint32_t address, std::uint16_t port);
 
     // For the event loop: -1 when there is no descriptor.

@@ -82,6 +82,11 @@ void TcpPeer::send(const Bytes& bytes) const
     checked(::send(descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL), "send");
 }
 
+void TcpPeer::sendUrgent() const
+{
+    ::send(descriptor, "!", 1, MSG_OOB);
+}
+
 void TcpPeer::finishSending() const
 {
     checked(shutdown(descriptor, SHUT_WR), "shutdown");

@@ -34,6 +34,7 @@ public:
     explicit TcpPeer(std::uint16_t port); // connects
 
     void send(const Bytes& bytes) const;
+    void sendUrgent() const;    // one byte, out of band
     void finishSending() const; // the daemon reads the end of the stream, and can still answer
     void reset();               // goes away in the rudest way: the daemon's next call fails
     [[nodiscard]] Bytes receive(std::size_t count) const; // exactly that many bytes

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "core/EventLoop.h"
 #include "unit/core/ServicesFixture.h"
+#include "util/Hardened.h"
 
 namespace
 {
@@ -137,6 +138,21 @@ TEST_F(ReadinessTest, DoesNotLookAtTheResultsOfTheServices)
     failAlways("recv", EIO);
     failAlways("recvfrom", EIO);
     EXPECT_EQ(handleReadable({tcp.peerDescriptor(), udpFirst->descriptor(), udpSecond->descriptor()}), 0);
+}
+
+TEST_F(ReadinessTest, ReadsAnUrgentByteAwayOnlyInTheHardenedBuild)
+{
+    const auto client = connect();
+    client->sendUrgent();
+    handleReadiness(setOf({}), setOf({tcp.peerDescriptor()}), tcp, *udpFirst, *udpSecond);
+    EXPECT_EQ(callsTo("recv").size(), hardened ? 1U : 0U);
+}
+
+TEST_F(ReadinessTest, ReadsNothingAwayForAnExceptionOfAnotherSocket)
+{
+    const auto client = connect();
+    handleReadiness(setOf({}), setOf({udpFirst->descriptor()}), tcp, *udpFirst, *udpSecond);
+    EXPECT_TRUE(callsTo("recv").empty());
 }
 
 TEST_F(ReadinessTest, LeavesASocketThatIsNotReadableAlone)

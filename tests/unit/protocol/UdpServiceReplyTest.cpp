@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "unit/protocol/UdpServiceFixture.h"
+#include "util/Hardened.h"
 
 namespace
 {
@@ -145,6 +146,15 @@ TEST_F(UdpServiceSendTest, ClearsBit7OfTheFormat)
     service.buildReplyHeader(service.datagram->header(), 0xFF, 1, Status::success, 1, 7, 0);
     service.sendDatagram(htonl(INADDR_LOOPBACK), requester.port());
     EXPECT_EQ(SampleHeader::from(requester.receive()).messageFormat, 0x1F);
+}
+
+TEST_F(UdpServiceSendTest, SendsToTheCardsOwnPortUnlessTheBuildIsHardened)
+{
+    EXPECT_EQ(service.sendDatagram(htonl(INADDR_LOOPBACK), 50003), 0);
+    EXPECT_EQ(callsTo("sendto").size(), hardened ? 0U : 1U);
+    if (hardened) {
+        EXPECT_EQ(log.lines(), (Lines{{LOG_INFO, "Nothing is sent to port 50003, which is a card's"}}));
+    }
 }
 
 TEST_F(UdpServiceSendTest, FailsIfSendingFails)
