@@ -2,10 +2,12 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceTcp.h"
 
+#include "hardening/DateTimeRule.h"
 #include "protocol/TextSection.h"
 #include "services/TimeReferenceMessages.h"
 #include "services/XmlReader.h"
 #include "timesettings/TimeReference.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <array>
@@ -80,7 +82,14 @@ std::optional<long> parseDateTime(const std::string& text)
         logWarning("mktime() FAILED");
         return std::nullopt;
     }
-    return static_cast<long>(localSeconds + local.tm_gmtoff);
+    const std::time_t seconds = localSeconds + local.tm_gmtoff;
+    if constexpr (hardened) {
+        if (!fitsClock(text, seconds)) {
+            logWarning("DateTime is beyond what 32-bit seconds can hold");
+            return std::nullopt;
+        }
+    }
+    return static_cast<long>(seconds);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/XmlReader.h"
 
+#include "hardening/DocumentRule.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <algorithm>
@@ -35,6 +37,12 @@ const char* chars(const xmlChar* text)
 XmlReader::XmlReader(std::string document) : text(std::move(document))
 {
     prepareErrors();
+    if constexpr (hardened) {
+        if (const char* objection = objectionTo(text); objection != nullptr) {
+            logWarning("Document refused: %s", objection);
+            return;
+        }
+    }
     constexpr const char* noEncoding = nullptr;
     constexpr int noOptions = 0;
     reader.reset(xmlReaderForDoc(reinterpret_cast<const xmlChar*>(text.c_str()), documentName, noEncoding, noOptions));

@@ -16,7 +16,8 @@ class XmlReader
 public:
     enum NodeType : int { element = 1, endElement = 15 };
 
-    // If no reader can be made, logs "xmlReaderForDoc() failed" and the object converts to false.
+    // If no reader can be made, logs "xmlReaderForDoc() failed" and the object converts to false. So it does, after
+    // another warning, where the hardened build does not want the document to be parsed.
     explicit XmlReader(std::string document);
     XmlReader(const XmlReader&) = delete;
     XmlReader& operator=(const XmlReader&) = delete;

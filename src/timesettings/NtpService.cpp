@@ -2,8 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "timesettings/NtpService.h"
 
+#include "hardening/NtpServerRule.h"
 #include "uci/Uci.h"
 #include "util/BoundedText.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 #include "util/Shell.h"
 
@@ -54,6 +56,12 @@ int setNtpServerAddress(const std::string& newAddress)
     if (newAddress == current.data()) {
         logInfo("No change in NTP server configuration, keep current configuration file");
         return 0;
+    }
+    if constexpr (hardened) {
+        if (!isPlainHost(newAddress)) {
+            logWarning("NTP server \"%s\" is neither an address nor a host name, refused", newAddress.c_str());
+            return -1;
+        }
     }
     return Uci::Set(serverKey, newAddress);
 }

@@ -22,7 +22,8 @@ int controlNtpService(NtpServiceAction action);
 int getCurrentNtpServerAddress(std::span<char, ntpServerAddressSize> address);
 
 // Stages a new server unless it is the current one. On purpose nothing is committed. Returns 0, or -1 without a
-// message when the current server cannot be read or the new one cannot be set.
+// message when the current server cannot be read or the new one cannot be set. The hardened build refuses, with a
+// warning, a new one that is no plain address or host name.
 int setNtpServerAddress(const std::string& newAddress);
 
 // Writes "Ntp" and returns 0 when the NTP daemon starts at boot, else writes "Manual" and returns -1, which is no

@@ -3,6 +3,7 @@
 #include "services/Envelope.h"
 #include "support/SystemTest.h"
 #include "unit/services/NoXmlMemory.h"
+#include "util/Hardened.h"
 
 #include <syslog.h>
 
@@ -107,7 +108,8 @@ TEST_F(EnvelopeTest, RefusesAProcessingInstructionBeforeTheRoot)
 
 TEST_F(EnvelopeTest, RefusesTheTypeOfADocumentTypeWithTheRootsName)
 {
-    expectRefused(std::string("<!DOCTYPE RebootCard><RebootCard") + names, {"Wrong node type: 10"});
+    expectRefused(std::string("<!DOCTYPE RebootCard><RebootCard") + names,
+                  {hardened ? "Document refused: it has a document type declaration" : "Wrong node type: 10"});
 }
 
 TEST_F(EnvelopeTest, RefusesTheTypeOfAProcessingInstructionWithTheRootsName)

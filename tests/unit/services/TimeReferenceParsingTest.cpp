@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TimeReferenceMessages.h"
 #include "support/SystemTest.h"
+#include "util/Hardened.h"
 
 #include <cstdlib>
 #include <ctime>
@@ -97,6 +98,17 @@ TEST_F(TimeReferenceParsingTest, IsAnHourLateInTheHourThatDaylightSavingSkips)
     EXPECT_EQ(secondsOf("2021-03-28T03:30:00"), halfPastTwo + 3600);
 }
 
+TEST_F(TimeReferenceParsingTest, CutsALateYearToTheWidthOfLongUnlessTheBuildIsHardened)
+{
+    constexpr std::int64_t newYear2107 = 4323283200;
+    EXPECT_EQ(parseTimeReferenceConfiguration(manualAt("2107-01-01T00:00:00")), hardened ? -1 : 0);
+    if (hardened) {
+        EXPECT_EQ(log.lines(), (Lines{{LOG_WARNING, "DateTime is beyond what 32-bit seconds can hold"}}));
+    } else {
+        EXPECT_EQ(clock.settings().back().tv_sec, static_cast<long>(newYear2107));
+    }
+}
+
 TEST_F(TimeReferenceParsingTest, TakesTheDateTimeAsUtcWestOfIt)
 {
     const LocalTimeZone local("EST5");
@@ -177,10 +189,11 @@ TEST_F(TimeReferenceParsingTest, DoesNotTestTheTypeOfAProcessingInstruction)
 
 TEST_F(TimeReferenceParsingTest, DoesNotTestTheTypeOfADocumentType)
 {
-    expectRefusal("<!DOCTYPE TimeReferenceConfiguration>" + element(valid),
-                  {"Getting Mode attribute FAILED: no error recorded",
-                   "Getting NtpServer attribute FAILED: no error recorded",
-                   "Getting DateTime attribute FAILED: no error recorded"});
+    const Texts missing = {"Getting Mode attribute FAILED: no error recorded",
+                           "Getting NtpServer attribute FAILED: no error recorded",
+                           "Getting DateTime attribute FAILED: no error recorded"};
+    const Texts refused = {"Document refused: it has a document type declaration"};
+    expectRefusal("<!DOCTYPE TimeReferenceConfiguration>" + element(valid), hardened ? refused : missing);
 }
 
 TEST_F(TimeReferenceParsingTest, LogsEachMissingAttributeButAppliesNothing)

@@ -3,6 +3,7 @@
 #include "services/XmlReader.h"
 #include "support/SystemTest.h"
 #include "unit/services/NoXmlMemory.h"
+#include "util/Hardened.h"
 
 #include <algorithm>
 #include <memory>
@@ -23,6 +24,12 @@ void fail()
 }
 
 } // namespace
+
+TEST_F(XmlReaderTest, ParsesADocumentTypeUnlessTheBuildIsHardened)
+{
+    const XmlReader reader("<!DOCTYPE a><a/>");
+    EXPECT_EQ(static_cast<bool>(reader), !hardened);
+}
 
 TEST_F(XmlReaderTest, WalksADocumentNodeByNode)
 {

@@ -6,6 +6,7 @@
 #include "support/ErrorText.h"
 #include "support/SystemTest.h"
 #include "unit/timesettings/TimeReferenceNames.h"
+#include "util/Hardened.h"
 
 #include <array>
 #include <cerrno>
@@ -220,11 +221,27 @@ TEST_F(NtpServerTest, AnAddressThatDiffersInCaseIsNew)
     EXPECT_EQ(shell.commands().back(), "uci -q set system.ntp.server=NTP.example");
 }
 
-TEST_F(NtpServerTest, AnEmptyAddressReplacesTheCurrentOne)
+TEST_F(NtpServerTest, AnEmptyAddressReplacesTheCurrentOneUnlessTheBuildIsHardened)
 {
-    uci.set(serverKey, "192.168.1.10");
-    EXPECT_EQ(setNtpServerAddress(""), 0);
-    EXPECT_EQ(shell.commands().back(), "uci -q set system.ntp.server=");
+    uci.set("system.ntp.server", "192.168.1.10");
+    EXPECT_EQ(setNtpServerAddress(""), hardened ? -1 : 0);
+    EXPECT_EQ(shell.commands().back() == "uci -q set system.ntp.server=", !hardened);
+}
+
+TEST_F(NtpServerTest, ShellTextIsSetUnlessTheBuildIsHardened)
+{
+    uci.set("system.ntp.server", "192.168.1.10");
+    EXPECT_EQ(setNtpServerAddress("x; reboot"), hardened ? -1 : 0);
+    EXPECT_EQ(shell.commands().back() == "uci -q set system.ntp.server=x; reboot", !hardened);
+    const Texts refusal = {"NTP server \"x; reboot\" is neither an address nor a host name, refused"};
+    EXPECT_EQ(log.warnings(), hardened ? refusal : Texts{});
+}
+
+TEST_F(NtpServerTest, ThePresentSettingIsKeptEvenIfItIsNoHost)
+{
+    uci.set("system.ntp.server", "10.0.0.1 10.0.0.2");
+    EXPECT_EQ(setNtpServerAddress("10.0.0.1 10.0.0.2"), 0);
+    EXPECT_EQ(shell.commands().size(), 1U);
 }
 
 TEST_F(NtpServerTest, WithoutACurrentAddressNoneCanBeSetAndNothingIsLogged)
