@@ -4,9 +4,11 @@
 
 #include "core/EventLoop.h"
 #include "protocol/Commands.h"
+#include "services/StagingMarker.h"
 #include "services/TarvelServiceTcp.h"
 #include "services/TarvelServiceUdp.h"
 #include "services/XmlReader.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 
 #include <cerrno>
@@ -41,7 +43,7 @@ constexpr ServiceConfig udpConfig(const char* device)
 
 bool enterWorkingDirectory()
 {
-    constexpr mode_t mode = 0777;
+    constexpr mode_t mode = hardened ? 0700 : 0777;
     if (mkdir(workingDirectory, mode) == 0) {
         logInfo("%s successfully created", workingDirectory);
     } else if (errno != EEXIST) {
@@ -91,6 +93,9 @@ int runDaemon()
     }
     ignoreBrokenPipe();
     checkXmlLibrary();
+    if constexpr (hardened) {
+        revertLeftSettings();
+    }
 
     TarvelServiceTcp tcp;
     TarvelServiceUdp udpFirst;

@@ -3,7 +3,9 @@
 #include "services/TarvelServiceTcp.h"
 
 #include "protocol/Commands.h"
+#include "services/UploadDirectory.h"
 #include "util/File.h"
+#include "util/Hardened.h"
 #include "util/LibUtils.h"
 #include "util/Log.h"
 #include "util/Shell.h"
@@ -117,6 +119,11 @@ int TarvelServiceTcp::receiveArchive(const MessageHeader& request)
 
 int TarvelServiceTcp::receiveFile(std::uint32_t size)
 {
+    if constexpr (hardened) {
+        if (renewUploadDirectory() == -1) {
+            return -1;
+        }
+    }
     File file(archiveName, "we");
     if (!file) {
         logErrno("fopen() failed");

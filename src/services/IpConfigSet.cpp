@@ -5,9 +5,11 @@
 #include "services/Envelope.h"
 #include "services/IpConfigParser.h"
 #include "services/IpInterfaces.h"
+#include "services/StagingMarker.h"
 #include "services/TarvelServiceUdp.h"
 #include "services/XmlReader.h"
 #include "uci/Uci.h"
+#include "util/Hardened.h"
 #include "util/Log.h"
 #include "util/Shell.h"
 
@@ -78,6 +80,26 @@ bool areBothDisabled(const std::string& first, const std::string& second)
     return true;
 }
 
+// Stages what the document asks for, and commits or reverts it.
+int applyInterfaces(XmlReader& reader)
+{
+    const int staged = stageInterfaces(reader);
+
+    // Both modes are read back in any case; staged values are seen.
+    Uci::Changes(everyConfiguration);
+    std::string first;
+    std::string second;
+    const int firstRead = readProto(ipInterfaces[0], first);
+    const int secondRead = readProto(ipInterfaces[1], second);
+
+    if (staged == -1 || firstRead == -1 || secondRead == -1 || areBothDisabled(first, second)) {
+        // On purpose only the network: what was staged elsewhere is not this request's.
+        Uci::Revert("network");
+        return -1;
+    }
+    return Uci::Commit(everyConfiguration);
+}
+
 void restartNetwork()
 {
     const int status = runShell(restartCommand);
@@ -97,26 +119,18 @@ int configureInterfaces(std::string payload)
     if (!reader) {
         return -1;
     }
-    const int staged = stageInterfaces(reader);
-
-    // Both modes are read back in any case; staged values are seen.
-    Uci::Changes(everyConfiguration);
-    std::string first;
-    std::string second;
-    const int firstRead = readProto(ipInterfaces[0], first);
-    const int secondRead = readProto(ipInterfaces[1], second);
-
-    if (staged == -1 || firstRead == -1 || secondRead == -1 || areBothDisabled(first, second)) {
-        // On purpose only the network: what was staged elsewhere is not this request's.
-        Uci::Revert("network");
-        return -1;
+    if constexpr (hardened) {
+        const StagingMarker marker;
+        return applyInterfaces(reader);
+    } else {
+        return applyInterfaces(reader);
     }
-    return Uci::Commit(everyConfiguration);
 }
 
 int TarvelServiceUdp::setIpConfig(const Envelope& /*envelope*/)
 {
     logInfo("Configuring network interfaces");
+    // Parsed anew behind the envelope: this takes any document, also one in which other nodes come before the root.
     if (configureInterfaces(payload()) == -1) {
         logWarning("Configuring network interfaces failed");
         return refuse();

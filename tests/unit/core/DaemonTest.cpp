@@ -3,6 +3,7 @@
 #include "core/Daemon.h"
 #include "net/SetupError.h"
 #include "support/SystemTest.h"
+#include "util/Hardened.h"
 
 #include <csignal>
 #include <cstring>
@@ -81,7 +82,7 @@ TEST_F(DaemonTest, CreatesTheWorkingDirectory)
 {
     returnNext("mkdir", 0);
     live();
-    EXPECT_EQ(callsTo("mkdir"), (std::vector<std::string>{"/tmp/upgrade 0777"}));
+    EXPECT_EQ(callsTo("mkdir"), Texts{hardened ? "/tmp/upgrade 0700" : "/tmp/upgrade 0777"});
     EXPECT_EQ(log.lines()[2], (CapturedLog::Line{LOG_INFO, "/tmp/upgrade successfully created"}));
     EXPECT_EQ(log.lines()[3], (CapturedLog::Line{LOG_INFO, "Working directory successfully changed to /tmp/upgrade"}));
 }

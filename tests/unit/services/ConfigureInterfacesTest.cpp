@@ -4,6 +4,7 @@
 #include "support/SystemTest.h"
 #include "unit/services/IpConfigSamples.h"
 #include "unit/services/NoXmlMemory.h"
+#include "util/Hardened.h"
 
 #include <syslog.h>
 
@@ -15,6 +16,7 @@ class ConfigureInterfacesTest : public SystemTest
 protected:
     ConfigureInterfacesTest()
     {
+        sandbox.makeDirectory("/var");
         uci.set(firstProto, "static");
         uci.set(secondProto, "dhcp");
     }
@@ -39,6 +41,14 @@ TEST_F(ConfigureInterfacesTest, StagesBothInterfacesAndCommitsAll)
 {
     expectSuccess(configuration(one + two), joined({stageFirst, stageSecond}));
     EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(ConfigureInterfacesTest, LeavesAMarkerWhileSettingsAreStagedInTheHardenedBuildOnly)
+{
+    expectSuccess(configuration(one + two), joined({stageFirst, stageSecond}));
+    const Texts order = orderOf({"fopen", "system", "remove"});
+    EXPECT_EQ(order.front() == "fopen: /var/tarveld.staging we", hardened);
+    EXPECT_EQ(order.back() == "remove: /var/tarveld.staging", hardened);
 }
 
 TEST_F(ConfigureInterfacesTest, StagesOneInterfaceAndLogsTheEndOfTheRoot)

@@ -37,7 +37,7 @@ TEST_F(FirmwareUploadTest, LogsTheSize)
 TEST_F(FirmwareUploadTest, UnpacksTheArchiveAndRunsNothingElse)
 {
     upload(3);
-    EXPECT_EQ(shell.commands(), (std::vector<std::string>{"tar -xzvf firmware.tar.gz -C /tmp/upgrade"}));
+    EXPECT_EQ(shell.commands(), commandsOfUnpacking());
 }
 
 TEST_F(FirmwareUploadTest, AnnouncesTheUnpacking)
@@ -50,9 +50,10 @@ TEST_F(FirmwareUploadTest, DeletesTheArchiveOnceItIsUnpacked)
 {
     upload(3);
     EXPECT_FALSE(sandbox.exists(archive));
-    EXPECT_EQ(orderOf({"system", "remove", "send"}),
-              (std::vector<std::string>{"system: tar -xzvf firmware.tar.gz -C /tmp/upgrade", "remove: firmware.tar.gz",
-                                        "send: 20"}));
+    EXPECT_EQ(shell.commands(), commandsOfUnpacking());
+    const Texts order = orderOf({"system", "remove", "send"});
+    EXPECT_EQ(Texts(order.end() - 3, order.end()),
+              (Texts{"system: tar -xzvf firmware.tar.gz -C /tmp/upgrade", "remove: firmware.tar.gz", "send: 20"}));
 }
 
 TEST_F(FirmwareUploadTest, IsAnsweredWithSuccessAndKeepsTheConnectionOpen)
@@ -88,7 +89,14 @@ TEST_F(FirmwareUploadTest, FailsWithoutAnyArchiveByte)
     upload(0);
     expectStatus(uploadOf(0), 2);
     EXPECT_EQ(log.lines(), (std::vector<CapturedLog::Line>{{LOG_INFO, "File size = 0"}}));
-    EXPECT_TRUE(shell.commands().empty());
+    EXPECT_EQ(shell.commands().size(), commandsOfUnpacking().size() - 1);
+}
+
+TEST_F(FirmwareUploadTest, FailsInTheHardenedBuildIfTheDirectoryCannotBeMadeAnew)
+{
+    shell.answer("rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade", exitStatus(1));
+    upload(3);
+    expectStatus(uploadOf(3), hardened ? 2 : 1);
 }
 
 TEST_F(FirmwareUploadTest, RefusesAnotherLayoutAndReadsNothingOfThePayload)
@@ -211,7 +219,7 @@ TEST_F(FirmwareUploadTest, ReportsAFailingCloseAfterAFailedWrite)
 
 TEST_F(FirmwareUploadTest, FailsAndKeepsTheArchiveIfItCannotBeUnpacked)
 {
-    shell.answerNext(exitStatus(2));
+    shell.answer(commandsOfUnpacking().back(), exitStatus(2));
     upload(3);
     expectStatus(uploadOf(3), 2);
     EXPECT_TRUE(sandbox.exists(archive));

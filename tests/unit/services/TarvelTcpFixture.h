@@ -5,9 +5,20 @@
 #include "services/TarvelServiceTcp.h"
 #include "support/SystemTest.h"
 #include "unit/protocol/ConnectedTcpService.h"
+#include "util/Hardened.h"
 
 #include <cstring>
 #include <syslog.h>
+
+// What the shell is given to unpack an upload: the hardened build makes the directory anew before.
+inline Texts commandsOfUnpacking()
+{
+    Texts commands = {"tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
+    if (hardened) {
+        commands.insert(commands.begin(), "rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade");
+    }
+    return commands;
+}
 
 // The TCP service of a card with a connected client; the log and the journal start behind the set-up.
 class TarvelTcpTest : public SystemTest
@@ -15,6 +26,7 @@ class TarvelTcpTest : public SystemTest
 protected:
     TarvelTcpTest()
     {
+        sandbox.makeDirectory("/tmp/upgrade");
         log.clear();
         forgetCalls();
     }
