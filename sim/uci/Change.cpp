@@ -8,9 +8,6 @@
 #include "sim/uci/Lexer.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -63,5 +60,3 @@ std::vector<Change> parseChanges(std::string_view text)
     }
     return changes;
 }
-
-} // namespace sim

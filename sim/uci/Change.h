@@ -9,9 +9,6 @@
 
 #include "sim/uci/Config.h"
 
-namespace sim
-{
-
 // One staged change: a value or a section type to set, or something to remove.
 struct Change {
     enum class Kind { set, remove };
@@ -29,5 +26,3 @@ struct Change {
 
 // Reads kept changes, one a line; lines that make no sense are left out, as a change store is no place to fail.
 std::vector<Change> parseChanges(std::string_view text);
-
-} // namespace sim

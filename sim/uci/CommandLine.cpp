@@ -9,9 +9,6 @@
 #include "sim/uci/ConfigStore.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -73,5 +70,3 @@ ToolResult runTool(const std::vector<std::string>& arguments)
         result.errors.clear();
     return result;
 }
-
-} // namespace sim

@@ -6,9 +6,6 @@
 #include <string>
 #include <vector>
 
-namespace sim
-{
-
 struct ToolResult {
     int status = 0;
     std::string output;
@@ -18,5 +15,3 @@ struct ToolResult {
 // The tool without its process: what it prints and its exit status for the given arguments (program name left out).
 // Exit status 1 is a failed command, 255 a command line that makes no sense.
 ToolResult runTool(const std::vector<std::string>& arguments);
-
-} // namespace sim

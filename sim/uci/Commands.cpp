@@ -10,9 +10,6 @@
 #include "sim/uci/ConfigWriter.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -213,5 +210,3 @@ std::string runCommand(const ConfigStore& store, std::string_view verb, const st
         throw UsageError(std::string(verb) + ": too many arguments");
     return command->run(store, arguments);
 }
-
-} // namespace sim

@@ -9,11 +9,6 @@
 
 #include "sim/uci/ConfigStore.h"
 
-namespace sim
-{
-
 // Runs one verb of the tool and returns what it prints. Throws UciError when it fails, UsageError when the verb is
 // unknown or its arguments make no sense.
 std::string runCommand(const ConfigStore& store, std::string_view verb, const std::vector<std::string>& arguments);
-
-} // namespace sim

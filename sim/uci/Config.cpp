@@ -10,9 +10,6 @@
 #include <cstdio>
 #include <optional>
 
-namespace sim
-{
-
 namespace
 {
 
@@ -145,5 +142,3 @@ void Package::remove(std::string_view sectionName)
 {
     std::erase_if(sections, [&](const Section& section) { return section.name == sectionName; });
 }
-
-} // namespace sim

@@ -7,9 +7,6 @@
 #include <string_view>
 #include <vector>
 
-namespace sim
-{
-
 // A named value, or a named list of values.
 struct Option {
     std::string name;
@@ -51,5 +48,3 @@ struct Package {
 
     void remove(std::string_view sectionName);
 };
-
-} // namespace sim

@@ -9,9 +9,6 @@
 #include "sim/uci/Names.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -90,5 +87,3 @@ Package parseConfig(std::string name, std::string_view text)
     }
     return parser.finish();
 }
-
-} // namespace sim

@@ -8,11 +8,6 @@
 
 #include "sim/uci/Config.h"
 
-namespace sim
-{
-
 // Reads the text of a configuration file. Sections of the same type and name are one section.
 // Throws UciError with the line of the first thing that is wrong.
 Package parseConfig(std::string name, std::string_view text);
-
-} // namespace sim

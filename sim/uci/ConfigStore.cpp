@@ -11,9 +11,6 @@
 #include "sim/uci/Names.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -88,5 +85,3 @@ void ConfigStore::revert(const Key& key) const
     else
         replaceFile(changesPath(key.config), kept);
 }
-
-} // namespace sim

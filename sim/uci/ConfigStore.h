@@ -10,9 +10,6 @@
 #include "sim/uci/Config.h"
 #include "sim/uci/Key.h"
 
-namespace sim
-{
-
 // A directory of configuration files and one of changes that are staged but not yet committed.
 // Operations on a configuration that has no file throw UciError ("Entry not found").
 class ConfigStore
@@ -41,5 +38,3 @@ private:
     std::string configDirectory;
     std::string changesDirectory;
 };
-
-} // namespace sim

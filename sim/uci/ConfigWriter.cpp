@@ -3,9 +3,6 @@
 
 #include "sim/uci/ConfigWriter.h"
 
-namespace sim
-{
-
 std::string quoted(std::string_view value)
 {
     std::string text = "'";
@@ -33,5 +30,3 @@ std::string writeConfig(const Package& package)
     }
     return text + "\n";
 }
-
-} // namespace sim

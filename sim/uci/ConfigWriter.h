@@ -8,13 +8,8 @@
 
 #include "sim/uci/Config.h"
 
-namespace sim
-{
-
 // The value between single quotes, ready for a configuration file or a shell.
 std::string quoted(std::string_view value);
 
 // A configuration file as the tool writes it; reading it gives the same package again.
 std::string writeConfig(const Package& package);
-
-} // namespace sim

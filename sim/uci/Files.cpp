@@ -14,9 +14,6 @@
 
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -106,5 +103,3 @@ std::vector<std::string> listFiles(const std::string& path)
     std::ranges::sort(names);
     return names;
 }
-
-} // namespace sim

@@ -8,9 +8,6 @@
 #include <string_view>
 #include <vector>
 
-namespace sim
-{
-
 // Whole small files. Operations that fail for another reason than a missing file throw UciError.
 
 // Nothing if the file does not exist.
@@ -27,5 +24,3 @@ void makeDirectory(const std::string& path);
 
 // Names of the regular files, sorted, hidden ones left out; empty if the directory does not exist.
 std::vector<std::string> listFiles(const std::string& path);
-
-} // namespace sim

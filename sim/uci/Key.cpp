@@ -8,9 +8,6 @@
 #include "sim/uci/Names.h"
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -43,5 +40,3 @@ Key Key::parse(std::string_view text)
         throw UciError::invalidArgument();
     return key;
 }
-
-} // namespace sim

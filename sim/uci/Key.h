@@ -7,9 +7,6 @@
 #include <string>
 #include <string_view>
 
-namespace sim
-{
-
 // An address in the tool's dotted notation, "config[.section[.option]][=value]". Parts not given are empty.
 struct Key {
     std::string config;
@@ -20,5 +17,3 @@ struct Key {
     // Throws UciError for a text that is no key.
     static Key parse(std::string_view text);
 };
-
-} // namespace sim

@@ -5,9 +5,6 @@
 
 #include "sim/uci/UciError.h"
 
-namespace sim
-{
-
 namespace
 {
 
@@ -111,5 +108,3 @@ bool Lexer::next(std::vector<std::string>& words)
     }
     return false;
 }
-
-} // namespace sim

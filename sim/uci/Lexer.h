@@ -8,9 +8,6 @@
 #include <string_view>
 #include <vector>
 
-namespace sim
-{
-
 // Splits configuration text into statements of words: blanks separate words, a line end or ';' ends a statement,
 // '#' starts a comment, quotes of both kinds and backslashes protect. Adjacent pieces make one word: a='b c' is "a=b
 // c".
@@ -40,5 +37,3 @@ private:
     std::size_t currentLine = 1;
     std::size_t statementLine = 1;
 };
-
-} // namespace sim

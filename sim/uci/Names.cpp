@@ -5,9 +5,6 @@
 
 #include <algorithm>
 
-namespace sim
-{
-
 namespace
 {
 
@@ -42,5 +39,3 @@ bool isSectionSelector(std::string_view text)
 {
     return isName(text) || (text.starts_with('@') && text.ends_with(']') && isTypeName(text));
 }
-
-} // namespace sim

@@ -5,9 +5,6 @@
 
 #include <string_view>
 
-namespace sim
-{
-
 // Letters, digits and '_': what sections and options may be called.
 bool isName(std::string_view text);
 
@@ -19,5 +16,3 @@ bool isTypeName(std::string_view text);
 
 // How a section is addressed: by name or as "@type[i]".
 bool isSectionSelector(std::string_view text);
-
-} // namespace sim

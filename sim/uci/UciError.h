@@ -6,9 +6,6 @@
 #include <stdexcept>
 #include <string>
 
-namespace sim
-{
-
 // What the tool says before it gives up; the words are those that people know from the real one.
 class UciError : public std::runtime_error
 {
@@ -26,5 +23,3 @@ class UsageError : public UciError
 public:
     using UciError::UciError;
 };
-
-} // namespace sim

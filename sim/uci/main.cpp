@@ -7,7 +7,7 @@
 
 int main(int argc, char* argv[])
 {
-    const sim::ToolResult result = sim::runTool({argv + 1, argv + argc});
+    const ToolResult result = runTool({argv + 1, argv + argc});
     std::fputs(result.output.c_str(), stdout);
     std::fputs(result.errors.c_str(), stderr);
     return std::fflush(stdout) == 0 ? result.status : 1;

@@ -11,13 +11,11 @@
 namespace
 {
 
-using sim::Change;
-
 std::string changed(const std::string& text, const Change& change)
 {
-    sim::Package package = sim::parseConfig("c", text);
+    Package package = parseConfig("c", text);
     change.applyTo(package);
-    return sim::writeConfig(package);
+    return writeConfig(package);
 }
 
 TEST(Change, settingAnOptionKeepsItsPlace)
@@ -50,19 +48,19 @@ TEST(Change, removingWhatIsGoneChangesNothing)
 TEST(Change, aKeptChangeIsReadAsItWas)
 {
     const Change change{Change::Kind::set, "s", "o", "it's\ntwo lines"};
-    const auto read = sim::parseChanges(change.describe("c") + "\n");
+    const auto read = parseChanges(change.describe("c") + "\n");
     ASSERT_EQ(read.size(), 1U);
     EXPECT_EQ(read[0].value, change.value);
 }
 
 TEST(Change, aKeptRemovalIsReadAsARemoval)
 {
-    EXPECT_EQ(sim::parseChanges("-c.s.o\n").at(0).kind, Change::Kind::remove);
+    EXPECT_EQ(parseChanges("-c.s.o\n").at(0).kind, Change::Kind::remove);
 }
 
 TEST(Change, nonsenseInTheStoreIsLeftOut)
 {
-    EXPECT_EQ(sim::parseChanges("rubbish\nc.s.o='1'\n-c.s.o=1\n").size(), 1U);
+    EXPECT_EQ(parseChanges("rubbish\nc.s.o='1'\n-c.s.o=1\n").size(), 1U);
 }
 
 } // namespace

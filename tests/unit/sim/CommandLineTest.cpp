@@ -14,7 +14,7 @@ class UciCommandLine : public UciSandbox
 
 TEST_F(UciCommandLine, withoutACommandItSaysSo)
 {
-    EXPECT_EQ(sim::runTool({}).errors.substr(0, 21), "uci: command missing\n");
+    EXPECT_EQ(runTool({}).errors.substr(0, 21), "uci: command missing\n");
 }
 
 TEST_F(UciCommandLine, anUnknownCommandIsNamed)
@@ -34,7 +34,7 @@ TEST_F(UciCommandLine, anUnknownOptionIsNamed)
 
 TEST_F(UciCommandLine, aDirectoryOptionNeedsADirectory)
 {
-    EXPECT_EQ(sim::runTool({"-c"}).status, 255);
+    EXPECT_EQ(runTool({"-c"}).status, 255);
 }
 
 TEST_F(UciCommandLine, aMissingArgumentIsNoticed)
@@ -66,7 +66,7 @@ TEST_F(UciCommandLine, aQuietFailureIsStillAFailure)
 TEST_F(UciCommandLine, theChangesDirectoryHasTwoOptions)
 {
     writeConfig("c", "config t s\n");
-    sim::runTool({"-c", configs(), "-P", staged(), "set", "c.s.o=1"});
+    runTool({"-c", configs(), "-P", staged(), "set", "c.s.o=1"});
     EXPECT_EQ(output({"get", "c.s.o"}), "1\n");
 }
 

@@ -10,10 +10,6 @@
 namespace
 {
 
-using sim::Package;
-using sim::parseConfig;
-using sim::UciError;
-
 std::string errorOf(const std::string& text)
 {
     try {

@@ -15,12 +15,12 @@ class PackageWithThreeSections : public testing::Test
 protected:
     std::string nameOf(std::string_view selector) const
     {
-        const sim::Section* section = package.find(selector);
+        const Section* section = package.find(selector);
         return section == nullptr ? "(none)" : section->find("id")->values.front();
     }
 
-    const sim::Package package =
-        sim::parseConfig("test", "config t; option id first; config u n; option id second; config t; option id third");
+    const Package package =
+        parseConfig("test", "config t; option id first; config u n; option id second; config t; option id third");
 };
 
 TEST_F(PackageWithThreeSections, findsASectionByName)

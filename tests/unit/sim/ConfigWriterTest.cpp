@@ -12,24 +12,24 @@ namespace
 
 TEST(ConfigWriter, writesSectionsOptionsAndListsInTheUsualForm)
 {
-    const sim::Package package = sim::parseConfig("test", "config t s; option a 1; list b x; list b y; config u");
-    EXPECT_EQ(sim::writeConfig(package), "\nconfig t 's'\n"
-                                         "\toption a '1'\n"
-                                         "\tlist b 'x'\n"
-                                         "\tlist b 'y'\n"
-                                         "\nconfig u\n"
-                                         "\n");
+    const Package package = parseConfig("test", "config t s; option a 1; list b x; list b y; config u");
+    EXPECT_EQ(writeConfig(package), "\nconfig t 's'\n"
+                                    "\toption a '1'\n"
+                                    "\tlist b 'x'\n"
+                                    "\tlist b 'y'\n"
+                                    "\nconfig u\n"
+                                    "\n");
 }
 
 TEST(ConfigWriter, aQuoteInAValueSurvives)
 {
-    EXPECT_EQ(sim::quoted("it's"), R"('it'\''s')");
+    EXPECT_EQ(quoted("it's"), R"('it'\''s')");
 }
 
 TEST(ConfigWriter, whatItWritesReadsAsTheSame)
 {
     const std::string text = "\nconfig t 's'\n\toption a 'x '\\'' \" \\ # ;\ny'\n\n";
-    EXPECT_EQ(sim::writeConfig(sim::parseConfig("test", text)), text);
+    EXPECT_EQ(writeConfig(parseConfig("test", text)), text);
 }
 
 } // namespace

@@ -10,8 +10,6 @@
 namespace
 {
 
-using sim::Key;
-
 TEST(Key, hasUpToThreeParts)
 {
     const Key key = Key::parse("network.lan.ipaddr");
@@ -46,7 +44,7 @@ class InvalidKey : public testing::TestWithParam<const char*>
 
 TEST_P(InvalidKey, isRefused)
 {
-    EXPECT_THROW(Key::parse(GetParam()), sim::UciError);
+    EXPECT_THROW(Key::parse(GetParam()), UciError);
 }
 
 INSTANTIATE_TEST_SUITE_P(Key, InvalidKey,

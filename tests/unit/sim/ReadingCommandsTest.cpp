@@ -96,7 +96,7 @@ TEST_F(ReadingCommands, hiddenFilesAreNoConfigurations)
 {
     writeConfig(".backup", "rubbish\n");
     EXPECT_EQ(uci({"show"}).status, 0);
-    sim::removeFile(configs() + "/.backup");
+    removeFile(configs() + "/.backup");
 }
 
 } // namespace

@@ -20,14 +20,14 @@ protected:
     {
         std::string pattern = testing::TempDir() + "uci.XXXXXX";
         root = ::mkdtemp(pattern.data());
-        sim::makeDirectory(configs());
+        makeDirectory(configs());
     }
 
     ~UciSandbox() override
     {
         for (const std::string& directory : {configs(), staged()}) {
-            for (const std::string& name : sim::listFiles(directory))
-                sim::removeFile(directory + "/" + name);
+            for (const std::string& name : listFiles(directory))
+                removeFile(directory + "/" + name);
             ::rmdir(directory.c_str());
         }
         ::rmdir(root.c_str());
@@ -36,24 +36,18 @@ protected:
     std::string configs() const { return root + "/config"; }
     std::string staged() const { return root + "/staged"; }
 
-    void writeConfig(const std::string& name, const std::string& text)
-    {
-        sim::replaceFile(configs() + "/" + name, text);
-    }
-    std::string config(const std::string& name) const
-    {
-        return sim::readFile(configs() + "/" + name).value_or("(none)");
-    }
+    void writeConfig(const std::string& name, const std::string& text) { replaceFile(configs() + "/" + name, text); }
+    std::string config(const std::string& name) const { return readFile(configs() + "/" + name).value_or("(none)"); }
 
-    sim::ToolResult uci(std::vector<std::string> arguments) const
+    ToolResult uci(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin(), {"-c", configs(), "-t", staged()});
-        return sim::runTool(arguments);
+        return runTool(arguments);
     }
 
     std::string output(const std::vector<std::string>& arguments) const
     {
-        const sim::ToolResult result = uci(arguments);
+        const ToolResult result = uci(arguments);
         EXPECT_EQ(result.errors, "");
         EXPECT_EQ(result.status, 0);
         return result.output;
