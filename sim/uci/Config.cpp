@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <optional>
+
+#include "sim/uci/Names.h"
+#include "sim/uci/UciError.h"
 
 namespace
 {
@@ -18,17 +20,19 @@ struct IndexedSelector {
     int index;
 };
 
-// "@type[i]"; nothing for any other text.
-std::optional<IndexedSelector> parseIndexed(std::string_view selector)
+// "@type[i]"
+IndexedSelector parseIndexed(std::string_view selector)
 {
     const std::size_t bracket = selector.find('[');
-    if (!selector.starts_with('@') || bracket == std::string_view::npos || !selector.ends_with(']'))
-        return std::nullopt;
+    if (!selector.starts_with('@') || bracket == std::string_view::npos || !selector.ends_with(']')) {
+        throw UciError::invalidArgument();
+    }
     const std::string_view digits = selector.substr(bracket + 1, selector.size() - bracket - 2);
     int index = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), index);
-    if (error != std::errc{} || end != digits.data() + digits.size())
-        return std::nullopt;
+    if (error != std::errc{} || end != digits.data() + digits.size()) {
+        throw UciError::invalidArgument();
+    }
     return IndexedSelector{selector.substr(1, bracket - 1), index};
 }
 
@@ -36,31 +40,24 @@ const Section* findIndexed(const std::vector<Section>& sections, IndexedSelector
 {
     std::vector<const Section*> candidates;
     for (const Section& section : sections) {
-        if (wanted.type.empty() || section.type == wanted.type)
+        if (wanted.type.empty() || section.type == wanted.type) {
             candidates.push_back(&section);
+        }
     }
     const int count = static_cast<int>(candidates.size());
     const int index = wanted.index < 0 ? wanted.index + count : wanted.index;
     return index >= 0 && index < count ? candidates[static_cast<std::size_t>(index)] : nullptr;
 }
 
-std::uint32_t hash(std::uint32_t seed, std::string_view text)
+// Bernstein's hash. It is taken when the section begins, so its options do not count.
+std::string madeUpName(std::string_view type, std::size_t number)
 {
-    for (const char c : text)
-        seed = seed * 33 + static_cast<unsigned char>(c);
-    return seed;
-}
-
-std::string anonymousName(const Section& section, unsigned number)
-{
-    std::uint32_t sum = hash(~0U, section.type);
-    for (const Option& option : section.options) {
-        sum = hash(sum, option.name);
-        for (const std::string& value : option.values)
-            sum = hash(sum, value);
+    std::uint32_t hash = 5381;
+    for (const char c : type) {
+        hash = hash * 33 + static_cast<unsigned char>(c);
     }
-    char text[16];
-    std::snprintf(text, sizeof text, "cfg%02x%04x", number & 0xffU, sum & 0xffffU);
+    char text[32];
+    std::snprintf(text, sizeof text, "cfg%02zx%04x", number, static_cast<unsigned>(hash & 0xffffU));
     return text;
 }
 
@@ -81,8 +78,9 @@ Option* Section::find(std::string_view optionName)
 void Section::set(std::string_view optionName, std::string_view value)
 {
     Option* option = find(optionName);
-    if (option == nullptr)
+    if (option == nullptr) {
         option = &options.emplace_back(Option{std::string(optionName), false, {}});
+    }
     option->isList = false;
     option->values.assign(1, std::string(value));
 }
@@ -90,21 +88,23 @@ void Section::set(std::string_view optionName, std::string_view value)
 void Section::append(std::string_view optionName, std::string value)
 {
     Option* option = find(optionName);
-    if (option == nullptr)
+    if (option == nullptr) {
         option = &options.emplace_back(Option{std::string(optionName), true, {}});
+    }
     option->isList = true;
     option->values.push_back(std::move(value));
 }
 
-void Section::remove(std::string_view optionName)
+bool Section::remove(std::string_view optionName)
 {
-    std::erase_if(options, [&](const Option& option) { return option.name == optionName; });
+    return std::erase_if(options, [&](const Option& option) { return option.name == optionName; }) > 0;
 }
 
 const Section* Package::find(std::string_view selector) const
 {
-    if (const auto indexed = parseIndexed(selector))
-        return findIndexed(sections, *indexed);
+    if (!isName(selector)) {
+        return findIndexed(sections, parseIndexed(selector));
+    }
     const auto found = std::ranges::find(sections, selector, &Section::name);
     return found == sections.end() ? nullptr : &*found;
 }
@@ -117,25 +117,26 @@ Section* Package::find(std::string_view selector)
 
 std::string Package::displayName(const Section& section) const
 {
-    if (!section.anonymous)
+    if (!section.anonymous) {
         return section.name;
+    }
     int index = 0;
     for (const Section& other : sections) {
-        if (&other == &section)
+        if (&other == &section) {
             break;
+        }
         index += other.type == section.type ? 1 : 0;
     }
     return std::string("@").append(section.type).append("[").append(std::to_string(index)).append("]");
 }
 
-void Package::nameAnonymousSections()
+void Package::add(std::string type, std::string sectionName)
 {
-    unsigned number = 0;
-    for (Section& section : sections) {
-        ++number;
-        if (section.anonymous)
-            section.name = anonymousName(section, number);
+    const bool anonymous = sectionName.empty();
+    if (anonymous) {
+        sectionName = madeUpName(type, sections.size() + 1);
     }
+    sections.push_back({std::move(type), std::move(sectionName), anonymous, {}});
 }
 
 void Package::remove(std::string_view sectionName)

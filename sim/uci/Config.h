@@ -27,7 +27,8 @@ struct Section {
     void set(std::string_view optionName, std::string_view value);
     // Adds to the option as a list; a single value becomes the list's first item.
     void append(std::string_view optionName, std::string value);
-    void remove(std::string_view optionName);
+    // False if there is none.
+    bool remove(std::string_view optionName);
 };
 
 // One configuration file: its sections in file order.
@@ -36,15 +37,16 @@ struct Package {
     std::vector<Section> sections;
 
     // The section with this name, or number i of its type for "@type[i]" (negative: from the end; no type: any).
-    // Null if there is none.
+    // Null if there is none; throws UciError for a text that is neither.
     const Section* find(std::string_view selector) const;
     Section* find(std::string_view selector);
 
     // "@type[i]" for a section that has no name of its own, else its name.
     std::string displayName(const Section& section) const;
 
-    // Gives sections without a name one that is the same each time the same file is read: staged changes refer to it.
-    void nameAnonymousSections();
+    // Adds a section at the end. One without a name gets one that is the same each time the same file is read, because
+    // staged changes refer to it: "cfg", its number among the sections, and four digits made from its type.
+    void add(std::string type, std::string sectionName);
 
     void remove(std::string_view sectionName);
 };

@@ -7,10 +7,11 @@ std::string quoted(std::string_view value)
 {
     std::string text = "'";
     for (const char c : value) {
-        if (c == '\'')
+        if (c == '\'') {
             text += "'\\''";
-        else
+        } else {
             text += c;
+        }
     }
     return text + "'";
 }
@@ -20,12 +21,14 @@ std::string writeConfig(const Package& package)
     std::string text;
     for (const Section& section : package.sections) {
         text += "\nconfig " + section.type;
-        if (!section.anonymous)
+        if (!section.anonymous) {
             text.append(" ").append(quoted(section.name));
+        }
         text += "\n";
         for (const Option& option : section.options) {
-            for (const std::string& value : option.values)
+            for (const std::string& value : option.values) {
                 text.append(option.isList ? "\tlist " : "\toption ").append(option.name + " " + quoted(value) + "\n");
+            }
         }
     }
     return text + "\n";

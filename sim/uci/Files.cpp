@@ -39,7 +39,7 @@ void writeAll(const std::string& path, int flags, std::string_view text)
 {
     const Descriptor file(path, flags);
     if (file.get() < 0 || ::write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-        throw UciError::io(path);
+        throw UciError::io();
 }
 
 bool isRegularFile(const std::string& path)
@@ -62,7 +62,7 @@ std::optional<std::string> readFile(const std::string& path)
     while ((count = ::read(file.get(), piece, sizeof piece)) > 0)
         text.append(piece, static_cast<std::size_t>(count));
     if (count < 0)
-        throw UciError::io(path);
+        throw UciError::io();
     return text;
 }
 
@@ -76,19 +76,19 @@ void replaceFile(const std::string& path, std::string_view text)
     const std::string fresh = path + ".new";
     writeAll(fresh, O_WRONLY | O_CREAT | O_TRUNC, text);
     if (std::rename(fresh.c_str(), path.c_str()) != 0)
-        throw UciError::io(path);
+        throw UciError::io();
 }
 
 void removeFile(const std::string& path)
 {
     if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        throw UciError::io(path);
+        throw UciError::io();
 }
 
 void makeDirectory(const std::string& path)
 {
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        throw UciError::io(path);
+        throw UciError::io();
 }
 
 std::vector<std::string> listFiles(const std::string& path)

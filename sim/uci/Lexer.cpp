@@ -18,9 +18,15 @@ bool endsStatement(char c)
     return c == '\n' || c == ';';
 }
 
-UciError openQuote(std::size_t line)
+// A comment needs no blank before it.
+bool endsWord(char c)
 {
-    return UciError("Parse error (unterminated quote) at line " + std::to_string(line));
+    return isBlank(c) || endsStatement(c) || c == '#';
+}
+
+UciError openQuote(char quote, std::size_t line)
+{
+    return UciError(std::string("Parse error (EOF with unterminated ") + quote + ") at line " + std::to_string(line));
 }
 
 } // namespace
@@ -28,54 +34,72 @@ UciError openQuote(std::size_t line)
 char Lexer::take()
 {
     const char c = text[position++];
-    if (c == '\n')
+    if (c == '\n') {
         ++currentLine;
+    }
     return c;
 }
 
 void Lexer::skipComment()
 {
-    while (!atEnd() && text[position] != '\n')
+    while (!atEnd() && text[position] != '\n') {
         ++position;
+    }
+}
+
+void Lexer::takeEscaped(std::string& word)
+{
+    if (atEnd()) {
+        return;
+    }
+    const char c = take();
+    if (c != '\n') { // an escaped line end joins two lines
+        word += c;
+    }
 }
 
 void Lexer::takeSingleQuoted(std::string& word)
 {
     while (!atEnd()) {
         const char c = take();
-        if (c == '\'')
+        if (c == '\'') {
             return;
+        }
         word += c;
     }
-    throw openQuote(statementLine);
+    throw openQuote('\'', statementLine);
 }
 
 void Lexer::takeDoubleQuoted(std::string& word)
 {
     while (!atEnd()) {
-        char c = take();
-        if (c == '"')
+        const char c = take();
+        if (c == '"') {
             return;
-        if (c == '\\' && !atEnd())
-            c = take();
-        word += c;
+        }
+        if (c == '\\') {
+            takeEscaped(word);
+        } else {
+            word += c;
+        }
     }
-    throw openQuote(statementLine);
+    throw openQuote('"', statementLine);
 }
 
 std::string Lexer::takeWord()
 {
     std::string word;
-    while (!atEnd() && !isBlank(text[position]) && !endsStatement(text[position])) {
+    while (!atEnd() && !endsWord(text[position])) {
         const char c = take();
-        if (c == '\'')
+        if (c == '\'') {
             takeSingleQuoted(word);
-        else if (c == '"')
+        } else if (c == '"') {
             takeDoubleQuoted(word);
-        else if (c == '\\' && !atEnd())
-            word += take();
-        else
+        } else if (c == '\\') {
+            takeEscaped(word);
+        } else {
             word += c;
+        }
     }
     return word;
 }
@@ -90,12 +114,13 @@ bool Lexer::takeStatement(std::vector<std::string>& words)
             take();
             break;
         }
-        if (isBlank(c))
+        if (isBlank(c)) {
             ++position;
-        else if (c == '#')
+        } else if (c == '#') {
             skipComment();
-        else
+        } else {
             words.push_back(takeWord());
+        }
     }
     return !words.empty();
 }
@@ -103,8 +128,9 @@ bool Lexer::takeStatement(std::vector<std::string>& words)
 bool Lexer::next(std::vector<std::string>& words)
 {
     while (!atEnd()) {
-        if (takeStatement(words))
+        if (takeStatement(words)) {
             return true;
+        }
     }
     return false;
 }

@@ -27,6 +27,7 @@ private:
     bool atEnd() const { return position >= text.size(); }
     char take();
     void skipComment();
+    void takeEscaped(std::string& word);
     void takeSingleQuoted(std::string& word);
     void takeDoubleQuoted(std::string& word);
     std::string takeWord();

@@ -14,7 +14,10 @@ public:
 
     static UciError notFound() { return UciError("Entry not found"); }
     static UciError invalidArgument() { return UciError("Invalid argument"); }
-    static UciError io(const std::string& path) { return UciError("I/O error: " + path); }
+    static UciError unreadableKey() { return UciError("Parse error"); }
+    static UciError io() { return UciError("I/O error"); }
+    // Some commands fail without a word.
+    static UciError silent() { return UciError(""); }
 };
 
 // The command line itself makes no sense.
@@ -22,4 +25,11 @@ class UsageError : public UciError
 {
 public:
     using UciError::UciError;
+};
+
+// The real tool could do this.
+class NotSimulated : public std::runtime_error
+{
+public:
+    explicit NotSimulated(const std::string& what) : std::runtime_error(what + " is not simulated") {}
 };

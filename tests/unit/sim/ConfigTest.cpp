@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "sim/uci/ConfigParser.h"
+#include "sim/uci/UciError.h"
 
 namespace
 {
@@ -23,47 +24,54 @@ protected:
         parseConfig("test", "config t; option id first; config u n; option id second; config t; option id third");
 };
 
-TEST_F(PackageWithThreeSections, findsASectionByName)
+TEST_F(PackageWithThreeSections, FindsASectionByName)
 {
     EXPECT_EQ(nameOf("n"), "second");
 }
 
-TEST_F(PackageWithThreeSections, countsTheSectionsOfATypeFromZero)
+TEST_F(PackageWithThreeSections, CountsTheSectionsOfATypeFromZero)
 {
     EXPECT_EQ(nameOf("@t[1]"), "third");
 }
 
-TEST_F(PackageWithThreeSections, aNegativeIndexCountsFromTheEnd)
+TEST_F(PackageWithThreeSections, ANegativeIndexCountsFromTheEnd)
 {
     EXPECT_EQ(nameOf("@t[-2]"), "first");
 }
 
-TEST_F(PackageWithThreeSections, anIndexWithoutTypeCountsAllSections)
+TEST_F(PackageWithThreeSections, AnIndexWithoutTypeCountsAllSections)
 {
     EXPECT_EQ(nameOf("@[1]"), "second");
 }
 
-TEST_F(PackageWithThreeSections, anIndexBehindTheLastFindsNothing)
+TEST_F(PackageWithThreeSections, AnIndexBehindTheLastFindsNothing)
 {
     EXPECT_EQ(nameOf("@t[2]"), "(none)");
 }
 
-TEST_F(PackageWithThreeSections, anIndexBeforeTheFirstFindsNothing)
+TEST_F(PackageWithThreeSections, AnIndexBeforeTheFirstFindsNothing)
 {
     EXPECT_EQ(nameOf("@t[-3]"), "(none)");
 }
 
-TEST_F(PackageWithThreeSections, anIndexThatIsNoNumberFindsNothing)
+TEST_F(PackageWithThreeSections, WhatIsNeitherNameNorIndexIsRefused)
 {
-    EXPECT_EQ(nameOf("@t[x]"), "(none)");
+    for (const char* selector : {"@t[x]", "@t", "t-u", ""}) {
+        EXPECT_THROW(nameOf(selector), UciError) << selector;
+    }
 }
 
-TEST_F(PackageWithThreeSections, anAnonymousSectionIsShownByTypeAndIndex)
+TEST_F(PackageWithThreeSections, AnAnonymousSectionIsNamedAfterItsNumberAndType)
+{
+    EXPECT_EQ(package.sections[2].name, "cfg03b619");
+}
+
+TEST_F(PackageWithThreeSections, AnAnonymousSectionIsShownByTypeAndIndex)
 {
     EXPECT_EQ(package.displayName(package.sections[2]), "@t[1]");
 }
 
-TEST_F(PackageWithThreeSections, aNamedSectionIsShownByName)
+TEST_F(PackageWithThreeSections, ANamedSectionIsShownByName)
 {
     EXPECT_EQ(package.displayName(package.sections[1]), "n");
 }

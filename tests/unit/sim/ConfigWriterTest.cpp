@@ -10,7 +10,7 @@
 namespace
 {
 
-TEST(ConfigWriter, writesSectionsOptionsAndListsInTheUsualForm)
+TEST(ConfigWriter, WritesSectionsOptionsAndListsInTheUsualForm)
 {
     const Package package = parseConfig("test", "config t s; option a 1; list b x; list b y; config u");
     EXPECT_EQ(writeConfig(package), "\nconfig t 's'\n"
@@ -21,12 +21,12 @@ TEST(ConfigWriter, writesSectionsOptionsAndListsInTheUsualForm)
                                     "\n");
 }
 
-TEST(ConfigWriter, aQuoteInAValueSurvives)
+TEST(ConfigWriter, AQuoteInAValueSurvives)
 {
     EXPECT_EQ(quoted("it's"), R"('it'\''s')");
 }
 
-TEST(ConfigWriter, whatItWritesReadsAsTheSame)
+TEST(ConfigWriter, WhatItWritesReadsAsTheSame)
 {
     const std::string text = "\nconfig t 's'\n\toption a 'x '\\'' \" \\ # ;\ny'\n\n";
     EXPECT_EQ(writeConfig(parseConfig("test", text)), text);

@@ -11,7 +11,7 @@ class ReadingCommands : public UciSandbox
 protected:
     ReadingCommands()
     {
-        writeConfig("system", "config system\n\toption hostname 'card1'\n\toption empty ''\n"
+        writeConfig("system", "config system\n\toption hostname 'card1'\n"
                               "config timeserver 'ntp'\n\tlist server 'a b'\n\tlist server c\n");
     }
 };
@@ -19,11 +19,6 @@ protected:
 TEST_F(ReadingCommands, getPrintsAValue)
 {
     EXPECT_EQ(output({"get", "system.@system[0].hostname"}), "card1\n");
-}
-
-TEST_F(ReadingCommands, getPrintsAnEmptyValueAsAnEmptyLine)
-{
-    EXPECT_EQ(output({"get", "system.@system[0].empty"}), "\n");
 }
 
 TEST_F(ReadingCommands, getPrintsAListOnOneLine)
@@ -66,7 +61,6 @@ TEST_F(ReadingCommands, showPrintsAWholeConfiguration)
 {
     EXPECT_EQ(output({"show", "system"}), "system.@system[0]=system\n"
                                           "system.@system[0].hostname='card1'\n"
-                                          "system.@system[0].empty=''\n"
                                           "system.ntp=timeserver\n"
                                           "system.ntp.server='a b' 'c'\n");
 }
