@@ -8,6 +8,7 @@
 #include <cstddef>
 
 #include "sim/uci/ConfigWriter.h"
+#include "sim/uci/Key.h"
 #include "sim/uci/UciError.h"
 
 namespace
@@ -131,14 +132,19 @@ std::string changes(const ConfigStore& store, const Arguments& arguments)
 
 std::string commit(const ConfigStore& store, const Arguments& arguments)
 {
-    for (const std::string& config : selectedConfigs(store, arguments))
+    for (const std::string& config : selectedConfigs(store, arguments)) {
+        store.load(config);
         store.commit(config);
+    }
     return "";
 }
 
 std::string revert(const ConfigStore& store, const Arguments& arguments)
 {
-    store.revert(keyWithoutValue(arguments.front()));
+    const Key key = keyWithoutValue(arguments.front());
+    const Package package = store.load(key.config);
+    const Section* section = key.section.empty() ? nullptr : package.find(key.section);
+    store.revert(key.config, section != nullptr ? section->name : key.section, key.option);
     return "";
 }
 

@@ -3,8 +3,6 @@
 
 #include "sim/uci/ConfigStore.h"
 
-#include <algorithm>
-
 #include "sim/uci/ConfigParser.h"
 #include "sim/uci/ConfigWriter.h"
 #include "sim/uci/Files.h"
@@ -19,6 +17,16 @@ bool isBelow(const Change& change, const std::string& section, const std::string
     return section.empty() || (change.section == section && (option.empty() || change.option == option));
 }
 
+// How many changes found their place.
+int apply(const std::vector<Change>& changes, Package& package)
+{
+    int count = 0;
+    for (const Change& change : changes) {
+        count += change.applyTo(package) ? 1 : 0;
+    }
+    return count;
+}
+
 } // namespace
 
 ConfigStore::ConfigStore(std::string configs, std::string changes)
@@ -29,29 +37,37 @@ ConfigStore::ConfigStore(std::string configs, std::string changes)
 std::vector<std::string> ConfigStore::names() const
 {
     std::vector<std::string> found = listFiles(configDirectory);
+    if (found.empty()) {
+        throw UciError::notFound();
+    }
     std::erase_if(found, [](const std::string& name) { return !isConfigName(name); });
     return found;
 }
 
 Package ConfigStore::committed(const std::string& config) const
 {
-    const std::optional<std::string> text = readFile(configDirectory + "/" + config);
-    if (!text)
+    const std::optional<std::string> text = readFile(configPath(config));
+    if (!text) {
         throw UciError::notFound();
+    }
     return parseConfig(config, *text);
 }
 
 Package ConfigStore::load(const std::string& config) const
 {
     Package package = committed(config);
-    for (const Change& change : staged(config))
-        change.applyTo(package);
+    ::apply(staged(config), package);
     return package;
+}
+
+StagedChanges ConfigStore::readStaged(const std::string& config) const
+{
+    return parseChanges(config, readFile(changesPath(config)).value_or(""));
 }
 
 std::vector<Change> ConfigStore::staged(const std::string& config) const
 {
-    return parseChanges(readFile(changesPath(config)).value_or(""));
+    return readStaged(config).changes;
 }
 
 void ConfigStore::stage(const std::string& config, const Change& change) const
@@ -62,26 +78,27 @@ void ConfigStore::stage(const std::string& config, const Change& change) const
 
 void ConfigStore::commit(const std::string& config) const
 {
-    const Package package = load(config);
-    if (staged(config).empty())
+    requireWritable(configPath(config));
+    Package package = committed(config);
+    if (::apply(staged(config), package) == 0) {
         return;
-    replaceFile(configDirectory + "/" + config, writeConfig(package));
-    removeFile(changesPath(config));
+    }
+    rewriteFile(changesPath(config), "");
+    replaceFile(configPath(config), writeConfig(package));
 }
 
-void ConfigStore::revert(const Key& key) const
+void ConfigStore::revert(const std::string& config, const std::string& section, const std::string& option) const
 {
-    const Package package = load(key.config);
-    const Section* section = package.find(key.section);
-    const std::string name = section == nullptr ? key.section : section->name;
-
-    std::string kept;
-    for (const Change& change : staged(key.config)) {
-        if (!isBelow(change, name, key.option))
-            kept += change.describe(key.config) + "\n";
+    const StagedChanges staged = readStaged(config);
+    // One line that cannot be read keeps all of them, with the real tool as well.
+    if (staged.changes.empty() || staged.hasNonsense) {
+        return;
     }
-    if (kept.empty())
-        removeFile(changesPath(key.config));
-    else
-        replaceFile(changesPath(key.config), kept);
+    std::string kept;
+    for (const Change& change : staged.changes) {
+        if (!isBelow(change, section, option)) {
+            kept += change.describe(config) + "\n";
+        }
+    }
+    rewriteFile(changesPath(config), kept);
 }

@@ -4,8 +4,8 @@
 #include "sim/uci/Files.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -20,12 +20,13 @@ namespace
 class Descriptor
 {
 public:
-    Descriptor(const std::string& path, int flags) : fd(::open(path.c_str(), flags | O_CLOEXEC, 0644)) {}
-    ~Descriptor()
+    explicit Descriptor(int opened) : fd(opened)
     {
-        if (fd >= 0)
-            ::close(fd);
+        if (fd < 0) {
+            throw UciError::io();
+        }
     }
+    ~Descriptor() { ::close(fd); }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
 
@@ -35,11 +36,9 @@ private:
     int fd;
 };
 
-void writeAll(const std::string& path, int flags, std::string_view text)
+void write(const Descriptor& file, std::string_view text)
 {
-    const Descriptor file(path, flags);
-    if (file.get() < 0 || ::write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-        throw UciError::io();
+    [[maybe_unused]] const ssize_t written = ::write(file.get(), text.data(), text.size());
 }
 
 bool isRegularFile(const std::string& path)
@@ -49,46 +48,64 @@ bool isRegularFile(const std::string& path)
     return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+// A file that is no configuration, beside the one it is to replace.
+std::string freshName(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/') + 1;
+    return path.substr(0, slash) + "." + path.substr(slash) + ".uci-XXXXXX";
+}
+
 } // namespace
 
 std::optional<std::string> readFile(const std::string& path)
 {
-    const Descriptor file(path, O_RDONLY);
-    if (file.get() < 0 && errno == ENOENT)
+    if (!isRegularFile(path)) {
         return std::nullopt;
+    }
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::string text;
     char piece[4096];
     ssize_t count = 0;
-    while ((count = ::read(file.get(), piece, sizeof piece)) > 0)
+    while ((count = ::read(file.get(), piece, sizeof piece)) > 0) {
         text.append(piece, static_cast<std::size_t>(count));
-    if (count < 0)
-        throw UciError::io();
+    }
     return text;
+}
+
+void requireWritable(const std::string& path)
+{
+    const Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
 }
 
 void appendToFile(const std::string& path, std::string_view text)
 {
-    writeAll(path, O_WRONLY | O_CREAT | O_APPEND, text);
+    write(Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)), text);
+}
+
+void rewriteFile(const std::string& path, std::string_view text)
+{
+    write(Descriptor(::open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC)), text);
 }
 
 void replaceFile(const std::string& path, std::string_view text)
 {
-    const std::string fresh = path + ".new";
-    writeAll(fresh, O_WRONLY | O_CREAT | O_TRUNC, text);
-    if (std::rename(fresh.c_str(), path.c_str()) != 0)
-        throw UciError::io();
+    std::string fresh = freshName(path);
+    write(Descriptor(::mkostemp(fresh.data(), O_CLOEXEC)), text);
+    struct stat former {
+    };
+    const bool isReplaced = ::stat(path.c_str(), &former) == 0 && ::chmod(fresh.c_str(), former.st_mode) == 0 &&
+                            ::rename(fresh.c_str(), path.c_str()) == 0;
+    if (isReplaced) {
+        return;
+    }
+    ::unlink(fresh.c_str());
+    throw UciError::io();
 }
 
-void removeFile(const std::string& path)
-{
-    if (::unlink(path.c_str()) != 0 && errno != ENOENT)
-        throw UciError::io();
-}
-
+// What cannot be made is noticed when a file in it is opened.
 void makeDirectory(const std::string& path)
 {
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST)
-        throw UciError::io();
+    ::mkdir(path.c_str(), 0700);
 }
 
 std::vector<std::string> listFiles(const std::string& path)
@@ -97,8 +114,9 @@ std::vector<std::string> listFiles(const std::string& path)
     std::vector<std::string> names;
     while (const dirent* entry = directory ? ::readdir(directory.get()) : nullptr) {
         const std::string name = entry->d_name;
-        if (!name.starts_with('.') && isRegularFile(std::string(path).append("/").append(name)))
+        if (!name.starts_with('.') && isRegularFile(std::string(path).append("/").append(name))) {
             names.push_back(name);
+        }
     }
     std::ranges::sort(names);
     return names;

@@ -8,19 +8,25 @@
 #include <string_view>
 #include <vector>
 
-// Whole small files. Operations that fail for another reason than a missing file throw UciError.
+// Whole small files, treated as carelessly as the real tool does it: what cannot be opened throws UciError, but nobody
+// looks whether a write succeeds.
 
-// Nothing if the file does not exist.
+// Nothing if there is no regular file of this name.
 std::optional<std::string> readFile(const std::string& path);
+
+// Makes the file if there is none.
+void requireWritable(const std::string& path);
 
 // Appends with a single write, so that two processes never mix their lines.
 void appendToFile(const std::string& path, std::string_view text);
 
-// Replaces the file at once: a reader sees the old text or the new one.
+// Writes over the file itself.
+void rewriteFile(const std::string& path, std::string_view text);
+
+// Replaces a file that is there at once: a reader sees the old text or the new one. Its mode stays.
 void replaceFile(const std::string& path, std::string_view text);
 
-void removeFile(const std::string& path);
 void makeDirectory(const std::string& path);
 
-// Names of the regular files, sorted, hidden ones left out; empty if the directory does not exist.
+// Names of the regular files, sorted, hidden ones left out; empty if the directory cannot be read.
 std::vector<std::string> listFiles(const std::string& path);

@@ -15,8 +15,9 @@ namespace
 std::optional<std::string> cut(std::string& text, char separator)
 {
     const std::size_t position = text.find(separator);
-    if (position == std::string::npos)
+    if (position == std::string::npos) {
         return std::nullopt;
+    }
     std::string rest = text.substr(position + 1);
     text.resize(position);
     return rest;
@@ -34,9 +35,13 @@ Key Key::parse(std::string_view text)
     const std::optional<std::string> option = cut(key.section, '.');
     key.option = option.value_or("");
 
-    const bool valid =
-        isConfigName(key.config) && (!section || isSectionSelector(key.section)) && (!option || isName(key.option));
-    if (!valid)
+    const bool isReadable =
+        isConfigName(key.config) && (!option || isName(key.option)) && (!key.value || isText(*key.value));
+    if (!isReadable) {
+        throw UciError::unreadableKey();
+    }
+    if (section && key.section.empty()) {
         throw UciError::invalidArgument();
+    }
     return key;
 }

@@ -10,7 +10,7 @@
 // An address in the tool's dotted notation, "config[.section[.option]][=value]". Parts not given are empty.
 struct Key {
     std::string config;
-    std::string section;
+    std::string section; // a name, or "@type[i]"; whether it can be one is seen when it is looked up
     std::string option;
     std::optional<std::string> value;
 

@@ -27,7 +27,7 @@ bool isName(std::string_view text)
 
 bool isConfigName(std::string_view text)
 {
-    return !text.empty() && std::ranges::all_of(text, [](char c) { return isNameCharacter(c) || c == '-'; });
+    return isTypeName(text) && text.find_first_of("./=") == std::string_view::npos;
 }
 
 bool isTypeName(std::string_view text)
@@ -35,7 +35,8 @@ bool isTypeName(std::string_view text)
     return !text.empty() && std::ranges::all_of(text, isVisible);
 }
 
-bool isSectionSelector(std::string_view text)
+bool isText(std::string_view text)
 {
-    return isName(text) || (text.starts_with('@') && text.ends_with(']') && isTypeName(text));
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    return std::ranges::all_of(text, [&](char c) { return !isControl(c) || c == '\t' || c == '\n' || c == '\r'; });
 }

@@ -18,49 +18,74 @@ std::string changed(const std::string& text, const Change& change)
     return writeConfig(package);
 }
 
-TEST(Change, settingAnOptionKeepsItsPlace)
+TEST(Change, SettingAnOptionKeepsItsPlace)
 {
     EXPECT_EQ(changed("config t s; option a 1; option b 2", {Change::Kind::set, "s", "a", "3"}),
               "\nconfig t 's'\n\toption a '3'\n\toption b '2'\n\n");
 }
 
-TEST(Change, settingAListMakesItASingleValue)
+TEST(Change, SettingAListMakesItASingleValue)
 {
     EXPECT_EQ(changed("config t s; list a 1; list a 2", {Change::Kind::set, "s", "a", "3"}),
               "\nconfig t 's'\n\toption a '3'\n\n");
 }
 
-TEST(Change, settingTheTypeOfANewNameMakesASection)
+TEST(Change, SettingTheTypeOfANewNameMakesASection)
 {
     EXPECT_EQ(changed("", {Change::Kind::set, "s", "", "t"}), "\nconfig t 's'\n\n");
 }
 
-TEST(Change, removingASectionRemovesItsOptions)
+TEST(Change, RemovingASectionRemovesItsOptions)
 {
     EXPECT_EQ(changed("config t s; option a 1", {Change::Kind::remove, "s", "", ""}), "\n");
 }
 
-TEST(Change, removingWhatIsGoneChangesNothing)
+TEST(Change, RemovingWhatIsGoneChangesNothing)
 {
     EXPECT_EQ(changed("config t s", {Change::Kind::remove, "x", "a", ""}), "\nconfig t 's'\n\n");
 }
 
-TEST(Change, aKeptChangeIsReadAsItWas)
+TEST(Change, AKeptChangeIsReadAsItWas)
 {
     const Change change{Change::Kind::set, "s", "o", "it's\ntwo lines"};
-    const auto read = parseChanges(change.describe("c") + "\n");
+    const auto read = parseChanges("c", change.describe("c") + "\n").changes;
     ASSERT_EQ(read.size(), 1U);
     EXPECT_EQ(read[0].value, change.value);
 }
 
-TEST(Change, aKeptRemovalIsReadAsARemoval)
+TEST(Change, AKeptRemovalIsReadAsARemoval)
 {
-    EXPECT_EQ(parseChanges("-c.s.o\n").at(0).kind, Change::Kind::remove);
+    EXPECT_EQ(parseChanges("c", "-c.s.o\n").changes.at(0).kind, Change::Kind::remove);
 }
 
-TEST(Change, nonsenseInTheStoreIsLeftOut)
+TEST(Change, NonsenseInTheStoreIsLeftOutAndNoticed)
 {
-    EXPECT_EQ(parseChanges("rubbish\nc.s.o='1'\n-c.s.o=1\n").size(), 1U);
+    const StagedChanges read = parseChanges("c", "rubbish\nc.s.o='1'\n-c.s.o=1\nc.@t[0]='u'\nd.s.o='1'\n");
+    EXPECT_EQ(read.changes.size(), 1U);
+    EXPECT_TRUE(read.hasNonsense);
+}
+
+TEST(Change, AnOpenQuoteInTheStoreIsNonsense)
+{
+    EXPECT_TRUE(parseChanges("c", "c.s.o='1\n").hasNonsense);
+}
+
+TEST(Change, ATypeOfTheSameLengthLeavesASectionWithoutAName)
+{
+    EXPECT_EQ(changed("config system", {Change::Kind::set, "cfg01e48a", "", "sistem"}), "\nconfig sistem\n\n");
+}
+
+TEST(Change, ATypeOfAnotherLengthGivesASectionItsMadeUpName)
+{
+    EXPECT_EQ(changed("config system", {Change::Kind::set, "cfg01e48a", "", "t"}), "\nconfig t 'cfg01e48a'\n\n");
+}
+
+TEST(Change, WithoutItsSectionAChangeFindsNoPlace)
+{
+    Package package = parseConfig("c", "config t s");
+    EXPECT_FALSE((Change{Change::Kind::set, "x", "a", "1"}.applyTo(package)));
+    EXPECT_FALSE((Change{Change::Kind::remove, "s", "a", ""}.applyTo(package)));
+    EXPECT_TRUE((Change{Change::Kind::set, "s", "a", "1"}.applyTo(package)));
 }
 
 } // namespace

@@ -90,7 +90,7 @@ TEST_F(ReadingCommands, hiddenFilesAreNoConfigurations)
 {
     writeConfig(".backup", "rubbish\n");
     EXPECT_EQ(uci({"show"}).status, 0);
-    removeFile(configs() + "/.backup");
+    ::unlink((configs() + "/.backup").c_str());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <unistd.h>
@@ -26,8 +27,9 @@ protected:
     ~UciSandbox() override
     {
         for (const std::string& directory : {configs(), staged()}) {
-            for (const std::string& name : listFiles(directory))
-                removeFile(directory + "/" + name);
+            for (const std::string& name : listFiles(directory)) {
+                ::unlink((directory + "/" + name).c_str());
+            }
             ::rmdir(directory.c_str());
         }
         ::rmdir(root.c_str());
@@ -36,7 +38,10 @@ protected:
     std::string configs() const { return root + "/config"; }
     std::string staged() const { return root + "/staged"; }
 
-    void writeConfig(const std::string& name, const std::string& text) { replaceFile(configs() + "/" + name, text); }
+    void writeConfig(const std::string& name, const std::string& text)
+    {
+        std::ofstream(configs() + "/" + name) << text;
+    }
     std::string config(const std::string& name) const { return readFile(configs() + "/" + name).value_or("(none)"); }
 
     ToolResult uci(std::vector<std::string> arguments) const
