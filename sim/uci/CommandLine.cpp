@@ -4,25 +4,35 @@
 #include "sim/uci/CommandLine.h"
 
 #include <cstddef>
+#include <string_view>
 
-#include "sim/uci/Commands.h"
-#include "sim/uci/ConfigStore.h"
 #include "sim/uci/UciError.h"
+#include "sim/uci/Usage.h"
 
 namespace
 {
 
-constexpr const char* usage =
-    "Usage: uci [-q] [-c <config directory>] [-t|-P <changes directory>] <command> [<argument>]\n"
-    "Commands: get, set, delete, changes, commit, revert, show\n";
-
 struct CommandLine {
     bool isQuiet = false;
+    bool mayCommit = true;
     std::string configDirectory = "/etc/config";
     std::string changesDirectory = "/tmp/.uci";
     std::string verb;
     std::vector<std::string> arguments;
 };
+
+// An option that nobody knows, or one without what belongs to it: the real tool ends with 0 then.
+class UnknownOption
+{
+};
+
+void takeDirectory(CommandLine& line, char option, const std::string& directory)
+{
+    (option == 'c' ? line.configDirectory : line.changesDirectory) = directory;
+    if (option == 'P') {
+        line.mayCommit = false;
+    }
+}
 
 // Consumes the option at `position` with its value.
 void takeOption(CommandLine& line, const std::vector<std::string>& words, std::size_t& position)
@@ -32,41 +42,52 @@ void takeOption(CommandLine& line, const std::vector<std::string>& words, std::s
         line.isQuiet = true;
         return;
     }
-    if (option != "-c" && option != "-t" && option != "-P")
-        throw UsageError("unknown option: " + option);
-    if (position == words.size())
-        throw UsageError("option " + option + " needs a directory");
-    (option == "-c" ? line.configDirectory : line.changesDirectory) = words[position++];
+    if (option.size() == 2 && std::string_view("CdfmnNpsSX").find(option[1]) != std::string_view::npos) {
+        throw NotSimulated(option);
+    }
+    if ((option != "-c" && option != "-t" && option != "-P") || position == words.size()) {
+        throw UnknownOption();
+    }
+    takeDirectory(line, option[1], words[position++]);
 }
 
-void parse(CommandLine& line, const std::vector<std::string>& words)
+// Without a command, the line has no verb.
+CommandLine parse(const std::vector<std::string>& words)
 {
+    CommandLine line;
     std::size_t position = 0;
-    while (position < words.size() && words[position].starts_with('-'))
+    while (position < words.size() && words[position].starts_with('-')) {
         takeOption(line, words, position);
-    if (position == words.size())
-        throw UsageError("command missing");
+    }
+    if (position == words.size()) {
+        return line;
+    }
     line.verb = words[position++];
     line.arguments.assign(words.begin() + static_cast<std::ptrdiff_t>(position), words.end());
+    return line;
+}
+
+ToolResult run(const CommandLine& line, Generation generation)
+{
+    if (line.verb.empty()) {
+        return {0, "", usage};
+    }
+    const Session session{ConfigStore(line.configDirectory, line.changesDirectory), generation, line.isQuiet,
+                          line.mayCommit};
+    return runCommand(session, line.verb, line.arguments);
 }
 
 } // namespace
 
-ToolResult runTool(const std::vector<std::string>& arguments)
+ToolResult runTool(const std::vector<std::string>& arguments, Generation generation)
 {
-    CommandLine line;
-    ToolResult result;
     try {
-        parse(line, arguments);
-        result.output = runCommand(ConfigStore(line.configDirectory, line.changesDirectory), line.verb, line.arguments);
-    } catch (const UsageError& error) {
-        result.status = 255;
-        result.errors = std::string("uci: ") + error.what() + "\n" + usage;
-    } catch (const UciError& error) {
-        result.status = 1;
-        result.errors = std::string("uci: ") + error.what() + "\n";
+        return run(parse(arguments), generation);
+    } catch (const UnknownOption&) {
+        return {0, "", usage};
+    } catch (const UsageError&) {
+        return {255, "", usage};
+    } catch (const NotSimulated& error) {
+        return {255, "", std::string("uci: ") + error.what() + "\n"};
     }
-    if (line.isQuiet)
-        result.errors.clear();
-    return result;
 }

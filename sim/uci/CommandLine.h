@@ -6,12 +6,8 @@
 #include <string>
 #include <vector>
 
-struct ToolResult {
-    int status = 0;
-    std::string output;
-    std::string errors;
-};
+#include "sim/uci/Commands.h"
 
 // The tool without its process: what it prints and its exit status for the given arguments (program name left out).
-// Exit status 1 is a failed command, 255 a command line that makes no sense.
-ToolResult runTool(const std::vector<std::string>& arguments);
+// Exit status 1 is a failed command, 255 a command line that makes no sense or that is not simulated.
+ToolResult runTool(const std::vector<std::string>& arguments, Generation generation = Generation::today);

@@ -7,8 +7,14 @@
 #include <string_view>
 #include <vector>
 
-#include "sim/uci/ConfigStore.h"
+#include "sim/uci/Session.h"
 
-// Runs one verb of the tool and returns what it prints. Throws UciError when it fails, UsageError when the verb is
-// unknown or its arguments make no sense.
-std::string runCommand(const ConfigStore& store, std::string_view verb, const std::vector<std::string>& arguments);
+struct ToolResult {
+    int status = 0;
+    std::string output;
+    std::string errors;
+};
+
+// Runs one verb of the tool; a failure is in the result. Throws UsageError when the verb is unknown or has too few or
+// too many arguments, NotSimulated when only the real tool knows what to do.
+ToolResult runCommand(const Session& session, const std::string& verb, const std::vector<std::string>& arguments);

@@ -21,10 +21,10 @@ public:
 };
 
 // The command line itself makes no sense.
-class UsageError : public UciError
+class UsageError : public std::runtime_error
 {
 public:
-    using UciError::UciError;
+    UsageError() : std::runtime_error("usage") {}
 };
 
 // The real tool could do this.
