@@ -3,21 +3,23 @@
 """Simulated cards on a simulated LAN, for tests and experiments. See sim/README.md."""
 
 from .card import Card
+from .daemon import Exit
 from .errors import CommandFailed, NotInLan, SimError, WaitTimeout
 from .lan import Lan
 from .launch import run_in_lan
-from .options import CardOptions
+from .options import FAST_DELAYS, REAL_DELAYS, CardOptions
 from .records import LogLine
-from .service import Exit
 
 __all__ = [
     "Card",
     "CardOptions",
     "CommandFailed",
     "Exit",
+    "FAST_DELAYS",
     "Lan",
     "LogLine",
     "NotInLan",
+    "REAL_DELAYS",
     "SimError",
     "WaitTimeout",
     "run_in_lan",

@@ -49,5 +49,6 @@ def sim_programs() -> dict[str, str]:
     for directory in _candidates():
         if _is_native(directory / "uci") and _is_native(directory / "gate"):
             tar = shutil.which("tar") or "/usr/bin/tar"
-            return {"uci": str(directory / "uci"), "gate": str(directory / "gate"), "tar": tar}
+            built = {name: str(directory / name) for name in ("uci", "gate", "libsetlbf.so")}
+            return {**built, "tar": tar}
     raise SimError("the simulated card's programs are not built: cmake --build with TARVELD_SIM=ON first")

@@ -10,10 +10,13 @@ from types import TracebackType
 from typing import TYPE_CHECKING, Any
 
 from . import binaries, namespaces, plan
+from .daemon import Daemon
 from .errors import SimError
 from .inside import Inside
+from .network import Network
 from .options import CardOptions
-from .service import Service
+from .orders import Orders
+from .records import Records
 from .waiting import wait_for
 
 if TYPE_CHECKING:
@@ -22,18 +25,26 @@ if TYPE_CHECKING:
 _INIT = binaries.ROOT / "sim/card"
 
 
-class Card(Service, Inside):
-    """Made by Lan.card(). Use it in a `with` statement, or call start() and stop()."""
+class Card:
+    """Made by Lan.card(). Use it in a `with` statement, or call start() and stop().
+
+    `records` is what it has written down, `inside` its files and programs, `daemon` the daemon on it.
+    """
 
     def __init__(self, lan: "Lan", name: str, number: int, options: CardOptions) -> None:
         self.name = name
         self.number = number
         self.hostname = options.hostname_of(name)
         self.directory = lan.run_dir / name
+        self.network = Network(self.directory)
         self._lan = lan
         self._options = options
         self._unshare: subprocess.Popen[str] | None = None
         self._init_pid: int | None = None
+        self._orders = Orders(name, self.directory)
+        self.records = Records(name, self.directory)
+        self.inside = Inside(name, self.directory, lambda: self.init_pid)
+        self.daemon = Daemon(self._orders, self.records, lambda: self.init_pid)
 
     # Life
 
@@ -42,7 +53,7 @@ class Card(Service, Inside):
         if self.running:
             raise SimError(f"{self.name} runs already")
         self.directory.mkdir()
-        self._ready_since = 0
+        self.daemon.will_start(since=0)
         with open(self.directory / "init.log", "w", encoding="utf-8") as complaints:
             self._unshare = subprocess.Popen(
                 namespaces.card_command([namespaces.PYTHON, "-IS", str(_INIT)]),
@@ -58,7 +69,7 @@ class Card(Service, Inside):
             self.stop()
             raise
         if wait and self._options.autostart:
-            self.wait_ready(timeout)
+            self.daemon.wait_ready(timeout)
 
     def _boot(self, unshare: "subprocess.Popen[str]", timeout: float) -> None:
         self._init_pid = wait_for(lambda: self._first_process(unshare), timeout, lambda: f"{self.name} does not start")
@@ -103,10 +114,21 @@ class Card(Service, Inside):
 
     def reset(self, wait: bool = True, timeout: float = 10) -> None:
         """A card as new, at its number and with its settings; faster than another one. All marks are void."""
-        self._ready_since = 0
-        self._order("reset")
+        self.daemon.will_start(since=0)
+        self._orders.give("reset")
         if wait and self._options.autostart:
-            self.wait_ready(timeout)
+            self.daemon.wait_ready(timeout)
+
+    @property
+    def boots(self) -> int:
+        boots: int = self._orders.give("state")["boots"]
+        return boots
+
+    def wait_boot(self, count: int, timeout: float = 15) -> None:
+        """Waits until the card has booted so many times, and the daemon serves."""
+        mark = self.records.wait_booted(count, timeout)
+        self.daemon.will_start(since=mark)
+        self.daemon.wait_ready(timeout)
 
     @property
     def running(self) -> bool:
@@ -142,7 +164,7 @@ class Card(Service, Inside):
 
     def addresses(self, device: str) -> list[str]:
         """What the device has now, with prefix lengths."""
-        listing = self.run(["ip", "-json", "-4", "address", "show", "dev", device]).stdout
+        listing = self.inside.run(["ip", "-json", "-4", "address", "show", "dev", device]).stdout
         links: list[dict[str, Any]] = json.loads(listing)
         return [f"{info['local']}/{info['prefixlen']}" for link in links for info in link.get("addr_info", [])]
 

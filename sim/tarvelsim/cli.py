@@ -13,16 +13,20 @@ from .card import Card
 from .errors import SimError
 from .lan import Lan
 from .launch import run_in_lan
+from .options import FAST_DELAYS, REAL_DELAYS
 
 
-def _start_cards(names: Sequence[str]) -> list[Card]:
+_DELAYS = {"fast": FAST_DELAYS, "real": REAL_DELAYS}
+
+
+def _start_cards(names: Sequence[str], delays: float) -> list[Card]:
     lan = Lan.current()
     running.mark_as_bench(lan.run_dir)
-    cards = [lan.card(name) for name in names]
+    cards = [lan.card(name, delays=delays) for name in names]
     for card in cards:
         card.start()
         addresses = ", ".join(f"{device} {address}" for device, address in card.planned_addresses().items())
-        print(f"{card.name}: {addresses}\n  log: {card.log_path}", flush=True)
+        print(f"{card.name}: {addresses}\n  log: {card.records.log_path}", flush=True)
     return cards
 
 
@@ -33,7 +37,7 @@ def _run(options: argparse.Namespace) -> int:
     signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
     cards: list[Card] = []
     try:
-        cards = _start_cards(names)
+        cards = _start_cards(names, _DELAYS[options.delays])
         print(f"Try: scripts/card shell {names[0]}, scripts/card client. Ctrl-C ends it all.", flush=True)
         signal.pause()
     except KeyboardInterrupt:
@@ -77,6 +81,9 @@ def _parser() -> argparse.ArgumentParser:
 
     run = verbs.add_parser("run", help="start cards on a LAN and keep them until Ctrl-C")
     run.add_argument("--cards", type=int, default=1, metavar="N", help="how many, if no name is given")
+    run.add_argument(
+        "--delays", choices=_DELAYS, default="fast", help="whether restarts and the like take as long as on a real card"
+    )
     run.add_argument("names", nargs="*", metavar="NAME", help="host names of the cards")
     run.set_defaults(act=_run)
 

@@ -5,7 +5,7 @@
 import os
 import shutil
 import subprocess
-from collections.abc import Sequence
+from collections.abc import Callable, Sequence
 from pathlib import Path
 from typing import Any
 
@@ -16,20 +16,18 @@ _PATH = "/run/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 
 
 class Inside:
-    """Part of a card."""
+    """`init_pid` tells the card's first process as long as the card runs."""
 
-    directory: Path
-    name: str
-
-    @property
-    def init_pid(self) -> int:
-        raise NotImplementedError
+    def __init__(self, name: str, directory: Path, init_pid: Callable[[], int]) -> None:
+        self._name = name
+        self._directory = directory
+        self._init_pid = init_pid
 
     # Files
 
     def path(self, path: str | os.PathLike[str]) -> Path:
         """Where a file of the card is seen from here, for use with open() and the like."""
-        return Path(f"/proc/{self.init_pid}/root{os.fspath(path)}")
+        return Path(f"/proc/{self._init_pid()}/root{os.fspath(path)}")
 
     def read(self, path: str) -> str:
         return self.path(path).read_text()
@@ -72,7 +70,7 @@ class Inside:
         """Runs a command on the card and captures its output; it is not recorded unless asked for."""
         environment = {"PATH": _PATH, "HOME": "/"} | ({} if record else {"CARD_UNRECORDED": "1"})
         done = subprocess.run(
-            namespaces.enter_card_command(self.init_pid, command),
+            namespaces.enter_card_command(self._init_pid(), command),
             env=environment,
             capture_output=True,
             input=input,
@@ -81,7 +79,7 @@ class Inside:
             check=False,
         )
         if check and done.returncode != 0:
-            raise CommandFailed(f"{self.name}: {list(command)} ended with {done.returncode}: {done.stderr!r}")
+            raise CommandFailed(f"{self._name}: {list(command)} ended with {done.returncode}: {done.stderr!r}")
         return done
 
     def uci(self, *arguments: str) -> str:
@@ -91,11 +89,15 @@ class Inside:
     # Switches: names are those of the stand-ins (uci, tar, reboot, network, ntpd, ntpdate, fwupgrade) and sh
 
     def _switch(self, kind: str, name: str) -> Path:
-        return self.directory / "control" / kind / name
+        return self._directory / "control" / kind / name
 
     def fail(self, name: str, status: int = 1, matching: str = "") -> None:
         """From now on the program does nothing but end with this status, if its arguments contain the text."""
         self._switch("fail", name).write_text(f"{status} {matching}\n")
+
+    def answer(self, name: str, output: str, matching: str = "") -> None:
+        """The same for a program that succeeds and prints this. It takes the place of what `fail` says."""
+        self._switch("fail", name).write_text(f"0 {matching}\n{output}")
 
     def heal(self, name: str | None = None) -> None:
         self._clear("fail", name)
@@ -108,5 +110,5 @@ class Inside:
         self._clear("hold", name)
 
     def _clear(self, kind: str, name: str | None) -> None:
-        for switch in [self._switch(kind, name)] if name else (self.directory / "control" / kind).iterdir():
+        for switch in [self._switch(kind, name)] if name else (self._directory / "control" / kind).iterdir():
             switch.unlink(missing_ok=True)

@@ -12,6 +12,7 @@ from typing import Any
 from . import binaries, plan
 
 SAME_AS_NAME = "\0"
+FAST_DELAYS, REAL_DELAYS = 0.01, 1.0
 # Where the card sees the machine's own directories; nothing has to be bound there.
 _SYSTEM = ("/usr", "/bin", "/sbin", "/lib", "/etc")
 
@@ -37,6 +38,8 @@ class CardOptions:
     binds: Sequence[str | os.PathLike[str]] = ()
     # Seconds that the card is down in a reboot: a real one is seen to be away.
     reboot_time: float = 2
+    # The factor of the platform's own delays: FAST_DELAYS or REAL_DELAYS. Their order and outcomes are always the same.
+    delays: float = FAST_DELAYS
 
     def segments(self) -> list[plan.Segment]:
         return [segment for segment in plan.SEGMENTS if segment.card_device in self.devices]
@@ -58,6 +61,7 @@ class CardOptions:
             "autostart": self.autostart,
             "supervised": self.supervised,
             "reboot_time": self.reboot_time,
+            "delays": self.delays,
         }
 
     def hostname_of(self, name: str) -> str | None:
@@ -65,7 +69,8 @@ class CardOptions:
 
 
 def _addresses(segment: plan.Segment, number: int) -> dict[str, str]:
-    return {"static": segment.static_address(number), "lease": segment.leased_address(number)}
+    static, lease = segment.static_address(number), segment.leased_address(number)
+    return {"static": static, "lease": lease, "router": segment.client_address}
 
 
 def _folders(words: Iterable[str]) -> list[str]:

@@ -29,10 +29,10 @@ class LogLine:
         if parts is None:
             return LogLine("notice", "unknown", None, line)
         pid = int(parts["pid"]) if parts["pid"] else None
-        return LogLine(parts["level"], parts["ident"], pid, _unescaped(parts["text"]))
+        return LogLine(parts["level"], parts["ident"], pid, unescaped(parts["text"]))
 
 
-def _unescaped(text: str) -> str:
+def unescaped(text: str) -> str:
     return _ESCAPE.sub(lambda found: {"\\": "\\", "n": "\n", "t": "\t"}[found[1]], text)
 
 
@@ -45,18 +45,19 @@ def _complete_lines(path: Path) -> list[str]:
 
 
 class Records:
-    """Part of a card. A mark is a number of lines; pass it as `since` to look only at what came later."""
+    """A mark is a number of lines; pass it as `since` to look only at what came later."""
 
-    directory: Path
-    name: str
+    def __init__(self, name: str, directory: Path) -> None:
+        self.name = name
+        self._directory = directory
 
     @property
     def log_path(self) -> Path:
-        return self.directory / "log"
+        return self._directory / "log"
 
     @property
     def console_path(self) -> Path:
-        return self.directory / "console"
+        return self._directory / "console"
 
     def log_lines(self, since: int = 0, ident: str | None = "tarveld") -> list[LogLine]:
         """The daemon's lines; with ident None those of everybody, the card's own ("card") included."""
@@ -73,9 +74,19 @@ class Records:
             lines = self.log_lines(since, ident=None)
             return next((line for line in lines if text in line.text and level in (None, line.level)), None)
 
-        return wait_for(look, timeout, lambda: f"{self.name} did not log {text!r}; {self._log_tail()}")
+        return wait_for(look, timeout, lambda: f"{self.name} did not log {text!r}; {self.log_tail()}")
 
-    def _log_tail(self) -> str:
+    def wait_booted(self, count: int, timeout: float) -> int:
+        """The mark in front of what the card has logged since it booted for the so many-th time."""
+        booted = ("card", f"booted ({count})")
+
+        def look() -> int | None:
+            lines = [(line.ident, line.text) for line in self.log_lines(ident=None)]
+            return lines.index(booted) if booted in lines else None
+
+        return wait_for(look, timeout, lambda: f"{self.name} did not boot; {self.log_tail()}")
+
+    def log_tail(self) -> str:
         lines = [str(line) for line in self.log_lines(ident=None)[-_TAIL:]]
         return "its log ends with:\n  " + "\n  ".join(lines or ["(nothing)"])
 
@@ -93,15 +104,15 @@ class Records:
 
     def commands(self, since: int = 0) -> list[str]:
         """The exact texts given to the shell."""
-        return [_unescaped(line) for line in _complete_lines(self.directory / "commands")[since:]]
+        return [unescaped(line) for line in _complete_lines(self._directory / "commands")[since:]]
 
     def commands_mark(self) -> int:
         return len(self.commands())
 
     def calls(self, name: str | None = None, since: int = 0) -> list[list[str]]:
         """The exact arguments of the platform's programs, the program itself first."""
-        lines = _complete_lines(self.directory / "calls")[since:]
-        calls = [[_unescaped(word) for word in line.split("\t")] for line in lines]
+        lines = _complete_lines(self._directory / "calls")[since:]
+        calls = [[unescaped(word) for word in line.split("\t")] for line in lines]
         return [call for call in calls if name is None or Path(call[0]).name == name]
 
     def calls_mark(self) -> int:

@@ -23,9 +23,14 @@ os.environ["TARVELD"] = shlex.join(COMMAND)
 
 def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line("markers", "needs_native: looks at the daemon's system calls, so it cannot be emulated")
+    config.addinivalue_line("markers", "long: takes minutes; run with -m long only")
 
 
-def pytest_collection_modifyitems(items: list[pytest.Item]) -> None:
+def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item]) -> None:
+    if "long" not in config.getoption("markexpr"):
+        short = [item for item in items if not item.get_closest_marker("long")]
+        config.hook.pytest_deselected(items=[item for item in items if item not in short])
+        items[:] = short
     if not IS_EMULATED:
         return
     emulated = pytest.mark.skip(reason=f"system calls of {COMMAND[0]} are not the daemon's")
@@ -75,7 +80,7 @@ def addresses(only_card: tarvelsim.Card) -> dict[str, str]:
 def card(only_card: tarvelsim.Card, request: pytest.FixtureRequest) -> Iterator[tarvelsim.Card]:
     """A card as new. The test leaves it as it was, or takes `scratch_card`."""
     yield only_card
-    survived = not only_card.exits
+    survived = not only_card.daemon.exits
     if request.node.stash.get(FAILED, False) or not survived:
         only_card.reset()
     assert survived, "the daemon did not survive this test"

@@ -16,7 +16,7 @@ def line_of(number: str) -> str:
 
 
 def report(card: Card, tcp: TcpPeer, flash: bytes) -> str:
-    card.write("/dev/mtd0ro", flash)
+    card.inside.write("/dev/mtd0ro", flash)
     return tcp.ask(request(Command.VERSIONS)).text
 
 
@@ -59,7 +59,7 @@ def test_bad_flash_leaves_the_boot_loader_out(
 def test_flash_that_cannot_be_read_leaves_the_boot_loader_out(
     scratch_card: Card, watch: Watch, tcp: TcpPeer
 ) -> None:
-    scratch_card.remove("/dev/mtd0ro")
-    scratch_card.run(["mkdir", "/dev/mtd0ro"])
+    scratch_card.inside.remove("/dev/mtd0ro")
+    scratch_card.inside.run(["mkdir", "/dev/mtd0ro"])
     assert "BootLoader" not in tcp.ask(request(Command.VERSIONS)).text
     assert watch.console() == "fread() failed: Is a directory\n"

@@ -13,37 +13,37 @@ ABORTED = -signal.SIGABRT
 
 
 def lines_of(card: Card, mark: int) -> list[str]:
-    return [f"{line.level} {line.text}" for line in card.log_lines(mark)]
+    return [f"{line.level} {line.text}" for line in card.records.log_lines(mark)]
 
 
 def end_of(card: Card) -> int:
     """The exit status, or the number of the signal as a negative number."""
-    end = card.wait_exit()
+    end = card.daemon.wait_exit()
     return -end.signal if end.signal is not None else end.status or 0
 
 
 def start_alone(lan: Lan, daemon: list[str], last: str, **differences: Any) -> int:
     """The end of a daemon that cannot start on a card of its own and logs `last` as its last line."""
     with lan.card("card2", command=daemon, autostart=False, supervised=False, **differences) as card:
-        card.start_daemon(wait=False)
+        card.daemon.start(wait=False)
         end = end_of(card)
-        card.wait_log(last.partition(" ")[2])
+        card.records.wait_log(last.partition(" ")[2])
         assert lines_of(card, 0)[-1] == last
         return end
 
 
 def test_second_daemon_on_a_card_is_aborted(card: Card, daemon: list[str]) -> None:
-    mark = card.log_mark()
-    done = card.run(daemon, check=False)
-    card.wait_log("Bind() failed", since=mark)
+    mark = card.records.log_mark()
+    done = card.inside.run(daemon, check=False)
+    card.records.wait_log("Bind() failed", since=mark)
     assert done.returncode in (ABORTED, 128 + signal.SIGABRT)
     assert lines_of(card, mark)[-1] == f"warning Bind() failed: {words('Address already in use')}"
 
 
 def test_second_daemon_does_not_disturb_the_first(card: Card, daemon: list[str]) -> None:
-    before = card.daemon_pid
-    card.run(daemon, check=False)
-    assert card.daemon_pid == before
+    before = card.daemon.pid
+    card.inside.run(daemon, check=False)
+    assert card.daemon.pid == before
 
 
 @pytest.mark.parametrize("present", ["eth0", "eth1"])

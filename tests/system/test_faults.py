@@ -26,16 +26,16 @@ def test_urgent_data_is_logged_as_an_exception_and_nothing_else(card: Card, watc
 
 
 def test_answer_that_cannot_be_sent_is_logged(scratch_card: Card, udp1: UdpPeer) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     with stopped(scratch_card):
         udp1.send(request(0x42))
-        scratch_card.run(["ip", "link", "set", "eth1", "down"])
-    scratch_card.wait_log("sendto() failed: Network", since=mark, level="warning")
+        scratch_card.inside.run(["ip", "link", "set", "eth1", "down"])
+    scratch_card.records.wait_log("sendto() failed: Network", since=mark, level="warning")
 
 
 def test_settings_file_that_cannot_be_written_is_a_failure(scratch_card: Card, udp: UdpPeer, tcp: TcpPeer) -> None:
-    scratch_card.remove("/tmp/uci.tmp")
-    scratch_card.run(["mkdir", "/tmp/uci.tmp"])
+    scratch_card.inside.remove("/tmp/uci.tmp")
+    scratch_card.inside.run(["mkdir", "/tmp/uci.tmp"])
     assert tcp.ask(request(Command.TIME_GET)).header.status == Status.FAILURE
     assert udp.ask(request(Command.IP_GET, ip_configuration())).header.status == Status.FAILURE
 
@@ -46,9 +46,9 @@ def test_restart_that_cannot_be_run_is_only_logged(
 ) -> None:
     before = 4  # changes, both modes, commit
     tracer.inject(f"wait4:error=ECHILD:when={SHELLS_OF_A_START + before + 1}")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     assert udp.ask(request(Command.IP_SET, ip_configuration())).header.status == Status.SUCCESS
-    scratch_card.wait_log(f"system() failed: {words('No child processes')}", since=mark, level="warning")
+    scratch_card.records.wait_log(f"system() failed: {words('No child processes')}", since=mark, level="warning")
 
 
 @pytest.mark.needs_native
@@ -57,7 +57,7 @@ def test_setting_that_cannot_be_read_for_want_of_a_shell_is_told(
 ) -> None:
     tracer.inject(f"wait4:error=ECHILD:when={SHELLS_OF_A_START + 1}")
     assert connect().ask(request(Command.TIME_GET)).header.status == Status.FAILURE
-    scratch_card.wait_console(f"system() FAILED: {words('No child processes')}\n")
+    scratch_card.records.wait_console(f"system() FAILED: {words('No child processes')}\n")
 
 
 @pytest.mark.needs_native
@@ -69,7 +69,7 @@ def test_file_that_cannot_be_closed_was_read_all_the_same(
 ) -> None:
     tracer.inject("close:error=EIO", path=path)
     assert f'"{component}"' in connect().ask(request(Command.VERSIONS)).text
-    scratch_card.wait_console(f"fclose() FAILED: {words('Input/output error')}\n")
+    scratch_card.records.wait_console(f"fclose() FAILED: {words('Input/output error')}\n")
 
 
 @pytest.mark.needs_native
@@ -85,9 +85,9 @@ def test_datagram_that_is_cut_on_its_way_out_is_logged(scratch_card: Card, trace
     last_of_a_start = tracer.ordinal("sendto(")
     # The log goes out by the same call: the datagram, the unknown command, then the answer.
     tracer.inject(f"sendto:retval=5:when={last_of_a_start + 3}")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     udp.send(request(0x42))
-    scratch_card.wait_log("Datagram has been truncated by sendto()", since=mark, level="warning")
+    scratch_card.records.wait_log("Datagram has been truncated by sendto()", since=mark, level="warning")
 
 
 @pytest.mark.needs_native
@@ -97,8 +97,8 @@ def test_reply_that_cannot_be_sent_is_logged_and_the_connection_kept(
     last_of_a_start = tracer.ordinal("sendto(")
     # The connection and the unknown command are logged before the reply.
     tracer.inject(f"sendto:error=ENOBUFS:when={last_of_a_start + 3}")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     peer = connect()
     peer.send(request(2))
-    scratch_card.wait_log("send() failed: No buffer space available", since=mark, level="warning")
+    scratch_card.records.wait_log("send() failed: No buffer space available", since=mark, level="warning")
     assert peer.ask(request(3)).header.command == 0x8003

@@ -31,14 +31,14 @@ def test_success_is_answered_without_payload(scratch_card: Card, tcp: TcpPeer, c
 
 def test_upload_unpacks_and_deletes_the_archive(scratch_card: Card, tcp: TcpPeer) -> None:
     upload(tcp, SMALL)
-    assert scratch_card.listdir(DIRECTORY) == ["pnr"]
-    assert scratch_card.read(f"{DIRECTORY}/pnr/kernel") == "KERN-9.9.9\n"
+    assert scratch_card.inside.listdir(DIRECTORY) == ["pnr"]
+    assert scratch_card.inside.read(f"{DIRECTORY}/pnr/kernel") == "KERN-9.9.9\n"
 
 
 def test_upload_does_not_install(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     upload(tcp, SMALL)
     assert watch.commands() == [UNPACK]
-    assert scratch_card.read("/etc/pnr/kernel") == "KERN-6.1.0\n"
+    assert scratch_card.inside.read("/etc/pnr/kernel") == "KERN-6.1.0\n"
 
 
 def test_upload_is_logged(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
@@ -78,20 +78,20 @@ def test_upgrade_is_logged(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> No
 
 
 def test_upgrade_is_answered_before_the_script_runs(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.hold("fwupgrade")
+    scratch_card.inside.hold("fwupgrade")
     assert upload(tcp, SMALL, Command.UPGRADE).header.status == Status.SUCCESS
-    scratch_card.wait_call("fwupgrade", since=watch.calls_mark)
+    scratch_card.records.wait_call("fwupgrade", since=watch.calls_mark)
     assert watch.commands() == [UNPACK, SCRIPT]
     tcp.send(request(2))
     assert not tcp.has_answer()  # nothing is served while the script runs
-    scratch_card.release()
+    scratch_card.inside.release()
     assert tcp.receive().header.status == Status.UNKNOWN_COMMAND
 
 
 def test_failing_script_is_logged_and_the_client_never_learns(
     scratch_card: Card, watch: Watch, tcp: TcpPeer
 ) -> None:
-    scratch_card.fail("fwupgrade")
+    scratch_card.inside.fail("fwupgrade")
     assert upload(tcp, SMALL, Command.UPGRADE).header.status == Status.SUCCESS
     assert watch.log()[-1] == "warning Upgrade FAILED"
     assert tcp.ask(request(2)).header.status == Status.UNKNOWN_COMMAND
@@ -107,7 +107,7 @@ def test_archive_of_any_size_arrives_whole(scratch_card: Card, watch: Watch, tcp
 def test_archive_far_larger_than_any_buffer_arrives_whole(scratch_card: Card, tcp: TcpPeer) -> None:
     content = random.Random(1).randbytes(2_000_000)
     assert upload(tcp, archive({"pnr/large": content})).header.status == Status.SUCCESS
-    assert scratch_card.read_bytes(f"{DIRECTORY}/pnr/large") == content
+    assert scratch_card.inside.read_bytes(f"{DIRECTORY}/pnr/large") == content
 
 
 def test_archive_may_come_in_many_pieces(scratch_card: Card, tcp: TcpPeer) -> None:
@@ -121,4 +121,4 @@ def test_archive_may_come_in_many_pieces(scratch_card: Card, tcp: TcpPeer) -> No
 def test_next_upload_replaces_what_a_failed_one_left(scratch_card: Card, tcp: TcpPeer) -> None:
     upload(tcp, b"x" * 9000)
     assert upload(tcp, SMALL).header.status == Status.SUCCESS
-    assert scratch_card.read(f"{DIRECTORY}/pnr/kernel") == "KERN-9.9.9\n"
+    assert scratch_card.inside.read(f"{DIRECTORY}/pnr/kernel") == "KERN-9.9.9\n"

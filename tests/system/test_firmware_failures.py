@@ -65,7 +65,7 @@ def test_lengths_that_disagree_are_refused_and_the_archive_is_left_unread(
     assert tcp.receive().header == REFUSED
     assert tcp.receive().header.command == 0x8077
     assert watch.log()[1] == OUCH
-    assert not card.exists(STORED)
+    assert not card.inside.exists(STORED)
 
 
 def test_lengths_agree_when_their_sum_wraps_at_32_bits(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
@@ -93,17 +93,17 @@ def test_connection_that_ends_inside_the_archive_is_a_failure(
         "info Client closed the connection",
         "info Client closed the connection",
     ]
-    assert scratch_card.read_bytes(STORED) == b"x" * 4096
+    assert scratch_card.inside.read_bytes(STORED) == b"x" * 4096
 
 
 def test_archive_that_cannot_be_unpacked_stays(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     assert upload(tcp, b"no archive") == REFUSED
     assert watch.console().endswith("Extracting files from archive failed\n")
-    assert scratch_card.read_bytes(STORED) == b"no archive"
+    assert scratch_card.inside.read_bytes(STORED) == b"no archive"
 
 
 def test_failed_extraction_is_not_upgraded(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.fail("tar")
+    scratch_card.inside.fail("tar")
     payload = Sections(data=SMALL).encode()
     header = Header(command=Command.UPGRADE, message_format=1, payload_length=len(payload))
     assert tcp.ask(header.encode() + payload).header.status == Status.FAILURE
@@ -111,7 +111,7 @@ def test_failed_extraction_is_not_upgraded(scratch_card: Card, watch: Watch, tcp
 
 
 def test_archive_file_that_cannot_be_opened_is_a_failure(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.run(["mkdir", STORED])
+    scratch_card.inside.run(["mkdir", STORED])
     tcp.send(request(7, message_format=1, payload_length=24) + struct.pack("<I", 20) + request(0x77))
     assert tcp.receive().header == REFUSED
     assert watch.log()[1] == "warning fopen() failed: Is a directory"
@@ -119,7 +119,7 @@ def test_archive_file_that_cannot_be_opened_is_a_failure(scratch_card: Card, wat
 
 
 def test_full_disk_is_a_failure(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.run(["ln", "-s", "/dev/full", STORED])
+    scratch_card.inside.run(["ln", "-s", "/dev/full", STORED])
     tcp.send(request(7, message_format=1, payload_length=4 + 4096) + struct.pack("<I", 4096) + b"x" * 4096)
     assert tcp.receive().header == REFUSED
     assert "warning fwrite() failed" in watch.log()
@@ -136,9 +136,10 @@ def test_archive_that_cannot_be_deleted_is_only_logged(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
     tracer.inject("unlink:error=EPERM")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     assert upload(connect(), SMALL).status == Status.SUCCESS
-    scratch_card.wait_log("Deleting firmware.tar.gz FAILED: Operation not permitted", since=mark, level="warning")
+    refusal = "Deleting firmware.tar.gz FAILED: Operation not permitted"
+    scratch_card.records.wait_log(refusal, since=mark, level="warning")
 
 
 @pytest.mark.needs_native
@@ -146,9 +147,9 @@ def test_archive_file_that_cannot_be_closed_is_only_logged(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
     tracer.inject("close:error=EIO", path=STORED)
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     assert upload(connect(), SMALL).status == Status.SUCCESS
-    scratch_card.wait_log("fclose() failed", since=mark, level="warning")
+    scratch_card.records.wait_log("fclose() failed", since=mark, level="warning")
 
 
 @pytest.mark.needs_native
@@ -156,8 +157,8 @@ def test_write_error_is_logged_once_and_is_a_failure(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
     tracer.inject("/^writev?$:error=ENOSPC", path=STORED)
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     peer = connect()
     peer.send(request(7, message_format=1, payload_length=4 + 4096) + struct.pack("<I", 4096) + b"x" * 4096)
     assert peer.receive().header == REFUSED
-    scratch_card.wait_log("fwrite() failed", since=mark, level="warning")
+    scratch_card.records.wait_log("fwrite() failed", since=mark, level="warning")

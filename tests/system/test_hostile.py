@@ -45,11 +45,11 @@ def random_datagrams(source: random.Random) -> Iterator[bytes]:
 
 @pytest.mark.parametrize("seed", range(3))
 def test_daemon_survives_hostile_datagrams(scratch_card: Card, udp: UdpPeer, seed: int) -> None:
-    pid = scratch_card.daemon_pid
+    pid = scratch_card.daemon.pid
     for data in random_datagrams(random.Random(seed)):
         udp.send(data)
         udp.settle()
-    assert scratch_card.daemon_pid == pid
+    assert scratch_card.daemon.pid == pid
 
 
 def random_streams(source: random.Random) -> Iterator[bytes]:
@@ -67,7 +67,7 @@ def random_streams(source: random.Random) -> Iterator[bytes]:
 
 @pytest.mark.parametrize("seed", range(3))
 def test_daemon_survives_hostile_streams(scratch_card: Card, connect: Callable[[], TcpPeer], seed: int) -> None:
-    pid = scratch_card.daemon_pid
+    pid = scratch_card.daemon.pid
     for data in random_streams(random.Random(seed)):
         peer = connect()
         try:
@@ -76,7 +76,7 @@ def test_daemon_survives_hostile_streams(scratch_card: Card, connect: Callable[[
             pass  # the card has closed the connection already
         peer.close()
     assert connect().ask(request(Command.VERSIONS)).header.status == Status.SUCCESS
-    assert scratch_card.daemon_pid == pid
+    assert scratch_card.daemon.pid == pid
 
 
 @pytest.mark.parametrize("depth", [200, 1000])
@@ -98,7 +98,7 @@ def test_files_are_not_read_through_entities(card: Card, udp: UdpPeer) -> None:
 
 def test_format_letters_in_a_text_are_only_text(card: Card, udp: UdpPeer) -> None:
     assert udp.is_ignored(request(Command.REBOOT, reboot_card(to="%s%s%n%n")))
-    card.wait_log('Message is for "%s%s%n%n" not for me "card1", drop it')
+    card.records.wait_log('Message is for "%s%s%n%n" not for me "card1", drop it')
 
 
 def test_many_datagrams_at_once_do_no_harm(card: Card, udp: UdpPeer, udp1: UdpPeer) -> None:

@@ -25,7 +25,7 @@ def get(option: str, section: int = 1) -> str:
 def change(card: Card, *changes: str) -> None:
     """Each is "1.proto=dhcp", or "1.proto" to remove the option."""
     for one in changes:
-        card.uci("set" if "=" in one else "delete", f"network.lanvemt2eth{one}")
+        card.inside.uci("set" if "=" in one else "delete", f"network.lanvemt2eth{one}")
 
 
 @pytest.mark.parametrize("device", ["udp", "udp1"])
@@ -125,5 +125,5 @@ def test_nothing_is_written_to_standard_output(card: Card, udp: UdpPeer, watch: 
 
 def test_uncommitted_changes_are_reported(scratch_card: Card, udp: UdpPeer) -> None:
     change(scratch_card, "1.proto=dhcp")
-    assert scratch_card.uci("changes", "network") == "network.lanvemt2eth1.proto='dhcp'"
+    assert scratch_card.inside.uci("changes", "network") == "network.lanvemt2eth1.proto='dhcp'"
     assert 'Name="VemkEth1" Mode="Dhcp"' in udp.ask(QUESTION).text

@@ -2,6 +2,8 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Setting the IP configuration: what is staged, committed, answered and restarted."""
 
+from collections.abc import Iterator
+
 import pytest
 from support.documents import envelope, interface, ip_configuration
 from support.peers import BROADCAST, UdpPeer
@@ -80,12 +82,12 @@ def test_two_interfaces_leave_no_warning(scratch_card: Card, udp: UdpPeer, watch
 
 
 def test_answer_goes_out_before_the_network_is_restarted(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.hold("network")
+    scratch_card.inside.hold("network")
     assert udp.ask(question(interface("VemkEth2", "Dhcp"))).header.status == Status.SUCCESS
-    scratch_card.wait_call("network", since=watch.calls_mark)
-    assert scratch_card.uci("get", f"{SECTION}2.proto") == "dhcp"
+    scratch_card.records.wait_call("network", since=watch.calls_mark)
+    assert scratch_card.inside.uci("get", f"{SECTION}2.proto") == "dhcp"
     assert scratch_card.address("eth1") == "10.0.1.11"
-    scratch_card.release()
+    scratch_card.inside.release()
     scratch_card.wait_address("eth1", "10.0.1.101")
 
 
@@ -102,25 +104,25 @@ def test_disabled_device_loses_its_address(scratch_card: Card, udp: UdpPeer) -> 
 
 
 def test_interface_that_is_not_named_keeps_its_settings(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    before = scratch_card.uci("show", f"{SECTION}2")
+    before = scratch_card.inside.uci("show", f"{SECTION}2")
     udp.ask(question(interface("VemkEth1", "Dhcp")))
     watch.log()
-    assert scratch_card.uci("show", f"{SECTION}2") == before
+    assert scratch_card.inside.uci("show", f"{SECTION}2") == before
 
 
 def test_missing_gateway_removes_the_stored_one(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.uci("set", f"{SECTION}1.gateway=10.0.0.254")
+    scratch_card.inside.uci("set", f"{SECTION}1.gateway=10.0.0.254")
     udp.ask(question(interface("VemkEth1", "Static", "10.0.0.11", "255.255.255.0")))
     watch.log()
-    assert "gateway" not in scratch_card.uci("show", f"{SECTION}1")
+    assert "gateway" not in scratch_card.inside.uci("show", f"{SECTION}1")
 
 
 def test_pending_changes_of_others_are_committed_too(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.uci("set", "system.ntp.server=10.9.9.9")
+    scratch_card.inside.uci("set", "system.ntp.server=10.9.9.9")
     udp.ask(question(interface("VemkEth1", "Dhcp")))
     watch.log()
-    assert scratch_card.uci("changes") == ""
-    assert "10.9.9.9" in scratch_card.read("/etc/config/system")
+    assert scratch_card.inside.uci("changes") == ""
+    assert "10.9.9.9" in scratch_card.inside.read("/etc/config/system")
 
 
 @pytest.mark.parametrize("root", ["RebootCard", "IpConfiguration"])
@@ -142,7 +144,7 @@ def test_request_for_another_card_stages_nothing(card: Card, udp: UdpPeer, watch
 def test_failing_uci_is_a_failure_without_a_restart(
     scratch_card: Card, udp: UdpPeer, watch: Watch, matching: str
 ) -> None:
-    scratch_card.fail("uci", matching=matching)
+    scratch_card.inside.fail("uci", matching=matching)
     answer = udp.ask(question(interface("VemkEth2", "Dhcp")))
     assert (answer.header, answer.destination) == (Header(command=0x8004, status=2, sequence=21), BROADCAST)
     assert watch.log()[-1] == "warning Configuring network interfaces failed"
@@ -151,12 +153,12 @@ def test_failing_uci_is_a_failure_without_a_restart(
 
 @pytest.mark.parametrize("matching", ["delete", "changes"])
 def test_commands_whose_result_does_not_matter(scratch_card: Card, udp: UdpPeer, matching: str) -> None:
-    scratch_card.fail("uci", matching=matching)
+    scratch_card.inside.fail("uci", matching=matching)
     assert udp.ask(question(interface("VemkEth2", "Dhcp"))).header.status == Status.SUCCESS
 
 
 def test_failed_restart_is_logged_and_changes_nothing(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.fail("network", status=3)
+    scratch_card.inside.fail("network", status=3)
     assert udp.ask(question(interface("VemkEth2", "Dhcp"))).header.status == Status.SUCCESS
     assert watch.log()[-1] == f"warning {RESTART} FAILED"
-    assert scratch_card.uci("get", f"{SECTION}2.proto") == "dhcp"
+    assert scratch_card.inside.uci("get", f"{SECTION}2.proto") == "dhcp"

@@ -62,22 +62,22 @@ def test_refusal_is_logged_with_its_reason(
 
 
 def test_refused_change_leaves_nothing_behind(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    before = scratch_card.uci("show", "network")
+    before = scratch_card.inside.uci("show", "network")
     assert is_refused(udp, watch, DHCP + interface("VemkEth2", "Static", "10.0.1.9"))
-    assert scratch_card.uci("changes") == ""
-    assert scratch_card.uci("show", "network") == before
+    assert scratch_card.inside.uci("changes") == ""
+    assert scratch_card.inside.uci("show", "network") == before
     assert scratch_card.address("eth0") == "10.0.0.11"
 
 
 def test_changes_of_other_configurations_survive_a_refusal(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.uci("set", "system.ntp.server=10.9.9.9")
+    scratch_card.inside.uci("set", "system.ntp.server=10.9.9.9")
     assert is_refused(udp, watch, interface("VemkEth3", "Dhcp"))
-    assert scratch_card.uci("changes") == "system.ntp.server='10.9.9.9'"
+    assert scratch_card.inside.uci("changes") == "system.ntp.server='10.9.9.9'"
 
 
 def test_disabling_the_second_of_two_interfaces_is_refused(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
-    scratch_card.uci("set", "network.lanvemt2eth2.proto=none")
-    scratch_card.uci("commit", "network")
+    scratch_card.inside.uci("set", "network.lanvemt2eth2.proto=none")
+    scratch_card.inside.uci("commit", "network")
     assert is_refused(udp, watch, interface("VemkEth1", "Disabled"))
     assert watch.logged("info Disabling both network interfaces is forbidden")
 
@@ -86,7 +86,7 @@ def test_disabling_the_second_of_two_interfaces_is_refused(scratch_card: Card, u
 def test_mode_that_cannot_be_read_back_is_a_failure(
     scratch_card: Card, udp: UdpPeer, watch: Watch, option: str
 ) -> None:
-    scratch_card.fail("uci", matching=f"get network.{option}")
+    scratch_card.inside.fail("uci", matching=f"get network.{option}")
     assert is_refused(udp, watch, DHCP)
     assert [command for command in watch.commands() if " get " in command] == [
         "uci -q get network.lanvemt2eth1.proto > /tmp/uci.tmp",

@@ -24,8 +24,8 @@ WAITING = 2
 
 
 def log_of(card: Card, mark: int, last: str) -> list[str]:
-    card.wait_log(last, since=mark)
-    return [f"{line.level} {line.text}" for line in card.log_lines(mark)]
+    card.records.wait_log(last, since=mark)
+    return [f"{line.level} {line.text}" for line in card.records.log_lines(mark)]
 
 
 def closed_sockets(lines: list[str]) -> int:
@@ -33,9 +33,9 @@ def closed_sockets(lines: list[str]) -> int:
 
 
 def test_interrupted_select_ends_the_daemon_with_status_1(scratch_card: Card, tracer: Tracer) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(f"{SELECT}:error=EINTR:when={WAITING}", wait=False)
-    assert scratch_card.wait_exit(2).status == 1
+    assert scratch_card.daemon.wait_exit(2).status == 1
     lines = log_of(scratch_card, mark, "terminated unexpectedly")
     end = lines.index("warning select() failed: Interrupted system call")
     assert closed_sockets(lines[end:]) == 3  # server, eth0, eth1: no connection was open
@@ -44,9 +44,9 @@ def test_interrupted_select_ends_the_daemon_with_status_1(scratch_card: Card, tr
 
 
 def test_failing_select_ends_the_daemon_with_status_1(scratch_card: Card, tracer: Tracer) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(f"{SELECT}:error=ENOMEM:when={WAITING}", wait=False)
-    assert scratch_card.wait_exit(2).status == 1
+    assert scratch_card.daemon.wait_exit(2).status == 1
     lines = log_of(scratch_card, mark, "terminated unexpectedly")
     assert f"warning select() failed: {words('Cannot allocate memory')}" in lines
 
@@ -55,7 +55,7 @@ def test_open_connection_is_closed_first_at_the_end(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
     tracer.inject(f"{SELECT}:error=EINTR:when={WAITING + 2}")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     assert connect().ask(request(2)).header.status == Status.UNKNOWN_COMMAND
     lines = log_of(scratch_card, mark, "terminated unexpectedly")
     assert closed_sockets(lines) == 4
@@ -64,9 +64,9 @@ def test_open_connection_is_closed_first_at_the_end(
 def test_select_that_times_out_is_logged_and_the_daemon_serves_on(
     scratch_card: Card, tracer: Tracer, udp: UdpPeer
 ) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(f"{SELECT}:retval=0:when={WAITING}", wait=False)
-    scratch_card.wait_log("select() timed out", since=mark, level="warning")
+    scratch_card.records.wait_log("select() timed out", since=mark, level="warning")
     assert udp.ask(request(2)).header.status == Status.UNKNOWN_COMMAND
 
 
@@ -74,10 +74,10 @@ def test_failing_accept_ends_the_daemon_with_status_1(
     scratch_card: Card, tracer: Tracer, addresses: dict[str, str]
 ) -> None:
     tracer.inject("accept4:error=EMFILE")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     with suppress(ConnectionResetError):  # the card is quicker
         TcpPeer(addresses["eth0"]).close()
-    assert scratch_card.wait_exit(2).status == 1
+    assert scratch_card.daemon.wait_exit(2).status == 1
     lines = log_of(scratch_card, mark, "terminated unexpectedly")
     assert lines[0] == f"warning accept() failed: {words('Too many open files')}"
     assert closed_sockets(lines[1:-1]) == len(lines) - 2 == 3
@@ -85,15 +85,15 @@ def test_failing_accept_ends_the_daemon_with_status_1(
 
 
 def test_working_directory_that_cannot_be_made_ends_with_status_1(scratch_card: Card, tracer: Tracer) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject("mkdir:error=EROFS", wait=False)
-    assert scratch_card.wait_exit(2).status == 1
+    assert scratch_card.daemon.wait_exit(2).status == 1
     assert log_of(scratch_card, mark, "mkdir()")[-1] == "warning mkdir() failed: Read-only file system"
 
 
 def test_broken_pipe_that_cannot_be_ignored_is_only_logged(scratch_card: Card, tracer: Tracer, udp: UdpPeer) -> None:
     place = tracer.ordinal("rt_sigaction(SIGPIPE, {sa_handler=SIG_IGN")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(f"rt_sigaction:error=EINVAL:when={place}")
     assert "warning sigaction() FAILED: Invalid argument" in log_of(scratch_card, mark, "sigaction")
     assert udp.ask(request(2)).header.status == Status.UNKNOWN_COMMAND
@@ -112,9 +112,9 @@ def test_broken_pipe_that_cannot_be_ignored_is_only_logged(scratch_card: Card, t
 def test_socket_that_cannot_be_set_up_aborts_the_start(
     scratch_card: Card, tracer: Tracer, fault: str, last: str
 ) -> None:
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(fault, wait=False)
-    assert scratch_card.wait_exit(2).signal == 6
+    assert scratch_card.daemon.wait_exit(2).signal == 6
     assert log_of(scratch_card, mark, last)[-1] == f"warning {last}"
 
 
@@ -122,7 +122,7 @@ def test_failing_receive_closes_the_connection(
     scratch_card: Card, tracer: Tracer, connect: Callable[[], TcpPeer]
 ) -> None:
     tracer.inject("recvfrom:error=EIO:when=2")  # the first one is that of the unconnected socket
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     peer = connect()
     peer.send(request(Command.VERSIONS))
     assert peer.rest() == b""
@@ -133,7 +133,7 @@ def test_datagram_that_cannot_be_received_is_logged_and_forgotten(
     scratch_card: Card, tracer: Tracer, udp: UdpPeer
 ) -> None:
     tracer.inject("recvfrom:error=ENOMEM:when=2")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     assert udp.ask(request(2)).header.status == Status.UNKNOWN_COMMAND
     lines = log_of(scratch_card, mark, "Unknown command")
     assert lines[0] == f"warning recvfrom() failed: {words('Cannot allocate memory')}"
@@ -141,7 +141,7 @@ def test_datagram_that_cannot_be_received_is_logged_and_forgotten(
 
 def test_socket_that_cannot_be_closed_is_tried_again(scratch_card: Card, tracer: Tracer) -> None:
     that_of_the_first_pass = tracer.ordinal("close(")
-    mark = scratch_card.log_mark()
+    mark = scratch_card.records.log_mark()
     tracer.inject(f"close:error=EIO:when={that_of_the_first_pass}")
     lines = [NUMBER.sub("(N)", line) for line in log_of(scratch_card, mark, "successfully closed")]
     assert lines[-4:] == [

@@ -11,4 +11,4 @@ PROGRAMS = ("/etc/init.d/network", "/lib/upgrade/fwupgrade", "/run/bin/uci")
 @pytest.mark.parametrize("program", PROGRAMS)
 def test_a_program_of_the_card_cannot_be_written_over_in_the_build(card: Card, program: str) -> None:
     """It is a link, and a shell's > follows it. Opened for appending, and with nothing appended."""
-    assert card.run(["sh", "-c", f": >> {program}"], check=False).returncode != 0
+    assert card.inside.run(["sh", "-c", f": >> {program}"], check=False).returncode != 0

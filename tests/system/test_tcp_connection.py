@@ -7,15 +7,12 @@ import socket
 from collections.abc import Callable
 
 import pytest
-from support.descriptors import connection_of, wait_until_read
+from support.descriptors import TCP_USER_TIMEOUT, connection_of, wait_until_read
 from support.peers import TcpPeer, UdpPeer
 from support.tracing import Tracer
 from support.watch import Watch
 from tarvelsim import Card
 from wire import Command, Header, Status, request
-
-# Closing a socket with this option resets the connection.
-LINGER_FOR_NO_TIME = b"\1\0\0\0\0\0\0\0"
 
 # sendto(4, ""..., 20, MSG_MORE, NULL, 0) = 20
 SEND = re.compile(r", (\d+, \w+), NULL, 0\)")
@@ -65,8 +62,7 @@ def test_connection_that_is_reset_is_logged_with_its_error(
 ) -> None:
     peer = connect()
     peer.ask(request(2))
-    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, LINGER_FOR_NO_TIME)
-    peer.socket.close()
+    peer.reset()
     connect().ask(request(3))
     assert watch.log_without_numbers()[2:4] == [
         "warning recv() failed: Connection reset by peer",
@@ -78,13 +74,12 @@ def test_reply_to_a_client_that_is_gone_does_not_end_the_daemon(
     scratch_card: Card, watch: Watch, connect: Callable[[], TcpPeer]
 ) -> None:
     peer = connect()
-    scratch_card.hold("sh")
+    scratch_card.inside.hold("sh")
     peer.send(request(Command.TIME_GET))
-    scratch_card.wait_command("uci -q get system.ntp.server", since=watch.commands_mark)
+    scratch_card.records.wait_command("uci -q get system.ntp.server", since=watch.commands_mark)
     peer.end_sending()
-    peer.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, LINGER_FOR_NO_TIME)
-    peer.socket.close()
-    scratch_card.release()
+    peer.reset()
+    scratch_card.inside.release()
     assert connect().ask(request(Command.VERSIONS)).header.status == Status.SUCCESS
     assert "info Client closed the connection" in watch.log()
 
@@ -92,8 +87,8 @@ def test_reply_to_a_client_that_is_gone_does_not_end_the_daemon(
 def test_client_that_stalls_holds_everything_up(card: Card, watch: Watch, tcp: TcpPeer, udp: UdpPeer) -> None:
     tcp.ask(request(2))
     tcp.send(request(0x43)[:10])
-    assert card.daemon_pid is not None
-    wait_until_read(card.daemon_pid, tcp)
+    assert card.daemon.pid is not None
+    wait_until_read(card.daemon.pid, tcp)
     udp.send(request(0x42))
     tcp.send(request(0x43)[10:])
     tcp.receive()
@@ -119,11 +114,11 @@ def test_payload_of_a_get_command_is_taken_as_the_next_message(card: Card, tcp: 
 
 def test_vanished_client_is_found_out(card: Card, tcp: TcpPeer) -> None:
     tcp.ask(request(2))
-    assert card.daemon_pid is not None
-    with connection_of(card.daemon_pid) as copy:
+    assert card.daemon.pid is not None
+    with connection_of(card.daemon.pid) as copy:
         assert copy.getsockopt(socket.SOL_SOCKET, socket.SO_KEEPALIVE) == 1
-        options = (socket.TCP_KEEPIDLE, socket.TCP_KEEPINTVL, socket.TCP_KEEPCNT)
-        assert [copy.getsockopt(socket.IPPROTO_TCP, option) for option in options] == [60, 10, 3]
+        options = (socket.TCP_KEEPIDLE, socket.TCP_KEEPINTVL, socket.TCP_KEEPCNT, TCP_USER_TIMEOUT)
+        assert [copy.getsockopt(socket.IPPROTO_TCP, option) for option in options] == [60, 10, 3, 90_000]
 
 
 def sends(tracer: Tracer) -> list[str]:

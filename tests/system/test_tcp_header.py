@@ -108,8 +108,8 @@ def test_header_may_come_in_pieces(card: Card, tcp: TcpPeer) -> None:
     tcp.ask(request(2))
     whole = request(Command.VERSIONS)
     tcp.send(whole[:3])
-    assert card.daemon_pid is not None
-    wait_until_read(card.daemon_pid, tcp)
+    assert card.daemon.pid is not None
+    wait_until_read(card.daemon.pid, tcp)
     tcp.send(whole[3:])
     assert tcp.receive().header.status == Status.SUCCESS
 

@@ -34,8 +34,8 @@ def test_date_and_time_are_those_of_the_clock_in_utc(card: Card, tcp: TcpPeer) -
 
 
 def test_local_time_zone_does_not_matter(scratch_card: Card, addresses: dict[str, str]) -> None:
-    scratch_card.stop_daemon()
-    scratch_card.start_daemon(env={"TZ": "XXX-11"})
+    scratch_card.daemon.stop()
+    scratch_card.daemon.start(env={"TZ": "XXX-11"})
     before = utc_now()
     with TcpPeer(addresses["eth0"]) as peer:
         date_time = time_reference(peer)[2]
@@ -47,36 +47,36 @@ def test_mode_is_manual_without_the_start_link(card: Card, tcp: TcpPeer) -> None
 
 
 def test_mode_is_ntp_with_the_start_link(scratch_card: Card, tcp: TcpPeer) -> None:
-    scratch_card.write("/etc/rc.d/S65ntpd", "")
+    scratch_card.inside.write("/etc/rc.d/S65ntpd", "")
     assert time_reference(tcp)[0] == "Ntp"
 
 
 def test_server_is_read_each_time(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     time_reference(tcp)
-    scratch_card.uci("set", "system.ntp.server=ntp.example")
+    scratch_card.inside.uci("set", "system.ntp.server=ntp.example")
     assert time_reference(tcp)[1] == "ntp.example"
     assert watch.commands() == [GET_SERVER, GET_SERVER]
 
 
 def test_empty_server_is_not_configured(scratch_card: Card, tcp: TcpPeer) -> None:
-    scratch_card.write("/etc/config/system", "config timeserver 'ntp'\n\toption server ''\n")
+    scratch_card.inside.answer("uci", "\n", matching="get system.ntp.server")
     assert time_reference(tcp)[1] == "NOT CONFIGURED"
 
 
 def test_missing_server_is_a_failure(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.uci("delete", "system.ntp.server")
+    scratch_card.inside.uci("delete", "system.ntp.server")
     assert tcp.ask(request(Command.TIME_GET, sequence=3)).header == Header(command=0x8010, status=2, sequence=3)
     assert watch.console() == ""
     assert len(watch.log()) == 1  # the connection
 
 
 def test_long_server_is_cut_at_99_characters(scratch_card: Card, tcp: TcpPeer) -> None:
-    scratch_card.uci("set", f"system.ntp.server={'s' * 150}")
+    scratch_card.inside.uci("set", f"system.ntp.server={'s' * 150}")
     assert time_reference(tcp)[1] == "s" * 99
 
 
 def test_server_is_copied_unescaped(scratch_card: Card, tcp: TcpPeer) -> None:
-    scratch_card.uci("set", 'system.ntp.server=a"<&')
+    scratch_card.inside.uci("set", 'system.ntp.server=a"<&')
     assert time_reference(tcp)[1] == 'a"<&'
 
 
@@ -86,6 +86,6 @@ def test_getting_is_not_logged(card: Card, watch: Watch, tcp: TcpPeer) -> None:
 
 
 def test_lock_is_not_needed_for_reading(scratch_card: Card, tcp: TcpPeer) -> None:
-    with open(scratch_card.path("/var/timesettings.lock"), "w", encoding="ascii") as lock:
+    with open(scratch_card.inside.path("/var/timesettings.lock"), "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         assert tcp.ask(request(Command.TIME_GET)).header.status == Status.SUCCESS

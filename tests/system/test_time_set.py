@@ -52,13 +52,13 @@ def test_ntp_with_the_same_server_sets_nothing(scratch_card: Card, watch: Watch,
 
 def test_ntp_makes_the_start_link(scratch_card: Card, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp"))
-    assert "S65ntpd" in scratch_card.listdir("/etc/rc.d")
+    assert "S65ntpd" in scratch_card.inside.listdir("/etc/rc.d")
     assert 'Mode="Ntp"' in tcp.ask(request(Command.TIME_GET)).text
 
 
 def test_new_server_is_not_committed(scratch_card: Card, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp", "10.0.0.5"))
-    assert scratch_card.uci("changes") == "system.ntp.server='10.0.0.5'"
+    assert scratch_card.inside.uci("changes") == "system.ntp.server='10.0.0.5'"
     assert 'NtpServer="10.0.0.5"' in tcp.ask(request(Command.TIME_GET)).text
 
 
@@ -84,7 +84,7 @@ def test_manual_runs_exactly_these_commands(scratch_card: Card, watch: Watch, tc
 def test_manual_removes_the_start_link(scratch_card: Card, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp"))
     set_time(tcp, time_reference("Manual"))
-    assert "S65ntpd" not in scratch_card.listdir("/etc/rc.d")
+    assert "S65ntpd" not in scratch_card.inside.listdir("/etc/rc.d")
 
 
 def test_clock_that_the_kernel_refuses_to_set_is_a_failure(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
@@ -119,8 +119,8 @@ def test_date_and_time_are_taken_as_utc(scratch_card: Card, watch: Watch, tcp: T
 def test_local_time_zone_does_not_matter(
     scratch_card: Card, watch: Watch, addresses: dict[str, str], zone: str
 ) -> None:
-    scratch_card.stop_daemon()
-    scratch_card.start_daemon(env={"TZ": zone})
+    scratch_card.daemon.stop()
+    scratch_card.daemon.start(env={"TZ": zone})
     with TcpPeer(addresses["eth0"]) as peer:
         set_time(peer, time_reference("Manual", date_time="2021-07-04T05:06:07"))
     assert watch.logged("info Setting unix time to 1625375167")
@@ -133,24 +133,24 @@ def test_replication_marker_is_left_whatever_the_outcome(
     scratch_card: Card, tcp: TcpPeer, mode: str, status: Status
 ) -> None:
     assert set_time(tcp, time_reference(mode)) == status
-    assert scratch_card.read(MARKER) == ""
+    assert scratch_card.inside.read(MARKER) == ""
 
 
 def test_marker_is_truncated_and_the_lock_file_stays_empty(scratch_card: Card, tcp: TcpPeer) -> None:
-    scratch_card.write(MARKER, "old")
+    scratch_card.inside.write(MARKER, "old")
     set_time(tcp, time_reference("Ntp"))
-    assert (scratch_card.read(MARKER), scratch_card.read(LOCK)) == ("", "")
+    assert (scratch_card.inside.read(MARKER), scratch_card.inside.read(LOCK)) == ("", "")
 
 
 def test_lock_file_is_made_with_mode_644(scratch_card: Card, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp"))
-    assert scratch_card.path(LOCK).stat().st_mode & 0o777 == 0o644
+    assert scratch_card.inside.path(LOCK).stat().st_mode & 0o777 == 0o644
 
 
 @pytest.mark.parametrize("name", ["ntpd", "ntpdate"])
 @pytest.mark.parametrize("action", ["enable", "stop", "start"])
 def test_failing_scripts_do_not_matter(scratch_card: Card, tcp: TcpPeer, name: str, action: str) -> None:
-    scratch_card.fail(name, matching=action)
+    scratch_card.inside.fail(name, matching=action)
     assert set_time(tcp, time_reference("Ntp")) == Status.SUCCESS
 
 
@@ -158,15 +158,15 @@ def test_failing_scripts_do_not_matter(scratch_card: Card, tcp: TcpPeer, name: s
 def test_server_that_cannot_be_read_stops_before_the_scripts(
     scratch_card: Card, watch: Watch, tcp: TcpPeer, mode: str
 ) -> None:
-    scratch_card.uci("delete", "system.ntp.server")
+    scratch_card.inside.uci("delete", "system.ntp.server")
     assert set_time(tcp, time_reference(mode, "10.0.0.5")) == Status.FAILURE
     assert watch.commands() == [GET_SERVER]
     assert watch.log()[2:] == []
-    assert scratch_card.exists(MARKER)
+    assert scratch_card.inside.exists(MARKER)
 
 
 def test_server_that_cannot_be_set_stops_before_the_scripts(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
-    scratch_card.fail("uci", matching="set")
+    scratch_card.inside.fail("uci", matching="set")
     assert set_time(tcp, time_reference("Ntp", "10.0.0.5")) == Status.FAILURE
     assert watch.commands() == [GET_SERVER, "uci -q set system.ntp.server=10.0.0.5"]
 

@@ -112,7 +112,7 @@ def test_bad_element_is_logged_and_applies_nothing(
     assert tcp.ask(request(Command.TIME_SET, text)).header == REFUSED
     assert watch.log()[1:] == warnings
     assert watch.commands() == []
-    assert not card.exists("/var/timesettings.replication")
+    assert not card.inside.exists("/var/timesettings.replication")
 
 
 @pytest.mark.parametrize("text", ["", " \n", "no XML", "<", "<TimeReferenceConfiguration Mode='Ntp'"])

@@ -31,7 +31,7 @@ def test_datagram_shorter_than_a_header_is_dropped_with_a_warning(
 def test_header_alone_after_a_reboot_request_does_not_reboot_again(
     scratch_card: Card, udp: UdpPeer, watch: Watch
 ) -> None:
-    scratch_card.hold("reboot")
+    scratch_card.inside.hold("reboot")
     valid = request(Command.REBOOT, reboot_card())
     assert udp.ask(valid).header.status == Status.SUCCESS
     assert is_failure(udp, valid[:20])

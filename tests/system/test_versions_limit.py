@@ -17,9 +17,9 @@ LINE_WITHOUT_VERSION = len('\t<Component Id="zz" Version=""/>\n')
 def grow(card: Card, tcp: TcpPeer, size: int) -> None:
     """Adds components, the last one named "zz", so that a complete report has this many characters."""
     for number in range(8):
-        card.write(f"/etc/pnr/part{number}", "p" * 100)
+        card.inside.write(f"/etc/pnr/part{number}", "p" * 100)
     now = len(tcp.ask(request(Command.VERSIONS)).text)
-    card.write("/etc/pnr/zz", "z" * (size - now - LINE_WITHOUT_VERSION))
+    card.inside.write("/etc/pnr/zz", "z" * (size - now - LINE_WITHOUT_VERSION))
 
 
 def test_report_of_the_limit_is_complete(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
@@ -43,7 +43,7 @@ def test_small_components_after_one_that_does_not_fit_are_left_out_too(
     scratch_card: Card, watch: Watch, tcp: TcpPeer
 ) -> None:
     grow(scratch_card, tcp, LIMIT + 1)
-    scratch_card.write("/etc/pnr/zzz", "z")
+    scratch_card.inside.write("/etc/pnr/zzz", "z")
     assert '"zzz"' not in tcp.ask(request(Command.VERSIONS)).text
     assert sum(line.startswith("warning") for line in watch.log()) == 1
 

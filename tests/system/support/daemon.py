@@ -15,13 +15,22 @@ _WORDS = shlex.split(os.environ.get("TARVELD") or str(ROOT / "build/tarveld"))
 COMMAND = [str(Path(word).resolve()) if Path(word).exists() else word for word in _WORDS]
 IS_EMULATED = len(COMMAND) > 1
 
+_PROGRAM = Path(COMMAND[-1])
+_CONTENT = _PROGRAM.read_bytes() if _PROGRAM.exists() else b""
+
+# One of the texts that only the hardened build can log.
+IS_HARDENED = b"is neither an address nor a host name, refused" in _CONTENT
+
 # Where musl has other words than glibc.
 _IN_MUSL = {
     "Success": "No error information",
     "Address already in use": "Address in use",
     "Cannot allocate memory": "Out of memory",
+    "Connection timed out": "Operation timed out",
     "Input/output error": "I/O error",
+    "Network is unreachable": "Network unreachable",
     "No child processes": "No child process",
+    "No route to host": "Host is unreachable",
     "Too many open files": "No file descriptors available",
     "Transport endpoint is not connected": "Socket not connected",
 }
@@ -29,9 +38,7 @@ _IN_MUSL = {
 
 def _uses_musl() -> bool:
     """Linked to it, or with its texts inside."""
-    program = Path(COMMAND[-1])
-    content = program.read_bytes() if program.exists() else b""
-    return b"ld-musl" in content or b"\0No error information\0" in content
+    return b"ld-musl" in _CONTENT or b"\0No error information\0" in _CONTENT
 
 
 _USES_MUSL = _uses_musl()

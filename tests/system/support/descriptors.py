@@ -15,6 +15,7 @@ from tarvelsim.waiting import wait_for
 from .peers import PATIENCE, TcpPeer
 
 _PIDFD_GETFD = 438  # the same number on every architecture
+TCP_USER_TIMEOUT = 18  # not among the names that mypy knows
 _O_CLOEXEC = 0o2000000
 
 

@@ -2,6 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The two kinds of clients."""
 
+import select
 import socket
 import struct
 from collections.abc import Iterator
@@ -75,6 +76,11 @@ class TcpPeer:
     def end_sending(self) -> None:
         self.socket.shutdown(socket.SHUT_WR)
 
+    def reset(self) -> None:
+        """Gives the connection up at once; what is on its way is lost."""
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self.socket.close()
+
     def close(self) -> None:
         """Returns when the card has closed its end, too."""
         try:
@@ -112,7 +118,7 @@ class Answer:
 class UdpPeer:
     """A client on one of the LAN's devices; it talks to one card unless told otherwise."""
 
-    def __init__(self, device: str, own_address: str, card_address: str) -> None:
+    def __init__(self, device: str, own_address: str, card_address: str, port: int = 0) -> None:
         self.own_address = own_address
         self.card_address = card_address
         self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -120,7 +126,7 @@ class UdpPeer:
         self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_BINDTODEVICE, device.encode() + b"\0")
         self.socket.setsockopt(socket.IPPROTO_IP, _IP_PKTINFO, 1)
         self.socket.settimeout(PATIENCE)
-        self.socket.bind(("", 0))
+        self.socket.bind(("", port))
         self.port: int = self.socket.getsockname()[1]
 
     def send(self, data: bytes, to: str | None = None) -> None:
@@ -132,6 +138,9 @@ class UdpPeer:
             _PKTINFO.unpack(value[: _PKTINFO.size])[2] for _, kind, value in ancillary if kind == _IP_PKTINFO
         )
         return Answer(Message.decode(data), socket.inet_ntoa(destination))
+
+    def has_datagram(self) -> bool:
+        return bool(select.select([self.socket], [], [], 0)[0])
 
     def ask(self, data: bytes, to: str | None = None) -> Answer:
         self.send(data, to)

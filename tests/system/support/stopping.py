@@ -17,8 +17,8 @@ from .peers import PATIENCE
 @contextmanager
 def stopped(card: Card) -> Iterator[None]:
     """Inside the block the daemon does nothing; what it waits for when the block ends it sees all at once."""
-    assert card.daemon_pid is not None
-    pid: int = card.daemon_pid
+    assert card.daemon.pid is not None
+    pid: int = card.daemon.pid
     os.kill(pid, signal.SIGSTOP)
     try:
         wait_for(lambda: _state(pid) == "T", PATIENCE, lambda: "the daemon does not stop")

@@ -23,10 +23,10 @@ class Tracer:
 
     def start(self, *options: str, wait: bool = True) -> None:
         """Stops the daemon and starts it again, traced. It keeps its own process: its end is seen as it is."""
-        self._card.supervise(False)
-        self._card.stop_daemon()
+        self._card.daemon.supervise(False)
+        self._card.daemon.stop()
         command = ["strace", "-D", "-qq", "-o", _TRACE_IN_CARD, *options, *self._daemon]
-        self._card.start_daemon(command, _ENVIRONMENT, wait=wait)
+        self._card.daemon.start(command, _ENVIRONMENT, wait=wait)
 
     def inject(self, *faults: str, path: str | None = None, wait: bool = True) -> None:
         """Faults are like "select:error=EBADF:when=2". With a path only the calls that concern that file count."""

@@ -2,13 +2,18 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What a card does from one moment on."""
 
+import contextlib
 import re
 
-from tarvelsim import Card
+from tarvelsim import Card, WaitTimeout
+from tarvelsim.waiting import wait_for
 from wire import request
 
-from .peers import BROADCAST, UdpPeer, next_unknown_command
+from .daemon import words
+from .peers import BROADCAST, PATIENCE, UdpPeer, next_unknown_command
 
+_UNTIL_ASKED_AGAIN = 0.3
+_UNREACHABLE = f"sendto() failed: {words('Network is unreachable')}"
 _NUMBER = re.compile(r"\(\d+\)")
 
 
@@ -23,27 +28,41 @@ class Watch:
         self._udp = udp
         self._fences: set[str] = set()
         self._fence()
-        self.since = card.log_mark()
-        self.calls_mark = card.calls_mark()
-        self.commands_mark = card.commands_mark()
-        self._console = len(card.console())
+        self.since = card.records.log_mark()
+        self.calls_mark = card.records.calls_mark()
+        self.commands_mark = card.records.commands_mark()
+        self._console = len(card.records.console())
 
     def _fence(self) -> None:
-        """Returns when everything before is in the log."""
+        """Returns when everything before is in the log. The question is asked again: a network restart may eat it."""
         command = next_unknown_command()
-        self._udp.send(request(command), to=BROADCAST)
         text = f"Unknown command ID: 0x{command:x}"
-        self._card.wait_log(text)
         self._fences.add(f"warning {text}")
+
+        def is_logged() -> bool:
+            self._udp.send(request(command), to=BROADCAST)
+            with contextlib.suppress(WaitTimeout):
+                self._card.records.wait_log(text, timeout=_UNTIL_ASKED_AGAIN)
+                return True
+            return False
+
+        wait_for(is_logged, PATIENCE, lambda: f"the card does not react; its console:\n{self._card.records.console()}")
 
     def log(self) -> list[str]:
         """Every line so far as "level text"."""
         self._fence()
         lines: list[str] = []
-        for line in self._card.log_lines(self.since):
+        is_fence = False
+        for line in self._card.records.log_lines(self.since):
             lines.append(f"{line.level} {line.text}")
             if lines[-1] in self._fences:
                 del lines[-2:]  # and the line before, which tells that the datagram came
+                is_fence = True
+            elif is_fence and line.text == _UNREACHABLE:
+                del lines[-1]  # the answer to the fence, from a card that has no address yet
+                is_fence = False
+            else:
+                is_fence = False
         return lines
 
     def log_without_numbers(self) -> list[str]:
@@ -55,11 +74,11 @@ class Watch:
 
     def commands(self) -> list[str]:
         """What the daemon gave to the shell."""
-        return self._card.commands(self.commands_mark)
+        return self._card.records.commands(self.commands_mark)
 
     def calls(self, name: str | None = None) -> list[str]:
         """What was run, each as one line."""
-        return [" ".join(call) for call in self._card.calls(name, self.calls_mark)]
+        return [" ".join(call) for call in self._card.records.calls(name, self.calls_mark)]
 
     def console(self) -> str:
-        return self._card.console()[self._console :]
+        return self._card.records.console()[self._console :]
