@@ -151,6 +151,30 @@ def test_failing_uci_is_a_failure_without_a_restart(
     assert RESTART not in watch.commands()
 
 
+@pytest.fixture
+def read_only_card(scratch_card: Card) -> Iterator[Card]:
+    """Nothing can be written into its /etc/config."""
+    for mount in ("mount --bind /etc/config", "mount -o remount,bind,ro"):
+        scratch_card.inside.run([*mount.split(), "/etc/config"])
+    yield scratch_card
+    scratch_card.inside.run(["umount", "/etc/config"])
+
+
+def test_commit_that_writes_nothing_goes_unnoticed(read_only_card: Card, udp: UdpPeer, watch: Watch) -> None:
+    before = read_only_card.inside.read("/etc/config/network")
+    assert udp.ask(question(interface("VemkEth2", "Dhcp"))).header.status == Status.SUCCESS
+    read_only_card.records.wait_command(RESTART, since=watch.commands_mark)
+    assert read_only_card.inside.read("/etc/config/network") == before
+    assert "network.lanvemt2eth2.proto='dhcp'" in read_only_card.inside.uci("changes")
+
+
+def test_changes_are_listed_without_quotes_by_an_old_tool(scratch_card: Card, udp: UdpPeer, watch: Watch) -> None:
+    scratch_card.daemon.stop()
+    scratch_card.daemon.start(env={"SIM_UCI_YEAR": "2014"})
+    udp.ask(question(interface("VemkEth2", "Dhcp")))
+    assert "network.lanvemt2eth2.proto=dhcp\n" in watch.console()
+
+
 @pytest.mark.parametrize("matching", ["delete", "changes"])
 def test_commands_whose_result_does_not_matter(scratch_card: Card, udp: UdpPeer, matching: str) -> None:
     scratch_card.inside.fail("uci", matching=matching)

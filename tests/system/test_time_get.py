@@ -6,6 +6,7 @@ import fcntl
 import re
 from datetime import datetime, timezone
 
+import pytest
 from support.peers import TcpPeer
 from support.watch import Watch
 from tarvelsim import Card
@@ -61,6 +62,22 @@ def test_server_is_read_each_time(scratch_card: Card, watch: Watch, tcp: TcpPeer
 def test_empty_server_is_not_configured(scratch_card: Card, tcp: TcpPeer) -> None:
     scratch_card.inside.answer("uci", "\n", matching="get system.ntp.server")
     assert time_reference(tcp)[1] == "NOT CONFIGURED"
+
+
+@pytest.mark.parametrize(
+    ("line", "status"), [("option server ''", Status.FAILURE), ("list server ''", Status.SUCCESS)]
+)
+def test_empty_line_in_the_file_is_no_server_unless_it_is_a_list(
+    scratch_card: Card, tcp: TcpPeer, line: str, status: Status
+) -> None:
+    scratch_card.inside.write("/etc/config/system", f"config timeserver 'ntp'\n\t{line}\n")
+    assert tcp.ask(request(Command.TIME_GET)).header.status == status
+
+
+def test_several_servers_are_told_in_one_line(scratch_card: Card, tcp: TcpPeer) -> None:
+    lines = "".join(f"\tlist server '{server}'\n" for server in ("a.example", "b c"))
+    scratch_card.inside.write("/etc/config/system", f"config timeserver 'ntp'\n{lines}")
+    assert time_reference(tcp)[1] == "a.example 'b c'"
 
 
 def test_missing_server_is_a_failure(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
