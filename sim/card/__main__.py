@@ -9,6 +9,7 @@ import os
 import socket
 import sys
 
+import delays
 import filesystem
 import kernel
 import programs
@@ -29,6 +30,7 @@ def main() -> None:
     for name in ("fail", "hold"):
         os.makedirs(DIRECTORY / "control" / name, exist_ok=True)
     settings.save()
+    delays.publish(settings)
     card = Card(settings)
     card.first_boot()
     print("up", flush=True)

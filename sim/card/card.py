@@ -7,21 +7,28 @@ import selectors
 import signal
 import time
 from collections.abc import Callable
+from pathlib import Path
 
 import daemon
+import delays
 import factory
 import filesystem
+import netifd
 import network
 import programs
 from control import Control, Order
+from ring import Ring
 from settings import DIRECTORY, Settings
 from systemlog import SystemLog
+
+_NO_PATIENCE = 0.5  # seconds
 
 
 class Card:
     def __init__(self, settings: Settings) -> None:
         self._settings = settings
-        self._log = SystemLog(DIRECTORY / "log")
+        self._ring = Ring(DIRECTORY / "ring", DIRECTORY / "console")
+        self._log = SystemLog(DIRECTORY / "log", self._ring)
         self._control = Control(DIRECTORY / "control.socket")
         self._daemon = daemon.Daemon(settings.command, settings.environment, DIRECTORY / "console")
         self._is_supervised = settings.supervised
@@ -30,12 +37,12 @@ class Card:
         self._reboot_wanted = False
         self._orders: dict[str, Callable[[Order], Order]] = {
             "state": self._state,
+            "logread": self._logread,
             "start": self._start,
             "stop": self._stop,
             "kill": self._kill,
             "supervise": self._supervise,
             "reset": self._reset,
-            "reboot": self._reboot_later,
         }
 
     def first_boot(self) -> None:
@@ -49,6 +56,7 @@ class Card:
         wakeup, signalled = os.pipe2(os.O_NONBLOCK | os.O_CLOEXEC)
         signal.set_wakeup_fd(signalled, warn_on_full_buffer=False)
         signal.signal(signal.SIGCHLD, lambda *_: None)
+        signal.signal(signal.SIGTERM, self._want_reboot)
         selector.register(self._control.socket, selectors.EVENT_READ)
         selector.register(wakeup, selectors.EVENT_READ)
         self._reap()
@@ -60,6 +68,9 @@ class Card:
                 else:
                     self._control.serve_one(self._execute)
             self._do_what_is_due()
+
+    def _want_reboot(self, *_: object) -> None:
+        self._reboot_wanted = True
 
     def _execute(self, order: Order) -> Order:
         return self._orders[order["do"]](order)
@@ -78,7 +89,7 @@ class Card:
         try:
             while (ended := os.waitpid(-1, os.WNOHANG))[0] != 0:
                 if self._daemon.note_exit(*ended) and self._is_supervised:
-                    self._respawn_at = time.monotonic() + self._settings.respawn_delay
+                    self._respawn_at = time.monotonic() + delays.RESPAWN * self._settings.delays
         except ChildProcessError:
             pass  # nobody is left to wait for
 
@@ -88,7 +99,10 @@ class Card:
         factory.make_boot_files()
         if with_extra_files:
             factory.write_extra_files(self._settings)
-        network.bring_up(self._settings)
+        self._log.start()
+        configured = netifd.times_configured()
+        netifd.start(self._settings)
+        netifd.wait_until_configured(since=configured)
         self._boots += 1
         self._log.note(f"booted ({self._boots})")
         if self._settings.autostart:
@@ -97,14 +111,31 @@ class Card:
     def _shut_down(self) -> None:
         self._respawn_at = None
         self._daemon.stop()
-        daemon.end_all_others()
-        network.bring_down(self._settings)
+        netifd.end()
+        daemon.end_all_others(self._settings)
+        network.take_down(self._settings)
         filesystem.empty_volatile()
+
+    def _run_stop_scripts(self) -> None:
+        stops: dict[str, Callable[[], None]] = {
+            "K10tarveld": self._daemon.stop,
+            "K65ntpd": lambda: programs.run_init_script("ntpd", "stop"),
+            "K89log": self._log.stop,
+            "K90network": lambda: programs.run_init_script("network", "stop"),
+        }
+        self._respawn_at = None
+        for link, stop in stops.items():
+            if link != "K65ntpd" or Path("/etc/rc.d", link).exists():
+                self._log.note(f"{link} stop")
+                stop()
 
     def _reboot(self) -> None:
         self._reboot_wanted = False
         self._log.note("rebooting")
+        delays.pause(self._settings, delays.SHUTDOWN)
+        self._run_stop_scripts()
         self._shut_down()
+        self._ring.clear()
         time.sleep(self._settings.reboot_time)
         self._boot()
 
@@ -113,6 +144,10 @@ class Card:
     def _state(self, _: Order) -> Order:
         exits = [end.to_json() for end in self._daemon.exits]
         return {"pid": self._daemon.pid, "exits": exits, "boots": self._boots}
+
+    def _logread(self, _: Order) -> Order:
+        self._ring.publish()
+        return {}
 
     def _start(self, order: Order) -> Order:
         self._respawn_at = None
@@ -139,16 +174,13 @@ class Card:
             self._respawn_at = None
         return {}
 
-    def _reboot_later(self, _: Order) -> Order:
-        """After the answer: the one who asks is ended by the reboot."""
-        self._reboot_wanted = True
-        return {}
-
     def _reset(self, order: Order) -> Order:
         """A card as new, without the time that making one takes."""
+        self._daemon.stop(patience=_NO_PATIENCE)
         self._shut_down()
         for name in ("commands", "calls", "console", "log"):
             (DIRECTORY / name).write_bytes(b"")
+        self._ring.clear()
         for name in ("fail", "hold"):
             filesystem.clear(str(DIRECTORY / "control" / name))
         self._daemon.command = self._settings.command

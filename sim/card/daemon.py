@@ -8,9 +8,11 @@ import time
 from dataclasses import asdict, dataclass
 from pathlib import Path
 
+import delays
 import programs
+from settings import Settings
 
-_PATIENCE = 1.0  # seconds between asking a process to end and making it
+_PATIENCE = 5.0  # seconds between asking the daemon to end and making it
 _NAP = 0.002
 _IGNORED_BY_PYTHON = (signal.SIGPIPE, signal.SIGXFSZ)
 
@@ -46,7 +48,7 @@ class Daemon:
         """Raises OSError if there is no such program."""
         if self.pid is not None:
             return
-        environment = {"PATH": programs.PATH, "HOME": "/", **self.environment}
+        environment = {"PATH": programs.PATH, "HOME": "/", "LD_PRELOAD": programs.LINE_BUFFERING, **self.environment}
         append = os.O_WRONLY | os.O_CREAT | os.O_APPEND
         self.pid = os.posix_spawnp(
             self.command[0],
@@ -61,13 +63,13 @@ class Daemon:
             setsigdef=_IGNORED_BY_PYTHON,
         )
 
-    def stop(self) -> None:
+    def stop(self, patience: float = _PATIENCE) -> None:
         """Asks the process to end, makes it end if it does not, and waits until it has."""
         if self.pid is None:
             return
         pid = self.pid
         os.kill(pid, signal.SIGTERM)
-        deadline = time.monotonic() + _PATIENCE
+        deadline = time.monotonic() + patience
         ended = os.waitpid(pid, os.WNOHANG)
         while ended[0] == 0 and time.monotonic() < deadline:
             time.sleep(_NAP)
@@ -86,14 +88,14 @@ class Daemon:
         return True
 
 
-def end_all_others() -> None:
+def end_all_others(settings: Settings) -> None:
     """Ends every other process of the card, as the last act before a reboot."""
-    deadline = time.monotonic() + _PATIENCE
-    wish = signal.SIGTERM
-    while _signal_all(wish):
+    deadline = time.monotonic() + delays.LAST_WISH
+    if _signal_all(signal.SIGTERM):
+        delays.pause(settings, delays.LAST_WISH)
+    _reap_all()
+    while _signal_all(signal.SIGKILL if time.monotonic() >= deadline else signal.SIGTERM):
         _reap_all()
-        if time.monotonic() > deadline:
-            wish = signal.SIGKILL
         time.sleep(_NAP)
 
 

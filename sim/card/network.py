@@ -1,24 +1,29 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""Puts the committed network configuration on the card's devices, as the platform's network script does."""
+"""The card's network devices: what the configuration says about them, and the commands that put it on them."""
 
-import ipaddress
 import shlex
 import socket
 import subprocess
-import sys
 
-from settings import LEASE, Settings
+from interfaces import Interface
+from settings import Settings
 
-# A changes directory that does not exist: only what was committed counts.
-_SHOW = ["/run/programs/uci", "-t", "/run/nothing-staged", "show", "network"]
+# Settings that are staged and not yet committed count as well: the platform reads both.
+_SHOW = ["/run/programs/uci", "-q", "show", "network"]
 
 
-def _interfaces() -> dict[str, dict[str, str]]:
-    """The options of each section of the configuration."""
+def configured(settings: Settings) -> list[Interface]:
+    """The interfaces on devices that the card has, in the order of the configuration; none if it cannot be read."""
+    present = present_devices(settings)
+    interfaces = [Interface.of(section, options) for section, options in _sections().items()]
+    return [interface for interface in interfaces if interface.device in present]
+
+
+def _sections() -> dict[str, dict[str, str]]:
+    """The options of each section; the items of a list with a blank between."""
     sections: dict[str, dict[str, str]] = {}
-    listing = subprocess.run(_SHOW, capture_output=True, text=True, check=True).stdout
-    for line in listing.splitlines():
+    for line in subprocess.run(_SHOW, capture_output=True, text=True, check=False).stdout.splitlines():
         key, _, value = line.partition("=")
         _, section, *option = key.split(".")
         options = sections.setdefault(section, {})
@@ -27,55 +32,28 @@ def _interfaces() -> dict[str, dict[str, str]]:
     return sections
 
 
-def _canonical(address: str) -> str:
-    """Short, octal and hexadecimal forms are as good as the usual one."""
-    return socket.inet_ntoa(socket.inet_aton(address))
+def present_devices(settings: Settings) -> list[str]:
+    present = {name for _, name in socket.if_nameindex()}
+    return [device for device in settings.addresses if device in present]
 
 
-def _interface(device: str, options: dict[str, str], settings: Settings) -> str | None:
-    """The address with its prefix length, or None if the device shall have none."""
-    proto = options.get("proto", "none")
-    if proto == "dhcp":
-        return settings.addresses[device][LEASE] + "/24"
-    if proto != "static" or "ipaddr" not in options:
-        return None
-    netmask = _canonical(options.get("netmask", "255.255.255.0"))
-    return ipaddress.ip_interface(f"{_canonical(options['ipaddr'])}/{netmask}").with_prefixlen
-
-
-def _commands(device: str, options: dict[str, str], settings: Settings) -> list[str]:
-    commands = [f"address flush dev {device}", f"link set {device} up"]
-    address = _interface(device, options, settings)
-    if address is not None:
-        commands.append(f"address add {address} broadcast + dev {device}")
-    if address is not None and "gateway" in options:
-        metric = 1 + list(settings.addresses).index(device)
-        commands.append(f"route replace default via {_canonical(options['gateway'])} dev {device} metric {metric}")
+def bring_up(interface: Interface) -> list[str]:
+    """Commands for a device that is down and has no address. A later default route replaces an earlier one."""
+    commands = [f"link set {interface.device} up"]
+    commands += [f"address add {address} broadcast + dev {interface.device}" for address in interface.addresses]
+    if interface.gateway is not None:
+        commands.append(f"route replace default via {interface.gateway} dev {interface.device}")
     return commands
 
 
-def _ip(commands: list[str]) -> bool:
+def take_down(settings: Settings) -> None:
+    devices = present_devices(settings)
+    run_ip([command for device in devices for command in (f"address flush dev {device}", f"link set {device} down")])
+
+
+def run_ip(commands: list[str]) -> None:
+    """All of them, also after one that fails: the platform says nothing about a route that cannot be."""
     batch = "\n".join(commands) + "\n"
-    return subprocess.run(["ip", "-force", "-batch", "-"], input=batch, text=True, check=False).returncode == 0
-
-
-def bring_up(settings: Settings) -> bool:
-    """True if every device has got what its configuration says; complaints go to standard error."""
-    present = {name for _, name in socket.if_nameindex()}
-    commands = ["link set lo up"]
-    is_complete = True
-    for section, options in _interfaces().items():
-        device = options.get("device") or options.get("ifname", "")
-        if device not in present or device not in settings.addresses:
-            continue
-        try:
-            commands += _commands(device, options, settings)
-        except (OSError, ValueError) as error:
-            print(f"network: {section}: {error}", file=sys.stderr)
-            is_complete = False
-    return _ip(commands) and is_complete
-
-
-def bring_down(settings: Settings) -> None:
-    present = {name for _, name in socket.if_nameindex()}
-    _ip([f"address flush dev {device}" for device in settings.addresses if device in present])
+    command = ["ip", "-force", "-batch", "-"]
+    # What the caller marks as inheritable goes along: netifd's lock.
+    subprocess.run(command, input=batch, text=True, capture_output=True, check=False, close_fds=False)

@@ -6,17 +6,20 @@ Each of them is the gate, which records the call and then becomes the program of
 """
 
 import os
+import subprocess
 from pathlib import Path
 
 import filesystem
 import kernel
 
 PATH = "/run/bin:/usr/sbin:/usr/bin:/sbin:/bin"
+# The supervisor has it loaded into all that it starts, so that a line is in the log when it is printed.
+LINE_BUFFERING = "/lib/libsetlbf.so"
 
 _STANDINS = Path(__file__).resolve().parent / "standins"
 _REAL = Path("/run/programs")
 # Found through the search path, and at fixed places.
-_ON_PATH = ("uci", "tar", "reboot")
+_ON_PATH = ("uci", "tar", "reboot", "logread")
 _FIXED = ("/etc/init.d/network", "/etc/init.d/ntpd", "/etc/init.d/ntpdate", "/lib/upgrade/fwupgrade")
 
 
@@ -37,7 +40,7 @@ def protect(programs: dict[str, str]) -> None:
 
 
 def install(programs: dict[str, str]) -> None:
-    """`programs` says where the programs that are no script of ours are: gate, uci and tar.
+    """`programs` says where those are that are no script of ours: gate, uci, tar and the library libsetlbf.so.
 
     What is missing or was replaced since the last time is put right.
     """
@@ -45,6 +48,12 @@ def install(programs: dict[str, str]) -> None:
         name = os.path.basename(path)
         _link(_real_program(name, programs), _REAL / name)
         _link(programs["gate"], Path(path))
+    _link(programs["libsetlbf.so"], Path(LINE_BUFFERING))
+
+
+def run_init_script(name: str, action: str) -> None:
+    """For the card's own purposes: it is not recorded, and what it says is nobody's concern."""
+    subprocess.run([str(_REAL / name), action], env={"PATH": PATH}, capture_output=True, check=False)
 
 
 def _link(target: str, link: Path) -> None:

@@ -11,7 +11,6 @@ from dataclasses import asdict, dataclass, field
 from pathlib import Path
 
 DIRECTORY = Path("/run/card")
-STATIC, LEASE = "static", "lease"
 
 
 @dataclass
@@ -27,8 +26,8 @@ class Settings:
     files: dict[str, str | None] = field(default_factory=dict)
     autostart: bool = True
     supervised: bool = True
-    respawn_delay: float = 0.2
     reboot_time: float = 2
+    delays: float = 1
 
     @staticmethod
     def parse(text: str) -> "Settings":
