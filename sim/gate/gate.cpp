@@ -26,14 +26,15 @@ std::string escaped(std::string_view text)
 {
     std::string result;
     for (const char c : text) {
-        if (c == '\\')
+        if (c == '\\') {
             result += "\\\\";
-        else if (c == '\n')
+        } else if (c == '\n') {
             result += "\\n";
-        else if (c == '\t')
+        } else if (c == '\t') {
             result += "\\t";
-        else
+        } else {
             result += c;
+        }
     }
     return result;
 }
@@ -42,30 +43,35 @@ std::string escaped(std::string_view text)
 void appendLine(const std::string& path, const std::string& line)
 {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (fd < 0 || ::write(fd, (line + "\n").c_str(), line.size() + 1) < 0)
+    if (fd < 0 || ::write(fd, (line + "\n").c_str(), line.size() + 1) < 0) {
         std::perror(path.c_str());
-    if (fd >= 0)
+    }
+    if (fd >= 0) {
         ::close(fd);
+    }
 }
 
 // The text of `sh -c TEXT`; null for any other use of the shell.
 const char* shellText(char* const argv[])
 {
-    if (argv[1] == nullptr || std::string_view(argv[1]) != "-c" || argv[2] == nullptr)
+    if (argv[1] == nullptr || std::string_view(argv[1]) != "-c" || argv[2] == nullptr) {
         return nullptr;
+    }
     return std::string_view(argv[2]) == "--" ? argv[3] : argv[2];
 }
 
 void record(std::string_view name, char* const argv[])
 {
     if (name == "sh") {
-        if (const char* text = shellText(argv))
+        if (const char* text = shellText(argv)) {
             appendLine(cardDirectory + "/commands", escaped(text));
+        }
         return;
     }
     std::string line = escaped(argv[0]);
-    for (char* const* argument = argv + 1; *argument != nullptr; ++argument)
+    for (char* const* argument = argv + 1; *argument != nullptr; ++argument) {
         line.append("\t").append(escaped(*argument));
+    }
     appendLine(cardDirectory + "/calls", line);
 }
 
@@ -73,37 +79,53 @@ void waitWhileHeld(const std::string& name)
 {
     const std::string marker = cardDirectory + "/control/hold/" + name;
     const timespec pause{0, 2'000'000};
-    while (::access(marker.c_str(), F_OK) == 0)
+    while (::access(marker.c_str(), F_OK) == 0) {
         ::nanosleep(&pause, nullptr);
+    }
 }
 
 std::string joined(char* const argv[])
 {
     std::string text;
-    for (char* const* argument = argv + 1; *argument != nullptr; ++argument)
+    for (char* const* argument = argv + 1; *argument != nullptr; ++argument) {
         text.append(text.empty() ? "" : " ").append(*argument);
+    }
     return text;
 }
 
-// The marker holds "STATUS" or "STATUS TEXT"; with a text only calls whose arguments contain it fail.
+void copyRest(std::FILE* file)
+{
+    char piece[1024];
+    while (std::fgets(piece, sizeof piece, file) != nullptr) {
+        std::fputs(piece, stdout);
+    }
+}
+
+// The marker holds "STATUS" or "STATUS TEXT"; with a text only calls whose arguments contain it fail. The lines after
+// it are what the program prints.
 void failIfTold(const std::string& name, char* const argv[])
 {
     const std::string marker = cardDirectory + "/control/fail/" + name;
     std::FILE* file = std::fopen(marker.c_str(), "re");
-    if (file == nullptr)
+    if (file == nullptr) {
         return;
+    }
     char line[1024] = "";
     char* rest = line;
     const bool isRead = std::fgets(line, sizeof line, file) != nullptr;
-    std::fclose(file);
     const long status = isRead ? std::strtol(line, &rest, 10) : 1;
     std::string_view matching = rest;
-    while (matching.starts_with(' '))
+    while (matching.starts_with(' ')) {
         matching.remove_prefix(1);
-    while (matching.ends_with('\n'))
+    }
+    while (matching.ends_with('\n')) {
         matching.remove_suffix(1);
-    if (joined(argv).find(matching) != std::string::npos)
+    }
+    if (joined(argv).find(matching) != std::string::npos) {
+        copyRest(file);
         std::exit(static_cast<int>(status));
+    }
+    std::fclose(file);
 }
 
 std::string baseName(std::string_view path)
