@@ -3,14 +3,14 @@
 
 find_program(SCDOC scdoc DOC "Makes manual pages; without it there are none")
 
-# manual_page(<name>.<section>)
+# manual_page(<name>.<section> <folder>)
 #
-# Makes the page from <name>.<section>.scd beside the caller and installs it, where scdoc is at hand.
-function(manual_page page)
+# Makes the page from <name>.<section>.scd in the folder and installs it, where scdoc is at hand.
+function(manual_page page folder)
     if(NOT SCDOC)
         return()
     endif()
-    set(source ${CMAKE_CURRENT_SOURCE_DIR}/${page}.scd)
+    set(source ${folder}/${page}.scd)
     set(made ${CMAKE_CURRENT_BINARY_DIR}/${page})
     string(REGEX REPLACE ".*\\." "" section ${page})
     add_custom_command(

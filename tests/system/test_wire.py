@@ -4,7 +4,7 @@
 
 import pytest
 from support import documents
-from wire import Command, Header, Message, Sections, Status, golden, reply_to, request
+from wire import Command, Header, Message, Sections, Status, golden, masked, reply_to, request
 from wire.sections import BadPayload
 
 REQUESTS = [
@@ -73,3 +73,22 @@ def test_payload_that_is_not_one_section_is_refused(payload: str) -> None:
 
 def test_reply_identifier_of_a_reply_is_itself() -> None:
     assert (reply_to(0x0011), reply_to(0x8011)) == (0x8011, 0x8011)
+
+
+def told_at(moment: str, server: str = "10.0.0.1") -> bytes:
+    text = f'<TimeReferenceConfiguration Mode="Ntp" NtpServer="{server}" DateTime="{moment}"/>'
+    return request(0x8010, text, status=Status.SUCCESS)
+
+
+def test_replies_that_differ_in_the_time_of_day_are_the_same_when_masked() -> None:
+    early, late = told_at("2026-03-04T05:06:07"), told_at("2027-03-04T05:06:07")
+    assert early != late
+    assert masked(early + golden.VERSIONS.reply + late) == masked(late + golden.VERSIONS.reply + early)
+
+
+def test_masking_leaves_every_other_difference() -> None:
+    one = told_at("2026-03-04T05:06:07")
+    cut = one[:-1]
+    others = [told_at("2026-03-04 05:06:07"), told_at("2026-03-04T05:06:07", "10.0.0.2"), cut, one + one, b"", b"x"]
+    assert len({masked(data) for data in [one, *others]}) == len(others) + 1
+    assert [masked(data) for data in (cut, golden.TIME_SET.reply, b"x")] == [cut, golden.TIME_SET.reply, b"x"]

@@ -7,6 +7,7 @@ itself. It has no rules: a test may build any message, also an impossible one.
 """
 
 from .header import HEADER_SIZE, START_PATTERN, Header
+from .masking import masked
 from .message import Message, request, text_payload
 from .numbers import Command, Format, Status, reply_to
 from .sections import Sections
@@ -20,6 +21,7 @@ __all__ = [
     "Message",
     "Sections",
     "Status",
+    "masked",
     "reply_to",
     "request",
     "text_payload",

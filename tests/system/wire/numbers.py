@@ -12,6 +12,8 @@ REPLY_FLAG = 0x8000
 
 
 class Command(IntEnum):
+    """Those that tests call by a name."""
+
     VERSIONS = 1
     IP_GET = 3
     IP_SET = 4
