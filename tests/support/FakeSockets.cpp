@@ -2,8 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 
 // Sockets: the real call on the loopback device. What is sent to any other address is delivered to the same port on
-// the loopback address, so that a test can receive a broadcast and no test can send one.
+// the loopback address, so that a test can receive a broadcast and no test can send one; a connection likewise.
 
+#include "support/PortMapping.h"
 #include "support/Replaced.h"
 #include "support/SocketNames.h"
 
@@ -13,11 +14,15 @@
 namespace
 {
 
+const PortMapping* mapping = nullptr;
+
 sockaddr_in onLoopback(const sockaddr_in& address)
 {
     sockaddr_in local = address;
-    if ((ntohl(address.sin_addr.s_addr) >> 24) != 127)
+    if ((ntohl(address.sin_addr.s_addr) >> 24) != 127) {
         local.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    }
+    local.sin_port = htons(PortMapping::actualOf(ntohs(address.sin_port)));
     return local;
 }
 
@@ -34,11 +39,37 @@ ssize_t receive(int descriptor, void* buffer, size_t size, int flags)
 
 ssize_t receiveFrom(int descriptor, void* buffer, size_t size, int flags, sockaddr* from, socklen_t* length)
 {
-    return replacedMoving("recvfrom", std::to_string(size), ssize_t{-1}, size,
-                          [&](size_t bytes) { return ::recvfrom(descriptor, buffer, bytes, flags, from, length); });
+    return replacedMoving("recvfrom", std::to_string(size), ssize_t{-1}, size, [&](size_t bytes) {
+        const ssize_t received = ::recvfrom(descriptor, buffer, bytes, flags, from, length);
+        if (received != -1 && from != nullptr && from->sa_family == AF_INET) {
+            auto& sender = *reinterpret_cast<sockaddr_in*>(from);
+            sender.sin_port = htons(PortMapping::knownOf(ntohs(sender.sin_port)));
+        }
+        return received;
+    });
 }
 
 } // namespace
+
+PortMapping::PortMapping(std::uint16_t newKnown, std::uint16_t newActual) : known(newKnown), actual(newActual)
+{
+    mapping = this;
+}
+
+PortMapping::~PortMapping()
+{
+    mapping = nullptr;
+}
+
+std::uint16_t PortMapping::actualOf(std::uint16_t port)
+{
+    return mapping != nullptr && port == mapping->known ? mapping->actual : port;
+}
+
+std::uint16_t PortMapping::knownOf(std::uint16_t port)
+{
+    return mapping != nullptr && port == mapping->actual ? mapping->known : port;
+}
 
 extern "C" int fake_socket(int family, int type, int protocol)
 {
@@ -107,6 +138,13 @@ extern "C" ssize_t fake_sendto(int descriptor, const void* data, size_t size, in
         "sendto", std::to_string(size) + " " + describe(inet(to)), ssize_t{-1}, size, [&](size_t bytes) {
             return ::sendto(descriptor, data, bytes, flags, reinterpret_cast<const sockaddr*>(&local), length);
         });
+}
+
+extern "C" int fake_connect(int descriptor, const sockaddr* address, socklen_t length)
+{
+    const sockaddr_in local = onLoopback(inet(address));
+    return replaced("connect", describe(inet(address)), -1,
+                    [&] { return ::connect(descriptor, reinterpret_cast<const sockaddr*>(&local), length); });
 }
 
 extern "C" int fake_inet_aton(const char* text, in_addr* address)

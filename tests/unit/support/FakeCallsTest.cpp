@@ -3,6 +3,7 @@
 
 #include "OrdinaryCalls.h"
 #include "support/LoopbackPeer.h"
+#include "support/PortMapping.h"
 #include "support/SystemTest.h"
 
 #include <cerrno>
@@ -60,6 +61,18 @@ TEST_F(FakeCallsTest, ABroadcastArrivesAtThePeerOnTheSamePort)
     EXPECT_EQ(ordinary::sendDatagram(socket, "255.255.255.255", peer.port(), "hello"), 5);
     EXPECT_EQ(peer.receive(), (Bytes{'h', 'e', 'l', 'l', 'o'}));
     EXPECT_EQ(callsTo("sendto"), Texts{"5 255.255.255.255:" + std::to_string(peer.port())});
+    ordinary::closeDescriptor(socket);
+}
+
+TEST_F(FakeCallsTest, AMappedPortIsFoundAtAnyAddress)
+{
+    const UdpPeer peer;
+    const PortMapping mapping(50003, peer.port());
+    const int socket = ordinary::openDatagramSocket();
+    EXPECT_EQ(ordinary::sendDatagram(socket, "10.0.0.1", 50003, "hello"), 5);
+    EXPECT_EQ(peer.receive().size(), 5U);
+    EXPECT_EQ(callsTo("sendto"), Texts{"5 10.0.0.1:50003"});
+    EXPECT_EQ(PortMapping::knownOf(peer.port()), 50003);
     ordinary::closeDescriptor(socket);
 }
 
