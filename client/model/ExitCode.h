@@ -2,6 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include <span>
+#include <string_view>
+
 // The exit status, part of the contract with scripts. With several targets it is their common one, or `mixed`.
 enum class ExitCode : int {
     ok = 0,
@@ -13,7 +16,15 @@ enum class ExitCode : int {
     unreachable = 6,   // refused, no route, or no connection in time
     verification = 7,  // the card answered well, but is not what it was told to be
     mixed = 8,         // several targets with different outcomes
-    differs = 9,       // nothing to do, or a difference was found
+    differs = 9,       // a difference was found
     badFile = 10,
+    ambiguous = 11, // another card could be meant; nothing was sent
     interrupted = 130,
 };
+
+struct ExitStatus {
+    ExitCode code;
+    std::string_view meaning;
+};
+
+[[nodiscard]] std::span<const ExitStatus> exitStatuses(); // as --help and the manual page list them

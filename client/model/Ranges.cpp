@@ -59,6 +59,36 @@ std::vector<std::string> bracketItems(std::string_view inside, std::string_view 
     return items;
 }
 
+constexpr std::string_view escapable = "[],\\";
+
+bool isEscape(std::string_view text, std::size_t at)
+{
+    return text[at] == '\\' && at + 1 < text.size() && escapable.find(text[at + 1]) != std::string_view::npos;
+}
+
+// The first letter of that kind that stands behind no backslash; npos if there is none.
+std::size_t findUnescaped(std::string_view text, char letter, std::size_t from = 0)
+{
+    for (std::size_t at = from; at < text.size(); ++at) {
+        if (isEscape(text, at)) {
+            ++at;
+        } else if (text[at] == letter) {
+            return at;
+        }
+    }
+    return std::string_view::npos;
+}
+
+std::string unescaped(std::string_view text)
+{
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        at += isEscape(text, at) ? 1 : 0;
+        plain += text[at];
+    }
+    return plain;
+}
+
 struct Numbered {
     std::string_view stem;
     std::string_view digits;
@@ -95,12 +125,12 @@ std::string describeRun(const Numbered& first, const Numbered& last)
 
 std::vector<std::string> expandRanges(std::string_view text)
 {
-    const std::size_t open = text.find('[');
+    const std::size_t open = findUnescaped(text, '[');
+    if (findUnescaped(text, ']') < open) {
+        throw badRange(text, "a ] without a [");
+    }
     if (open == std::string_view::npos) {
-        if (text.find(']') != std::string_view::npos) {
-            throw badRange(text, "a ] without a [");
-        }
-        return {std::string(text)};
+        return {unescaped(text)};
     }
     const std::size_t close = text.find(']', open);
     if (close == std::string_view::npos) {
@@ -110,13 +140,31 @@ std::vector<std::string> expandRanges(std::string_view text)
     std::vector<std::string> names;
     for (const std::string& item : bracketItems(text.substr(open + 1, close - open - 1), text)) {
         for (const std::string& ending : endings) {
-            names.push_back(fmt::format("{}{}{}", text.substr(0, open), item, ending));
+            names.push_back(fmt::format("{}{}{}", unescaped(text.substr(0, open)), item, ending));
         }
         if (names.size() > mostNames) {
             throw badRange(text, "too many names");
         }
     }
     return names;
+}
+
+std::vector<std::string> splitList(std::string_view text)
+{
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (isEscape(text, at)) {
+            ++at;
+        } else if (text[at] == '[') {
+            at = std::min(text.find(']', at), text.size()); // a bracket that stays open is told when it is expanded
+        } else if (text[at] == ',') {
+            parts.emplace_back(text.substr(start, at - start));
+            start = at + 1;
+        }
+    }
+    parts.emplace_back(text.substr(start));
+    return parts;
 }
 
 std::string foldRanges(const std::vector<std::string>& names)

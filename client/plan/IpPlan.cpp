@@ -3,7 +3,7 @@
 #include "client/plan/IpPlan.h"
 
 #include "client/model/Failure.h"
-#include "client/plan/Ipv4.h"
+#include "client/model/Ipv4.h"
 
 #include <charconv>
 #include <fmt/core.h>

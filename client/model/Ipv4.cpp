@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/plan/Ipv4.h"
+#include "client/model/Ipv4.h"
 
 #include <arpa/inet.h>
 #include <array>
