@@ -3,10 +3,12 @@
 #include "client/engine/EventLoop.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 EventLoop::Wait::Wait(EventLoop& newLoop, std::vector<pollfd> newDescriptors, TimePoint newDeadline)
@@ -71,6 +73,39 @@ void EventLoop::interrupt()
     }
 }
 
+void EventLoop::refuseAfterInterrupt() const
+{
+    if (interruptedOnce) {
+        throw Interrupted();
+    }
+}
+
+void EventLoop::setTicker(Seconds pause, std::function<void()> newTicker)
+{
+    ticker = std::move(newTicker);
+    tickPause = pause;
+    nextTick = after(pause);
+}
+
+void EventLoop::tick()
+{
+    if (Clock::now() >= nextTick) {
+        ticker();
+        nextTick = after(tickPause);
+    }
+}
+
+void EventLoop::takeInterrupt()
+{
+    tick();
+    pollfd signal = {interruptDescriptor, POLLIN, 0};
+    if (::poll(&signal, 1, 0) == 1) {
+        takeSignals();
+        interrupt();
+        throw Interrupted();
+    }
+}
+
 void EventLoop::forget(const Wait* wait)
 {
     std::erase(waits, wait);
@@ -92,7 +127,7 @@ void EventLoop::turn()
 
 int EventLoop::timeoutMilliseconds() const
 {
-    TimePoint earliest = TimePoint::max();
+    TimePoint earliest = nextTick;
     for (const Wait* wait : waits) {
         earliest = std::min(earliest, wait->deadline);
     }
@@ -129,16 +164,28 @@ void EventLoop::noteReady(const std::vector<pollfd>& polled)
     }
 }
 
+// All waits are polled anew in each turn: they are at most a few for each target that is served at the same time. A
+// list kept by the kernel, as for epoll, would have to be told of each wait that ends because its coroutine is
+// destroyed.
 void EventLoop::pollOnce()
 {
     std::vector<pollfd> polled = collectDescriptors();
     if (::poll(polled.data(), polled.size(), timeoutMilliseconds()) == -1 && errno != EINTR) {
         throw std::system_error(errno, std::generic_category(), "poll");
     }
+    tick();
     noteReady(polled);
     if (polled.front().revents != 0) {
+        takeSignals();
         interrupt();
     }
+}
+
+// What stayed in the pipe would interrupt every later wait as well.
+void EventLoop::takeSignals() const
+{
+    std::array<char, 64> signals = {};
+    [[maybe_unused]] const ssize_t ignored = ::read(interruptDescriptor, signals.data(), signals.size());
 }
 
 // A continued coroutine may end waits of others by destroying them, so the list is looked at anew each time.

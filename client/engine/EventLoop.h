@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <coroutine>
+#include <functional>
 #include <poll.h>
 #include <vector>
 
@@ -18,8 +19,8 @@ using Seconds = std::chrono::duration<double>;
     return Clock::now() + std::chrono::duration_cast<Clock::duration>(delay);
 }
 
-// Thrown out of a wait when the user pressed Ctrl-C. Later waits work again, so that work which must leave a card in
-// a known state can finish; a second Ctrl-C ends the program at once.
+// Thrown once out of every wait of the moment when the user presses Ctrl-C. Later waits work again, so that work which
+// must leave a card in a known state can finish; a second Ctrl-C ends the program at once.
 struct Interrupted {
 };
 
@@ -74,14 +75,23 @@ public:
         return task.result();
     }
 
-    // Readable when the user wants to stop (see InterruptSource); -1 for none.
+    // Readable when the user wants to stop (see InterruptSource), and read empty then; -1 for none.
     void setInterruptDescriptor(int descriptor) { interruptDescriptor = descriptor; }
     void interrupt();
+    // From now on this is called now and then, with such pauses at least, while anything waits.
+    void setTicker(Seconds pause, std::function<void()> newTicker);
+
+    // For long work that does not wait: lets the ticker tick, and throws Interrupted if the user wants to stop.
+    void takeInterrupt();
     [[nodiscard]] bool wasInterrupted() const { return interruptedOnce; }
+    // For work that has not begun when the user wants to stop: its waits would be later ones.
+    void refuseAfterInterrupt() const;
 
 private:
     void turn();
+    void tick();
     void pollOnce();
+    void takeSignals() const;
     void resumeEnded();
     [[nodiscard]] int timeoutMilliseconds() const;
     std::vector<pollfd> collectDescriptors() const;
@@ -90,6 +100,9 @@ private:
 
     std::vector<Wait*> waits;
     std::vector<std::coroutine_handle<>> posted;
+    std::function<void()> ticker;
+    Seconds tickPause{0};
+    TimePoint nextTick = TimePoint::max();
     int interruptDescriptor = -1;
     bool interruptedOnce = false;
 };

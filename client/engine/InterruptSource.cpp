@@ -13,22 +13,22 @@ namespace
 
 volatile std::sig_atomic_t wakeDescriptor = -1; // a signal handler reaches nothing but globals
 
-void onSignal(int /*number*/)
-{
-    const int savedErrno = errno;
-    const char wake = 0;
-    // On purpose: a full pipe already wakes the loop.
-    [[maybe_unused]] const ssize_t ignored = ::write(wakeDescriptor, &wake, 1);
-    errno = savedErrno;
-}
-
 void setHandler(void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
-    action.sa_flags = handler == SIG_DFL ? 0 : static_cast<int>(SA_RESETHAND);
     ::sigaction(SIGINT, &action, nullptr);
     ::sigaction(SIGTERM, &action, nullptr);
+}
+
+void onSignal(int /*number*/)
+{
+    const int savedErrno = errno;
+    setHandler(SIG_DFL); // of both: whichever comes second ends the program
+    const char wake = 0;
+    // On purpose: a full pipe already wakes the loop.
+    [[maybe_unused]] const ssize_t ignored = ::write(wakeDescriptor, &wake, 1);
+    errno = savedErrno;
 }
 
 } // namespace

@@ -6,8 +6,8 @@
 
 #include <csignal>
 
-// Turns the first Ctrl-C (or SIGTERM) into a readable descriptor for the event loop. From then on the signals have
-// their usual effect again, so a second Ctrl-C ends the program even if its work hangs.
+// Turns the first Ctrl-C (or SIGTERM) into a readable descriptor for the event loop. From then on both signals have
+// their usual effect again, so a second one ends the program even if its work hangs.
 class InterruptSource
 {
 public:

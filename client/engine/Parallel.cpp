@@ -61,7 +61,8 @@ Task<void> inParallel(EventLoop& loop, std::size_t count, std::size_t limit,
     for (Task<void>& one : lanes) {
         one.start();
     }
-    co_await AllDone{shared};
+    const AllDone allDone{shared};
+    co_await allDone;
     if (shared.error) {
         std::rethrow_exception(shared.error);
     }

@@ -12,6 +12,12 @@
 // and is continued by the event loop. It carries its result, or the exception that ended it, to whoever awaits it.
 //
 // Parameters of a coroutine are taken by value, or by reference to something that outlives the whole run.
+//
+// Give what co_await brings, and what it needs, a name. gcc 12 accepts all of these without a warning and makes code of
+// them that destroys something twice, or aborts: `if (co_await x)`, `c ? co_await a : b`, and a temporary aggregate in
+// the same statement, such as `co_await ask(Endpoint{text})`, or a closure that captures a text by value. A temporary
+// with a constructor is safe. tools/check_style.py refuses what it can see; `Endpoint(text)` it cannot tell from a
+// call.
 template<typename T>
 class Task;
 
