@@ -24,16 +24,6 @@ std::vector<std::string_view> namesIn(std::string_view path)
     return names;
 }
 
-std::string normalised(std::string_view path)
-{
-    std::string result;
-    for (const std::string_view name : namesIn(path)) {
-        result += result.empty() ? "" : "/";
-        result += name;
-    }
-    return result;
-}
-
 bool isAbsolute(std::string_view path)
 {
     return path.starts_with('/');
@@ -78,6 +68,43 @@ std::optional<std::string> problemWithPlace(std::string_view path)
     return std::nullopt;
 }
 
+bool isControl(char letter)
+{
+    const auto code = static_cast<unsigned char>(letter);
+    return code < 0x20 || code == 0x7F;
+}
+
+// U+0080 to U+009F, which some terminals obey.
+bool hasLateControl(std::string_view text)
+{
+    for (std::size_t at = text.find('\xC2'); at != std::string_view::npos; at = text.find('\xC2', at + 1)) {
+        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool hasControls(std::string_view text)
+{
+    return std::ranges::any_of(text, isControl) || hasLateControl(text);
+}
+
+std::optional<std::string> problemWithName(const ArchiveMember& member)
+{
+    if (hasControls(member.path) || hasControls(member.target)) {
+        return "has control characters in its name";
+    }
+    const std::vector<std::string_view> names = namesIn(member.path);
+    if (std::ranges::any_of(names, [](std::string_view name) { return name.starts_with('-'); })) {
+        return "has a name that a program would take for an option";
+    }
+    if (member.setsId) {
+        return "has the setuid or setgid bit";
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> problemWithKind(const ArchiveMember& member)
 {
     switch (member.kind) {
@@ -102,27 +129,24 @@ std::optional<std::string> problemWithKind(const ArchiveMember& member)
 
 } // namespace
 
-bool MemberRules::passesThroughLink(const std::string& path) const
-{
-    return std::any_of(links.begin(), links.end(),
-                       [&](const std::string& link) { return path.starts_with(link + "/") || path == link; });
-}
-
 std::optional<std::string> MemberRules::problemWith(const ArchiveMember& member)
 {
     if (std::optional<std::string> problem = problemWithPlace(member.path)) {
         return problem;
     }
-    const std::string path = normalised(member.path);
-    if (passesThroughLink(path)) {
+    if (std::optional<std::string> problem = problemWithName(member)) {
+        return problem;
+    }
+    const std::vector<std::string_view> place = namesIn(member.path);
+    if (links.leadsThrough(place)) {
         return "passes through a link of the same archive";
     }
-    if (member.kind == MemberKind::hardlink && passesThroughLink(normalised(member.target))) {
+    if (member.kind == MemberKind::hardlink && links.leadsThrough(namesIn(member.target))) {
         return "is a hard link through a link of the same archive";
     }
     std::optional<std::string> problem = problemWithKind(member);
     if (!problem && member.kind == MemberKind::symlink) {
-        links.insert(path);
+        links.insert(place);
     }
     return problem;
 }

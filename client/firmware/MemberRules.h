@@ -2,10 +2,12 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/firmware/LinkTree.h"
+
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
+#include <string_view>
 
 enum class MemberKind { file, directory, symlink, hardlink, special };
 
@@ -14,11 +16,12 @@ struct ArchiveMember {
     MemberKind kind = MemberKind::file;
     std::int64_t size = 0; // bytes, of a file
     std::string target;    // of a link
+    bool setsId = false;   // runs, or makes files, as its owner or group
 };
 
 // What an archive must not hold. The card unpacks as root, in the daemon's working directory, and asks nothing: a
 // member must not leave that directory by any way, must be no device, and must not have a name that something else
-// there depends on.
+// there depends on, or that people or programs there would take for something else.
 class MemberRules
 {
 public:
@@ -27,7 +30,5 @@ public:
     [[nodiscard]] std::optional<std::string> problemWith(const ArchiveMember& member);
 
 private:
-    [[nodiscard]] bool passesThroughLink(const std::string& path) const;
-
-    std::set<std::string> links;
+    LinkTree links;
 };

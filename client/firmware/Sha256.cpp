@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/firmware/Sha256.h"
 
+#include <algorithm>
 #include <bit>
 #include <fmt/core.h>
 
@@ -51,25 +52,33 @@ std::array<std::uint32_t, 64> schedule(std::span<const std::byte, 64> block)
 
 void Sha256::add(std::span<const std::byte> bytes)
 {
-    for (const std::byte byte : bytes) {
-        addByte(byte);
-    }
     length += bytes.size();
+    if (filled > 0) {
+        bytes = bytes.subspan(fillBlock(bytes));
+    }
+    while (bytes.size() >= blockSize) { // most of a file is never copied
+        compress(bytes.first<blockSize>());
+        bytes = bytes.subspan(blockSize);
+    }
+    fillBlock(bytes);
 }
 
-void Sha256::addByte(std::byte byte)
+// Returns how many of the bytes went into the block; a full one is worked off.
+std::size_t Sha256::fillBlock(std::span<const std::byte> bytes)
 {
-    block[filled] = byte;
-    ++filled;
-    if (filled == block.size()) {
-        compress();
+    const std::size_t taken = std::min(bytes.size(), blockSize - filled);
+    std::ranges::copy(bytes.first(taken), block.begin() + static_cast<std::ptrdiff_t>(filled));
+    filled += taken;
+    if (filled == blockSize) {
+        compress(block);
         filled = 0;
     }
+    return taken;
 }
 
-void Sha256::compress()
+void Sha256::compress(std::span<const std::byte, blockSize> bytes)
 {
-    const std::array<std::uint32_t, 64> words = schedule(block);
+    const std::array<std::uint32_t, 64> words = schedule(bytes);
     auto [a, b, c, d, e, f, g, h] = state;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::uint32_t first = h + mix<6, 11, 25>(e) + ((e & f) ^ (~e & g)) + roundConstants[i] + words[i];
@@ -91,14 +100,14 @@ void Sha256::compress()
 
 std::string Sha256::finish()
 {
-    const std::uint64_t bits = length * 8;
-    addByte(std::byte{0x80});
-    while (filled != block.size() - sizeof bits) {
-        addByte(std::byte{0});
+    std::array<std::byte, sizeof length> bits = {};
+    for (std::size_t i = 0; i < bits.size(); ++i) {
+        bits[i] = static_cast<std::byte>(length * 8 >> (56 - 8 * i));
     }
-    for (int shift = 56; shift >= 0; shift -= 8) {
-        addByte(static_cast<std::byte>(bits >> shift));
-    }
+    constexpr std::array<std::byte, blockSize> padding = {std::byte{0x80}};
+    constexpr std::size_t end = blockSize - sizeof length; // of a block, where the length stands
+    add(std::span(padding).first((filled < end ? end : end + blockSize) - filled));
+    add(bits);
     std::string digest;
     for (const std::uint32_t word : state) {
         digest += fmt::format("{:08x}", word);

@@ -18,14 +18,14 @@ public:
     [[nodiscard]] std::string finish();
 
 private:
-    using Block = std::array<std::byte, 64>;
+    static constexpr std::size_t blockSize = 64;
 
-    void addByte(std::byte byte);
-    void compress();
+    std::size_t fillBlock(std::span<const std::byte> bytes);
+    void compress(std::span<const std::byte, blockSize> bytes);
 
     std::array<std::uint32_t, 8> state = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
                                           0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-    Block block = {};
+    std::array<std::byte, blockSize> block = {};
     std::size_t filled = 0;
     std::uint64_t length = 0; // in bytes
 };

@@ -50,6 +50,27 @@ TEST(MemberRules, AParentStepIsRefusedWhereverItStands)
     EXPECT_FALSE(accepts("pnr/.."));
 }
 
+TEST(MemberRules, ASetuidBitIsRefused)
+{
+    EXPECT_EQ(MemberRules().problemWith({"pnr/x", MemberKind::file, 0, "", true}), "has the setuid or setgid bit");
+}
+
+TEST(MemberRules, ControlCharactersAreRefused)
+{
+    for (const char* name : {"pnr/a\nb", "pnr/\x1b[2J", "a\x7f", "a\xc2\x9b"}) {
+        EXPECT_FALSE(accepts(name)) << name;
+    }
+    EXPECT_FALSE(acceptsLink("pnr/link", "a\nb"));
+    EXPECT_TRUE(accepts("pnr/\xc3\xa4\xc2\xa0"));
+}
+
+TEST(MemberRules, AnOptionIsRefusedAsAName)
+{
+    EXPECT_FALSE(accepts("-rf"));
+    EXPECT_FALSE(accepts("pnr/--help/x"));
+    EXPECT_TRUE(accepts("pnr/a-b"));
+}
+
 TEST(MemberRules, ADeviceIsRefused)
 {
     EXPECT_FALSE(accepts("dev/null", MemberKind::special));

@@ -35,6 +35,14 @@ TEST(Sha256, OfATextWhosePaddingNeedsASecondBlock)
               "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
 }
 
+TEST(Sha256, OfLengthsThatAlmostFillABlock)
+{
+    EXPECT_EQ(digestOf(std::string(55, 'a')), "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318");
+    EXPECT_EQ(digestOf(std::string(63, 'a')), "7d3e74a05d7db15bce4ad9ec0658ea98e3f06eeecf16b4c6fff2da457ddc2f34");
+    EXPECT_EQ(digestOf(std::string(64, 'a')), "ffe054fe7ae0cb6dc65c3af9b61d5209f439851db43d0ba5997337df154668eb");
+    EXPECT_EQ(digestOf(std::string(119, 'a')), "31eba51c313a5c08226adf18d4a359cfdfd8d2e816b13f4af952f7ea6584dcfb");
+}
+
 TEST(Sha256, OfAMillionLetters)
 {
     EXPECT_EQ(digestOf(std::string(1000000, 'a')), "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
@@ -47,4 +55,15 @@ TEST(Sha256, OfPiecesIsThatOfTheWhole)
         digest.add(std::as_bytes(std::span(piece)));
     }
     EXPECT_EQ(digest.finish(), digestOf("abc"));
+}
+
+TEST(Sha256, IsTheSameWhereverTheTextIsCut)
+{
+    const std::string text(200, 'x');
+    for (std::size_t cut = 0; cut <= text.size(); ++cut) {
+        Sha256 digest;
+        digest.add(std::as_bytes(std::span(text).first(cut)));
+        digest.add(std::as_bytes(std::span(text).subspan(cut)));
+        EXPECT_EQ(digest.finish(), digestOf(text)) << cut;
+    }
 }

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/firmware/LinkTree.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+
+using Place = std::vector<std::string_view>;
+
+TEST(LinkTree, KnowsNoLinkAtFirst)
+{
+    EXPECT_FALSE(LinkTree().leadsThrough({}));
+    EXPECT_FALSE(LinkTree().leadsThrough({"a", "b"}));
+}
+
+TEST(LinkTree, LeadsThroughALinkAndToIt)
+{
+    LinkTree links;
+    links.insert({"a", "b"});
+    EXPECT_TRUE(links.leadsThrough({"a", "b"}));
+    EXPECT_TRUE(links.leadsThrough({"a", "b", "c", "d"}));
+}
+
+TEST(LinkTree, TakesNoOtherPlaceForALink)
+{
+    LinkTree links;
+    links.insert({"a", "b"});
+    for (const Place& place : {Place{}, {"a"}, {"b"}, {"b", "a"}, {"a", "bb"}, {"a", ""}, {"a", "a", "b"}, {"ab"}}) {
+        EXPECT_FALSE(links.leadsThrough(place)) << place.size();
+    }
+}
+
+TEST(LinkTree, ADirectoryMayBecomeALink)
+{
+    LinkTree links;
+    links.insert({"a", "b"});
+    links.insert({"a"});
+    EXPECT_TRUE(links.leadsThrough({"a", "c"}));
+}
+
+TEST(LinkTree, KnowsEachOfMany)
+{
+    std::vector<std::string> names(5000);
+    LinkTree links;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        names[index] = "link" + std::to_string(index);
+        links.insert({names[index % 7], names[index]});
+    }
+    for (std::size_t index = 7; index < names.size(); ++index) {
+        EXPECT_TRUE(links.leadsThrough({names[index % 7], names[index]})) << index;
+        EXPECT_FALSE(links.leadsThrough({names[(index + 1) % 7], names[index]})) << index;
+    }
+}
+
+} // namespace
