@@ -4,6 +4,14 @@
 
 #include <algorithm>
 
+void Result::eachRow(const RowVisitor& visit) const
+{
+    std::for_each(list.begin(), list.end(), visit);
+    if (longList) {
+        longList(visit);
+    }
+}
+
 ExitCode commonCode(const std::vector<Result>& results)
 {
     if (results.empty()) {

@@ -5,6 +5,8 @@
 #include "client/model/Failure.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -21,27 +23,32 @@ struct Field {
 };
 
 using Row = std::vector<Field>;
+using RowVisitor = std::function<void(const Row&)>;
 
 // What one target gave: the outcome, fields about the target, and at most one list with a row each. In JSON the list
 // is an array under its name; in a table and in CSV each row of the list is a line.
 struct Result {
     std::string target;
     ExitCode code = ExitCode::ok;
-    std::string category; // empty with ok
+    Category category = Category::none; // with ok
     std::string phase;
-    std::string hint;       // may also accompany a success
-    bool malformed = false; // the card's answer was no XML and was read by its fixed form
+    std::string hint;                    // may also accompany a success
+    std::optional<bool> changed = false; // is the card another one now? Nothing: nobody knows
+    bool malformed = false;              // the card's answer was no XML and was read by its fixed form
     Row fields;
     std::string listName;
     std::vector<Row> list;
+    std::function<void(const RowVisitor&)> longList; // instead of a list too long to keep: makes its rows, one by one
 
     [[nodiscard]] bool ok() const { return code == ExitCode::ok; }
+    [[nodiscard]] bool hasList() const { return !list.empty() || longList; }
+    void eachRow(const RowVisitor& visit) const; // of its list
     void add(std::string name, Cell value) { fields.push_back({std::move(name), std::move(value)}); }
     // Takes over the outcome and leaves the data: what was learned before a failure is worth printing.
     void fail(Failure failure)
     {
         code = failure.code;
-        category = std::move(failure.category);
+        category = failure.category;
         phase = std::move(failure.phase);
         hint = std::move(failure.hint);
     }
