@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/model/Failure.h"
+#include "protocol/Commands.h"
 #include "protocol/MessageHeader.h"
 
 #include <cstddef>
@@ -14,36 +15,23 @@
 
 using Bytes = std::vector<std::byte>;
 
-inline constexpr std::string_view ourName = "tarvelctl"; // `From` of what we send, `To` of what comes back
-inline constexpr std::uint16_t cardPort = 50003;
-inline constexpr std::uint8_t cardDevice = 5;
-inline constexpr std::uint8_t cardService = 4;
 inline constexpr std::uint32_t longestReplyPayload = 65536; // what a card announces beyond this is garbage
-
-enum class CommandId : std::uint16_t {
-    versions = 1,
-    ipConfigGet = 3,
-    ipConfigSet = 4,
-    firmwareUpload = 7,
-    firmwareUpgrade = 8,
-    reboot = 9,
-    timeReferenceGet = 16,
-    timeReferenceSet = 17,
-};
 
 // A request as it is meant; encode() makes the bytes of it.
 struct Request {
-    MessageHeader header = {}; // host order, complete but for payloadLength
-    Bytes payload;             // the sections with their counts, as they travel
-    std::string xml;           // the text inside, for people
-    bool changesCard = false;  // never repeated by itself, not sent in a dry run
+    MessageHeader header = {};  // host order, complete but for payloadLength
+    Bytes payload;              // the sections with their counts, as they travel
+    std::string xml;            // the text inside, for people
+    std::uint64_t streamed = 0; // bytes of the payload that are sent behind it, because memory should not hold them
 };
+
+// A request that may be repeated, and sent in a dry run. What is not known to change nothing changes a card.
+[[nodiscard]] bool changesNothing(const Request& request);
 
 // Each request gets a random sequence number of its own.
 [[nodiscard]] Request bareRequest(CommandId command);
 [[nodiscard]] Request textRequest(CommandId command, std::string xml);
 [[nodiscard]] Bytes textSection(std::string_view text); // count, text, NUL
-[[nodiscard]] Bytes encodeHeader(MessageHeader header); // with its payloadLength as it is
 [[nodiscard]] Bytes encode(const Request& request);     // one piece, for one segment or one datagram
 
 struct Reply {
@@ -58,10 +46,8 @@ struct Reply {
 
 // Throw a protocol Failure for what no card sends: another start pattern, version or numbers, lengths that contradict
 // each other.
-void checkReplyHeader(const MessageHeader& reply, const Request& request, const std::string& phase);
-[[nodiscard]] std::string textOf(const Reply& reply, const std::string& phase); // of a reply with one 8-bit section
+void checkReplyHeader(const MessageHeader& reply, const Request& request);
+[[nodiscard]] std::string textOf(const Reply& reply); // of a reply with one 8-bit section
 
 // Nothing for status 1, else throws what the card's status means.
-void checkStatus(const MessageHeader& reply, const std::string& phase);
-
-[[nodiscard]] Failure garbage(std::string phase, std::string hint);
+void checkStatus(const MessageHeader& reply);
