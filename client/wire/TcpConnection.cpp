@@ -2,12 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/TcpConnection.h"
 
-#include "client/wire/Trace.h"
-
 #include <cerrno>
 #include <cstring>
 #include <fmt/core.h>
 #include <linux/sockios.h>
+#include <stdexcept>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 
@@ -16,79 +15,87 @@ namespace
 
 Failure unreachable(int error)
 {
-    const std::string phase = "connecting";
+    constexpr const char* phase = "connecting";
     if (error == ECONNREFUSED) {
-        return {ExitCode::unreachable, "refused", phase,
+        return {ExitCode::unreachable, Category::refused, phase,
                 "the host is up, but nothing listens: the daemon does not run, or this is no card"};
     }
     if (error == ETIMEDOUT) {
         return {
-            ExitCode::unreachable, "connect-timeout", phase,
+            ExitCode::unreachable, Category::connectTimeout, phase,
             "no connection in time: the card is busy with another client and more are waiting, or the host is down"};
     }
-    return {ExitCode::unreachable, "no-route", phase, fmt::format("the card cannot be reached: {}", ::strerror(error))};
+    return {ExitCode::unreachable, Category::noRoute, phase,
+            fmt::format("the card cannot be reached: {}", ::strerror(error))};
 }
 
-Failure notInTime(const std::string& phase)
+Failure notInTime()
 {
-    return {ExitCode::noAnswer, "timeout", phase,
+    return {ExitCode::noAnswer,
+            Category::timeout,
+            {},
             "connected, but no answer in time: the card is busy with another client or with a long command"};
 }
 
-Failure closedEarly(const std::string& phase)
+Failure closedEarly()
 {
-    return {ExitCode::noAnswer, "closed", phase, "the card closed the connection without an answer"};
+    return {ExitCode::noAnswer, Category::closed, {}, "the card closed the connection without an answer"};
+}
+
+Descriptor openSocket()
+{
+    return Descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+}
+
+// What connect() ended with; 0 once connected.
+Task<int> connectError(const Wire& wire, int socket, Endpoint endpoint, TimePoint deadline)
+{
+    const sockaddr_in address = socketAddress(endpoint);
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        co_return 0;
+    }
+    if (errno != EINPROGRESS) {
+        co_return errno;
+    }
+    const bool ready = co_await wire.loop.writable(socket, deadline);
+    if (!ready) {
+        co_return ETIMEDOUT;
+    }
+    int error = 0;
+    socklen_t size = sizeof error;
+    ::getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
+    co_return error;
 }
 
 } // namespace
 
-TcpConnection::TcpConnection(EventLoop& newLoop, const Console& newConsole, Endpoint newEndpoint)
-    : loop(&newLoop),
-      console(&newConsole),
-      endpoint(std::move(newEndpoint)),
-      socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0))
+TcpConnection::TcpConnection(const Wire& newWire, Endpoint newEndpoint, Request newRequest, Descriptor newSocket)
+    : wire(&newWire), endpoint(std::move(newEndpoint)), request(std::move(newRequest)), socket(std::move(newSocket))
 {
+}
+
+Task<TcpConnection> TcpConnection::open(const Wire& wire, Endpoint endpoint, Request request, TimePoint deadline)
+{
+    wire.gate.admit(request);
+    Descriptor socket = openSocket();
     if (!socket) {
-        throw Failure{ExitCode::internal, "no-socket", "connecting",
+        throw Failure{ExitCode::internal, Category::noSocket, "connecting",
                       fmt::format("no socket can be opened: {}", ::strerror(errno))};
     }
-}
-
-Task<TcpConnection> TcpConnection::open(EventLoop& loop, const Console& console, Endpoint endpoint, TimePoint deadline)
-{
-    TcpConnection connection(loop, console, std::move(endpoint));
-    co_await connection.connect(deadline);
-    co_return connection;
-}
-
-Task<void> TcpConnection::connect(TimePoint deadline)
-{
-    const sockaddr_in address = socketAddress(endpoint);
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
-        co_return;
-    }
-    if (errno != EINPROGRESS) {
-        throw unreachable(errno);
-    }
-    const bool ready = co_await loop->writable(socket.get(), deadline);
-    if (!ready) {
-        throw unreachable(ETIMEDOUT);
-    }
-    int error = 0;
-    socklen_t size = sizeof error;
-    ::getsockopt(socket.get(), SOL_SOCKET, SO_ERROR, &error, &size);
+    const int error = co_await connectError(wire, socket.get(), endpoint, deadline);
     if (error != 0) {
         throw unreachable(error);
     }
+    co_return TcpConnection(wire, std::move(endpoint), std::move(request), std::move(socket));
 }
 
-long TcpConnection::sendSome(std::span<const std::byte> bytes) const
+long TcpConnection::transmit(std::span<const std::byte> bytes) const
 {
     const ssize_t sent = ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (sent == -1) {
         return errno == EAGAIN || errno == EINTR ? 0 : -1;
     }
-    traceSent(*console, endpoint.address, bytes.first(static_cast<std::size_t>(sent)));
+    wire->show(endpoint.address, Direction::sent, bytes.first(static_cast<std::size_t>(sent)));
     return sent;
 }
 
@@ -98,65 +105,90 @@ std::size_t TcpConnection::unacknowledged() const
     return ::ioctl(socket.get(), SIOCOUTQ, &bytes) == 0 && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
 }
 
-Task<bool> TcpConnection::sendAll(Bytes bytes, TimePoint deadline, std::string phase)
+Task<bool> TcpConnection::sendRequest(TimePoint deadline)
 {
+    const Bytes bytes = encode(request);
     std::span<const std::byte> rest = bytes;
     while (!rest.empty()) {
-        const long sent = sendSome(rest);
+        const long sent = transmit(rest);
         if (sent == -1) {
             co_return false;
         }
         rest = rest.subspan(static_cast<std::size_t>(sent));
         if (sent == 0) {
-            const bool ready = co_await loop->writable(socket.get(), deadline);
+            const bool ready = co_await wire->loop.writable(socket.get(), deadline);
             if (!ready) {
-                throw notInTime(phase);
+                throw notInTime();
             }
         }
     }
+    leftToStream = request.streamed;
     co_return true;
 }
 
+long TcpConnection::sendSome(std::span<const std::byte> bytes)
+{
+    if (bytes.size() > leftToStream) {
+        throw std::logic_error("more bytes than the request announced"); // they would be taken for another request
+    }
+    const long sent = transmit(bytes);
+    leftToStream -= sent > 0 ? static_cast<std::uint64_t>(sent) : 0;
+    return sent;
+}
+
 // 0 when nothing is there yet.
-long TcpConnection::receiveSome(std::span<std::byte> space, const std::string& phase) const
+long TcpConnection::receiveSome(std::span<std::byte> space) const
 {
     const ssize_t received = ::recv(socket.get(), space.data(), space.size(), 0);
     if (received == -1 && (errno == EAGAIN || errno == EINTR)) {
         return 0;
     }
     if (received < 1) {
-        throw closedEarly(phase);
+        throw closedEarly();
     }
     return received;
 }
 
-Task<Bytes> TcpConnection::receiveExactly(std::size_t size, TimePoint deadline, std::string phase)
+Task<Bytes> TcpConnection::receiveExactly(std::size_t size, TimePoint deadline)
 {
     Bytes bytes(size);
     std::span<std::byte> space = bytes;
     while (!space.empty()) {
-        const bool ready = co_await loop->readable(socket.get(), deadline);
+        const bool ready = co_await wire->loop.readable(socket.get(), deadline);
         if (!ready) {
-            throw notInTime(phase);
+            throw notInTime();
         }
-        space = space.subspan(static_cast<std::size_t>(receiveSome(space, phase)));
+        space = space.subspan(static_cast<std::size_t>(receiveSome(space)));
     }
     co_return bytes;
 }
 
-Task<Reply> TcpConnection::receiveReply(const Request& request, TimePoint deadline, std::string phase)
+Task<Reply> TcpConnection::receiveReply(TimePoint deadline)
 {
-    Bytes head = co_await receiveExactly(headerSize, deadline, phase);
+    Bytes head = co_await receiveExactly(headerSize, deadline);
     Reply reply;
     reply.header = decodeHeader(std::span(head).first<headerSize>());
     try {
-        checkReplyHeader(reply.header, request, phase);
+        checkReplyHeader(reply.header, request);
     } catch (const Failure&) {
-        traceReceived(*console, endpoint.address, head);
+        wire->show(endpoint.address, Direction::received, head);
         throw;
     }
-    reply.payload = co_await receiveExactly(reply.header.payloadLength, deadline, phase);
+    reply.payload = co_await receiveExactly(reply.header.payloadLength, deadline);
     head.insert(head.end(), reply.payload.begin(), reply.payload.end());
-    traceReceived(*console, endpoint.address, head);
+    wire->show(endpoint.address, Direction::received, head);
     co_return reply;
+}
+
+Task<PortState> probePort(const Wire& wire, Endpoint endpoint, TimePoint deadline)
+{
+    if (!wire.gate.admitsProbes()) {
+        co_return PortState::silent;
+    }
+    const Descriptor socket = openSocket();
+    const int error = co_await connectError(wire, socket.get(), std::move(endpoint), deadline);
+    if (error == 0) {
+        co_return PortState::open;
+    }
+    co_return error == ECONNREFUSED ? PortState::closed : PortState::silent;
 }
