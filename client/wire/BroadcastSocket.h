@@ -4,10 +4,10 @@
 
 #include "client/engine/Descriptor.h"
 #include "client/wire/Frame.h"
+#include "client/wire/Wire.h"
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -24,23 +24,19 @@ struct Datagram {
 class BroadcastSocket
 {
 public:
-    // Throws an unreachable Failure if the interface cannot be used.
-    explicit BroadcastSocket(std::string newInterface);
+    // Throws an unreachable Failure if the interface cannot be used. The wire outlives the socket.
+    BroadcastSocket(const Wire& newWire, std::string newInterface);
 
-    // To all cards on the interface's network; false, with errno, if that is impossible.
-    [[nodiscard]] bool broadcast(std::span<const std::byte> bytes) const;
+    // To all cards on the interface's network; false, with errno, if that is impossible. Throws NotSent for a request
+    // that must not leave.
+    [[nodiscard]] bool broadcast(const Request& request) const;
     [[nodiscard]] std::optional<Datagram> receive() const; // nothing if none is there
 
     [[nodiscard]] int descriptor() const { return socket.get(); }
     [[nodiscard]] const std::string& interface() const { return name; }
 
 private:
+    const Wire* wire;
     std::string name;
     Descriptor socket;
 };
-
-// The interfaces that broadcasts go to if the user names none: up, able to broadcast, with an IPv4 address.
-[[nodiscard]] std::vector<std::string> broadcastInterfaces();
-
-// Does the address belong to a network of that interface, so that it is reached without a router?
-[[nodiscard]] bool isOnLink(const std::string& interface, const std::string& address);

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/wire/HostInterfaces.h"
+
+#include "client/wire/Endpoint.h"
+
+#include <algorithm>
+#include <functional>
+#include <ifaddrs.h>
+#include <memory>
+#include <net/if.h>
+#include <sys/socket.h>
+
+namespace
+{
+
+using InterfaceList = std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)>;
+
+InterfaceList listInterfaces()
+{
+    ifaddrs* first = nullptr;
+    if (::getifaddrs(&first) == -1) {
+        first = nullptr; // as on a machine without any
+    }
+    return {first, ::freeifaddrs};
+}
+
+in_addr_t numberOf(const sockaddr* address)
+{
+    return reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr;
+}
+
+// Leaves out the loopback device and tunnels, behind which no card hears a broadcast.
+bool canBroadcast(const ifaddrs& interface)
+{
+    constexpr unsigned wanted = IFF_UP | IFF_BROADCAST;
+    return (interface.ifa_flags & wanted) == wanted && interface.ifa_addr != nullptr &&
+           interface.ifa_addr->sa_family == AF_INET;
+}
+
+in_addr_t numberOf(const std::string& address)
+{
+    return socketAddress({address, 0}).sin_addr.s_addr;
+}
+
+bool reaches(const ifaddrs& interface, in_addr_t wanted)
+{
+    return canBroadcast(interface) && interface.ifa_netmask != nullptr &&
+           ((numberOf(interface.ifa_addr) ^ wanted) & numberOf(interface.ifa_netmask)) == 0;
+}
+
+bool hasInterface(const std::function<bool(const ifaddrs&)>& isWanted)
+{
+    const InterfaceList list = listInterfaces();
+    for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
+        if (isWanted(*one)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+std::vector<std::string> broadcastInterfaces()
+{
+    const InterfaceList list = listInterfaces();
+    std::vector<std::string> names;
+    for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
+        // The list has an interface once for each of its addresses.
+        if (canBroadcast(*one) && std::find(names.begin(), names.end(), one->ifa_name) == names.end()) {
+            names.emplace_back(one->ifa_name);
+        }
+    }
+    return names;
+}
+
+bool isOnLink(const std::string& interface, const std::string& address)
+{
+    return hasInterface(
+        [&](const ifaddrs& one) { return interface == one.ifa_name && reaches(one, numberOf(address)); });
+}
+
+bool isOnLinkAnywhere(const std::string& address)
+{
+    return hasInterface([&](const ifaddrs& one) { return reaches(one, numberOf(address)); });
+}
+
+bool isOwnAddress(const std::string& address)
+{
+    return hasInterface([&](const ifaddrs& one) {
+        return one.ifa_addr != nullptr && one.ifa_addr->sa_family == AF_INET &&
+               numberOf(one.ifa_addr) == numberOf(address);
+    });
+}

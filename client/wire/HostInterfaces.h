@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <string>
+#include <vector>
+
+// The network interfaces of this machine.
+
+// The interfaces that broadcasts go to if the user names none: up, able to broadcast, with an IPv4 address.
+[[nodiscard]] std::vector<std::string> broadcastInterfaces();
+
+// Does the address belong to a network of that interface, so that it is reached without a router?
+[[nodiscard]] bool isOnLink(const std::string& interface, const std::string& address);
+// The same for any interface of this machine.
+[[nodiscard]] bool isOnLinkAnywhere(const std::string& address);
+
+[[nodiscard]] bool isOwnAddress(const std::string& address);
