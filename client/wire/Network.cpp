@@ -2,47 +2,25 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
-#include "client/output/Console.h"
-#include "client/wire/Trace.h"
+#include "client/wire/HostInterfaces.h"
+#include "client/wire/Neighbour.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fmt/core.h>
 
-namespace
-{
-
-Failure silence(const std::string& name, const std::string& phase)
+Failure nobodyAnswered(const std::string& name)
 {
     return {
-        ExitCode::noAnswer, "timeout", phase,
+        ExitCode::noAnswer,
+        Category::timeout,
+        {},
         fmt::format("nobody answered as \"{}\": no card has this name (case counts), it or its daemon is down, it is "
                     "busy (with an archive, an upgrade or its time service a card hears nothing), it is behind a "
                     "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
                     "broadcast from the card's port {}",
                     name, cardPort)};
 }
-
-// Whatever interface can be used; one that cannot is no failure, since nobody asked for it.
-std::vector<BroadcastSocket> openAll()
-{
-    Failure failure{ExitCode::unreachable, "no-interface", "opening a socket",
-                    "no interface of this host is up and able to broadcast"};
-    std::vector<BroadcastSocket> sockets;
-    for (const std::string& name : broadcastInterfaces()) {
-        try {
-            sockets.emplace_back(name);
-        } catch (const Failure& why) {
-            failure = why;
-        }
-    }
-    if (sockets.empty()) {
-        throw Failure(failure);
-    }
-    return sockets;
-}
-
-} // namespace
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
 {
@@ -61,57 +39,91 @@ std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
     return reply;
 }
 
-Network::Network(EventLoop& newLoop, const Console& newConsole, Patience newPatience,
-                 std::vector<std::string> newInterfaces)
-    : loop(newLoop), console(newConsole), limits(newPatience), interfaces(std::move(newInterfaces))
+Network::Network(EventLoop& newLoop, NetworkOptions newOptions, FrameObserver newObserver)
+    : options(std::move(newOptions)), wire{newLoop, SendGate(options.dryRun), std::move(newObserver)}
 {
 }
 
-void Network::holdBack(const Request& request) const
+Task<TcpConnection> Network::connect(Endpoint endpoint, Request request)
 {
-    if (dryRun == DryRun::everything || (dryRun == DryRun::changes && request.changesCard)) {
-        throw NotSent{request};
-    }
+    return TcpConnection::open(wire, std::move(endpoint), std::move(request), deadline());
 }
 
-Task<TcpConnection> Network::connect(Endpoint endpoint)
+Task<PortState> Network::probe(Endpoint endpoint, Seconds time)
 {
-    return TcpConnection::open(loop, console, std::move(endpoint), deadline());
+    return probePort(wire, std::move(endpoint), after(time));
 }
 
-Task<Reply> Network::askOnce(Endpoint endpoint, Request request, std::string phase)
+Task<std::optional<bool>> Network::seekNeighbour(std::string address, std::string besides, Seconds time)
 {
-    holdBack(request);
-    TcpConnection connection = co_await connect(std::move(endpoint));
-    const TimePoint end = deadline();
-    co_await connection.sendAll(encode(request), end, phase);
-    Reply reply = co_await connection.receiveReply(request, end, phase);
+    return ::seekNeighbour(wire, std::move(address), std::move(besides), time);
+}
+
+Task<Reply> Network::exchange(TcpConnection connection, TimePoint deadline)
+{
+    co_await connection.sendRequest(deadline);
+    Reply reply = co_await connection.receiveReply(deadline);
     co_return reply;
 }
 
-Task<Reply> Network::ask(Endpoint endpoint, Request request, std::string phase)
+Task<Reply> Network::askOnce(Endpoint endpoint, Request request)
 {
-    for (int left = request.changesCard ? 0 : limits.retries;; --left) {
+    TcpConnection connection = co_await connect(std::move(endpoint), std::move(request));
+    Reply reply = co_await exchange(std::move(connection), deadline());
+    co_return reply;
+}
+
+Task<Reply> Network::askUntil(TimePoint deadline, Endpoint endpoint, Request request)
+{
+    TcpConnection connection = co_await TcpConnection::open(wire, std::move(endpoint), std::move(request), deadline);
+    Reply reply = co_await exchange(std::move(connection), deadline);
+    co_return reply;
+}
+
+Task<Reply> Network::ask(Endpoint endpoint, Request request)
+{
+    constexpr Seconds pause(0.3); // a card that closes a connection has a reason, which may pass
+    for (int left = changesNothing(request) ? options.policy.retries : 0;; --left) {
         try {
-            Reply reply = co_await askOnce(endpoint, request, phase);
-            checkStatus(reply.header, phase);
+            Reply reply = co_await askOnce(endpoint, request);
+            checkStatus(reply.header);
             co_return reply;
         } catch (const Failure& failure) {
-            if (failure.category != "closed" || left <= 0) {
+            if (failure.category != Category::closed || left <= 0) {
                 throw;
             }
         }
+        co_await wire.loop.until(after(pause));
     }
+}
+
+// Whatever interface can be used; one that cannot is no failure, since nobody asked for it.
+std::vector<BroadcastSocket> Network::openAll() const
+{
+    Failure failure{ExitCode::unreachable, Category::noInterface, "opening a socket",
+                    "no interface of this host is up and able to broadcast"};
+    std::vector<BroadcastSocket> sockets;
+    for (const std::string& name : broadcastInterfaces()) {
+        try {
+            sockets.emplace_back(wire, name);
+        } catch (const Failure& why) {
+            failure = why;
+        }
+    }
+    if (sockets.empty()) {
+        throw Failure(failure);
+    }
+    return sockets;
 }
 
 std::vector<BroadcastSocket> Network::openInterfaces(const std::string& onlyInterface) const
 {
     std::vector<BroadcastSocket> sockets;
     if (!onlyInterface.empty()) {
-        sockets.emplace_back(onlyInterface);
-    } else if (!interfaces.empty()) {
-        for (const std::string& name : interfaces) {
-            sockets.emplace_back(name);
+        sockets.emplace_back(wire, onlyInterface);
+    } else if (!options.interfaces.empty()) {
+        for (const std::string& name : options.interfaces) {
+            sockets.emplace_back(wire, name);
         }
     } else {
         sockets = openAll();
@@ -121,19 +133,17 @@ std::vector<BroadcastSocket> Network::openInterfaces(const std::string& onlyInte
 
 void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request) const
 {
-    const Bytes bytes = encode(request);
     int error = 0;
     bool sent = false;
     for (const BroadcastSocket& socket : sockets) {
-        if (socket.broadcast(bytes)) {
+        if (socket.broadcast(request)) {
             sent = true;
-            traceSent(console, socket.interface(), bytes);
         } else {
             error = errno;
         }
     }
     if (!sent) {
-        throw Failure{ExitCode::unreachable, "no-route", "sending a broadcast",
+        throw Failure{ExitCode::unreachable, Category::noRoute, "sending a broadcast",
                       fmt::format("no interface took the datagram: {}", ::strerror(error))};
     }
 }
@@ -149,11 +159,10 @@ Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket
         for (const BroadcastSocket& socket : sockets) {
             std::optional<Datagram> datagram = socket.receive();
             if (datagram) {
-                traceReceived(console, datagram->address, datagram->bytes);
                 co_return datagram;
             }
         }
-        const bool ready = co_await loop.anyReadable(descriptors, deadline);
+        const bool ready = co_await wire.loop.anyReadable(descriptors, deadline);
         if (!ready || Clock::now() >= deadline) { // the second ends a flood
             co_return std::nullopt;
         }
@@ -161,7 +170,7 @@ Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket
 }
 
 Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSocket>& sockets, const Request& request,
-                                                   const std::string& phase, const ByName& how, TimePoint deadline)
+                                                   const ByName& how, TimePoint deadline)
 {
     for (;;) {
         const std::optional<Datagram> datagram = co_await receive(sockets, deadline);
@@ -173,7 +182,7 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
             continue;
         }
         if (!how.anyStatus) {
-            checkStatus(reply->header, phase);
+            checkStatus(reply->header);
         }
         CardReply answer{std::move(*reply), datagram->address, datagram->interface};
         if (!how.isMine || answer.reply.payload.empty() || how.isMine(answer)) {
@@ -182,21 +191,35 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
     }
 }
 
-Task<CardReply> Network::askByName(std::string name, Request request, std::string phase, ByName how)
+Task<CardReply> Network::askByName(std::string name, Request request, ByName how)
 {
-    holdBack(request);
+    wire.gate.admit(request); // before a socket is opened, which may fail
     const std::vector<BroadcastSocket> sockets = openInterfaces(how.onlyInterface);
-    const Patience patience = how.patience.value_or(limits);
-    const int attempts = request.changesCard ? 1 : patience.retries + 1;
+    const RetryPolicy policy = how.policy.value_or(options.policy);
+    const int attempts = changesNothing(request) ? policy.retries + 1 : 1;
     const TimePoint start = Clock::now();
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         broadcast(sockets, request);
-        const auto share = patience.timeout * attempt / attempts;
+        const auto share = policy.timeout * attempt / attempts;
         const TimePoint end = start + std::chrono::duration_cast<Clock::duration>(share);
-        std::optional<CardReply> reply = co_await awaitReply(sockets, request, phase, how, end);
+        std::optional<CardReply> reply = co_await awaitReply(sockets, request, how, end);
         if (reply) {
             co_return std::move(*reply);
         }
     }
-    throw silence(name, phase);
+    throw Failure(nobodyAnswered(name));
+}
+
+Task<Reply> Network::askAnybody(Request request)
+{
+    wire.gate.admit(request); // before a socket is opened, which may fail
+    const std::vector<BroadcastSocket> sockets = openInterfaces();
+    broadcast(sockets, request);
+    ByName how;
+    how.anyStatus = true;
+    std::optional<CardReply> answer = co_await awaitReply(sockets, request, how, deadline());
+    if (!answer) {
+        throw Failure{ExitCode::noAnswer, Category::timeout, {}, "no card answered in time"};
+    }
+    co_return std::move(answer->reply);
 }

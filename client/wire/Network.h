@@ -7,6 +7,7 @@
 #include "client/wire/Endpoint.h"
 #include "client/wire/Frame.h"
 #include "client/wire/TcpConnection.h"
+#include "client/wire/Wire.h"
 
 #include <functional>
 #include <optional>
@@ -14,10 +15,8 @@
 #include <string_view>
 #include <vector>
 
-class Console;
-
-// How patient exchanges are.
-struct Patience {
+// How long and how often a card is asked.
+struct RetryPolicy {
     Seconds timeout{5};
     int retries = 2; // of requests that change nothing
 };
@@ -33,38 +32,52 @@ struct CardReply {
 struct ByName {
     // Tells by its text, or by where it came from, whether a reply with a payload is the one that is wanted.
     std::function<bool(const CardReply&)> isMine;
-    std::string onlyInterface;        // empty: all; a card that hears two would do a change twice
-    std::optional<Patience> patience; // nothing: the user's
-    bool anyStatus = false;           // a refusal is an answer, too
+    std::string onlyInterface;         // empty: all; a card that hears two would do a change twice
+    std::optional<RetryPolicy> policy; // nothing: the user's
+    bool anyStatus = false;            // a refusal is an answer, too
 };
 
-// What a dry run keeps from being sent: what changes a card, or everything for commands that only read.
-enum class DryRun { off, changes, everything };
-
-// Thrown instead of sending a request in a dry run.
-struct NotSent {
-    Request request;
+// How the user wants cards to be reached.
+struct NetworkOptions {
+    RetryPolicy policy;
+    std::vector<std::string> interfaces; // for broadcasts; none: all that can
+    DryRun dryRun = DryRun::off;
+    bool timeoutGiven = false; // by the user, who then means it for everything
 };
 
 // Requests and their answers: what commands use of the wire. Nothing here waits in any other way than in the loop,
-// and no socket outlives its exchange.
+// and no socket outlives its exchange. What a dry run holds back throws NotSent before any card is contacted.
 class Network
 {
 public:
-    Network(EventLoop& newLoop, const Console& newConsole, Patience newPatience,
-            std::vector<std::string> newInterfaces);
+    Network(EventLoop& newLoop, NetworkOptions newOptions, FrameObserver newObserver = {});
+    Network(const Network&) = delete; // its connections point to its wire
+    Network& operator=(const Network&) = delete;
+
+    // Throws NotSent for what a dry run holds back: for a request that others go before, such as to find the card.
+    void admit(const Request& request) const { wire.gate.admit(request); }
 
     // One TCP exchange on a connection of its own. Throws unless the card answers with success. A request that changes
-    // nothing is repeated if the card closes the connection without an answer.
-    Task<Reply> ask(Endpoint endpoint, Request request, std::string phase);
+    // nothing is repeated after a pause if the card closes the connection without an answer.
+    Task<Reply> ask(Endpoint endpoint, Request request);
     // The same once only, and whatever the card's status is.
-    Task<Reply> askOnce(Endpoint endpoint, Request request, std::string phase);
+    Task<Reply> askOnce(Endpoint endpoint, Request request);
+    // The same with one deadline for connecting and for the answer.
+    Task<Reply> askUntil(TimePoint deadline, Endpoint endpoint, Request request);
 
     // One exchange by broadcast. A request that changes nothing is repeated within the time. Throws unless the card
     // answers with success.
-    Task<CardReply> askByName(std::string name, Request request, std::string phase, ByName how = {});
+    Task<CardReply> askByName(std::string name, Request request, ByName how = {});
 
-    Task<TcpConnection> connect(Endpoint endpoint);
+    // One broadcast and the first answer of any card, whatever its status.
+    Task<Reply> askAnybody(Request request);
+
+    Task<TcpConnection> connect(Endpoint endpoint, Request request);
+    Task<PortState> probe(Endpoint endpoint, Seconds time);
+
+    // Has a host in a network of this machine, beside the one at the second, this address? Nothing if that cannot be
+    // told.
+    Task<std::optional<bool>> seekNeighbour(std::string address, std::string besides, Seconds time);
 
     // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none.
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;
@@ -73,24 +86,28 @@ public:
     // The next datagram that comes from a card's port, whole enough to have a header; nothing at the deadline.
     Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, TimePoint deadline);
 
-    void setDryRun(DryRun mode) { dryRun = mode; }
-    // Throws NotSent if the request is one that a dry run holds back.
-    void holdBack(const Request& request) const;
-
-    [[nodiscard]] EventLoop& eventLoop() const { return loop; }
-    [[nodiscard]] const Patience& patience() const { return limits; }
-    [[nodiscard]] TimePoint deadline() const { return after(limits.timeout); }
+    [[nodiscard]] EventLoop& eventLoop() const { return wire.loop; }
+    [[nodiscard]] const RetryPolicy& retryPolicy() const { return options.policy; }
+    // For a step that is known to take longer than others.
+    [[nodiscard]] Seconds timeoutOr(Seconds longer) const
+    {
+        return options.timeoutGiven ? options.policy.timeout : longer;
+    }
+    // May something be sent for its own sake? Not in a dry run.
+    [[nodiscard]] bool admitsProbes() const { return wire.gate.admitsProbes(); }
+    [[nodiscard]] TimePoint deadline() const { return after(options.policy.timeout); }
 
 private:
+    [[nodiscard]] std::vector<BroadcastSocket> openAll() const;
+    static Task<Reply> exchange(TcpConnection connection, TimePoint deadline);
     Task<std::optional<CardReply>> awaitReply(const std::vector<BroadcastSocket>& sockets, const Request& request,
-                                              const std::string& phase, const ByName& how, TimePoint deadline);
+                                              const ByName& how, TimePoint deadline);
 
-    EventLoop& loop;
-    const Console& console;
-    Patience limits;
-    std::vector<std::string> interfaces;
-    DryRun dryRun = DryRun::off;
+    NetworkOptions options;
+    Wire wire;
 };
+
+[[nodiscard]] Failure nobodyAnswered(const std::string& name);
 
 // The reply in a datagram, if it answers the request and is well formed; nothing otherwise.
 [[nodiscard]] std::optional<Reply> replyIn(const Datagram& datagram, const Request& request);

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/wire/Network.h"
+
+#include "support/FakeCard.h"
+#include "support/SystemTest.h"
+#include "unit/client/FailureOf.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+constexpr std::uint16_t versions = 1;
+constexpr std::uint16_t ipGet = 3;
+constexpr std::uint16_t ipSet = 4;
+constexpr std::uint16_t timeSet = 17;
+
+const FakeCard::Answer hangUp{.hangsUp = true};
+const FakeCard::Answer refusal{.status = 2};
+
+// One card behind the port that all cards have, asked over the loopback device.
+class NetworkTest : public SystemTest
+{
+protected:
+    // What a request ended with; nothing if it was answered.
+    template<typename Answer>
+    Category endOf(Task<Answer> asking)
+    {
+        return failureOf([&] { loop.run(std::move(asking)); }).category;
+    }
+
+    FakeCard card;
+    EventLoop loop;
+    Endpoint endpoint{"127.0.0.1"};
+    Request reading = bareRequest(CommandId::versions);
+    Request changing = textRequest(CommandId::timeReferenceSet, "<x/>");
+    Request readingByName = textRequest(CommandId::ipConfigGet, "<x/>");
+    Request changingByName = textRequest(CommandId::ipConfigSet, "<x/>");
+    Network network{loop, {{Seconds(5), 2}, {"lo"}}};
+    Network hasty{loop, {{Seconds(0.05), 2}, {"lo"}}};
+    Network patient{loop, {{Seconds(20), 200}, {"lo"}}};
+};
+
+TEST_F(NetworkTest, BringsTheAnswerOfOneExchange)
+{
+    card.answer(versions, {.text = "<Versions/>"});
+    EXPECT_EQ(textOf(loop.run(network.ask(endpoint, reading))), "<Versions/>");
+    EXPECT_EQ(card.requests().size(), 1U);
+}
+
+TEST_F(NetworkTest, RepeatsWhatReadsIfTheCardHangsUp)
+{
+    card.answer(versions, hangUp);
+    EXPECT_EQ(endOf(network.ask(endpoint, reading)), Category::closed);
+    EXPECT_EQ(card.requests().size(), 3U);
+}
+
+TEST_F(NetworkTest, NeverRepeatsAChange)
+{
+    card.answer(timeSet, hangUp);
+    EXPECT_EQ(endOf(network.ask(endpoint, changing)), Category::closed);
+    EXPECT_EQ(card.requests().size(), 1U);
+}
+
+TEST_F(NetworkTest, TellsARefusalUnlessAnyStatusWillDo)
+{
+    card.answer(versions, refusal);
+    EXPECT_EQ(endOf(network.ask(endpoint, reading)), Category::refusedByCard);
+    EXPECT_EQ(loop.run(network.askOnce(endpoint, reading)).header.status, 2);
+    EXPECT_EQ(loop.run(network.askUntil(after(Seconds(5)), endpoint, reading)).header.status, 2);
+}
+
+TEST_F(NetworkTest, AsksByNameAndTellsWhereTheAnswerCameFrom)
+{
+    card.answer(ipGet, {.text = "<IpConfiguration/>"});
+    const CardReply answer = loop.run(network.askByName("card1", readingByName));
+    EXPECT_EQ(textOf(answer.reply), "<IpConfiguration/>");
+    EXPECT_EQ(answer.address, "127.0.0.1");
+    EXPECT_EQ(answer.interface, "lo");
+}
+
+TEST_F(NetworkTest, RepeatsABroadcastThatReads)
+{
+    int asked = 0;
+    card.behave(ipGet, [&asked](const FakeCard::Request&) {
+        return ++asked == 3 ? FakeCard::Answer{.text = "<IpConfiguration/>"} : hangUp;
+    });
+    loop.run(patient.askByName("card1", readingByName));
+    EXPECT_GE(card.texts(ipGet).size(), 3U);
+}
+
+TEST_F(NetworkTest, NeverRepeatsABroadcastThatChanges)
+{
+    card.answer(ipGet, {.text = "<IpConfiguration/>"});
+    EXPECT_EQ(endOf(hasty.askByName("card1", changingByName)), Category::timeout);
+    loop.run(network.askByName("card1", readingByName)); // when this is answered, all before it was heard
+    EXPECT_EQ(card.texts(ipSet).size(), 1U);
+}
+
+TEST_F(NetworkTest, PassesOverTheAnswerOfAnother)
+{
+    card.answer(ipGet, {.text = "<IpConfiguration/>"});
+    ByName how;
+    int seen = 0;
+    how.isMine = [&seen](const CardReply&) { return ++seen == 2; };
+    loop.run(patient.askByName("card1", readingByName, how));
+    EXPECT_EQ(seen, 2);
+}
+
+TEST_F(NetworkTest, PassesOverWhatIsNoReply)
+{
+    card.answer(ipGet, {.startPattern = 0});
+    EXPECT_EQ(endOf(hasty.askByName("card1", readingByName)), Category::timeout);
+}
+
+TEST_F(NetworkTest, TellsARefusalByNameUnlessAnyStatusWillDo)
+{
+    card.answer(ipGet, refusal);
+    EXPECT_EQ(endOf(network.askByName("card1", readingByName)), Category::refusedByCard);
+    EXPECT_EQ(loop.run(network.askAnybody(readingByName)).header.status, 2);
+}
+
+TEST_F(NetworkTest, TellsAnInterfaceThatIsNone)
+{
+    const Network wrong(loop, {{}, {"no-such-dev"}});
+    const Failure failure = failureOf([&] { (void)wrong.openInterfaces(); });
+    EXPECT_EQ(failure.code, ExitCode::unreachable);
+    EXPECT_EQ(failure.category, Category::noInterface);
+    EXPECT_TRUE(failure.hint.starts_with("cannot broadcast on no-such-dev: ")) << failure.hint;
+}
+
+TEST_F(NetworkTest, GivesAStepItsOwnTimeUnlessTheUserSaidOne)
+{
+    EXPECT_EQ(network.timeoutOr(Seconds(60)), Seconds(60));
+    const Network said(loop, {.policy = {Seconds(2), 0}, .interfaces = {}, .timeoutGiven = true});
+    EXPECT_EQ(said.timeoutOr(Seconds(60)), Seconds(2));
+}
+
+} // namespace
