@@ -2,17 +2,22 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/messages/IpConfiguration.h"
 
-#include "client/wire/Frame.h"
+#include "client/model/Failure.h"
+#include "client/model/Ipv4.h"
 #include "client/xml/TolerantScanner.h"
 #include "client/xml/XmlElement.h"
 #include "client/xml/XmlText.h"
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <fmt/ranges.h>
+#include <sstream>
 
 namespace
 {
 
+constexpr std::string_view ourName = "tarvelctl"; // `From` of what we send, `To` of what comes back
 constexpr std::array<std::string_view, 2> rootAttributes = {"From", "To"};
 constexpr ElementForm rootForm = {"IpConfiguration", rootAttributes, ">"};
 constexpr std::array<std::string_view, 5> interfaceAttributes = {"Name", "Mode", "Address", "Netmask", "Gateway"};
@@ -29,6 +34,36 @@ std::optional<IpMode> modeOf(std::string_view word)
     return std::nullopt;
 }
 
+std::vector<std::string> wordsOf(const std::string& text)
+{
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+std::optional<Ipv4> maskOf(std::string_view prefix)
+{
+    int length = 0;
+    const auto [end, error] = std::from_chars(prefix.data(), prefix.data() + prefix.size(), length);
+    return error == std::errc() && end == prefix.data() + prefix.size() ? maskOfPrefix(length) : std::nullopt;
+}
+
+// OpenWrt also writes an address with its prefix and no netmask, and several in a list.
+InterfaceConfig withNetmask(InterfaceConfig interface)
+{
+    const std::vector<std::string> words = wordsOf(interface.address.value_or(""));
+    if (words.size() > 1) {
+        interface.address = fmt::format("{}", fmt::join(words, ", "));
+    }
+    const std::size_t slash = words.size() == 1 ? words.front().find('/') : std::string::npos;
+    const std::optional<Ipv4> mask =
+        slash != std::string::npos ? maskOf(std::string_view(words.front()).substr(slash + 1)) : std::nullopt;
+    if (mask && !interface.netmask) {
+        interface.address = words.front().substr(0, slash);
+        interface.netmask = formatIpv4(*mask);
+    }
+    return interface;
+}
+
 std::optional<InterfaceConfig> interfaceOf(const XmlElement& element)
 {
     const std::optional<std::string> name = element.attribute("Name");
@@ -36,8 +71,8 @@ std::optional<InterfaceConfig> interfaceOf(const XmlElement& element)
     if (element.name != "Interface" || !name || !mode) {
         return std::nullopt;
     }
-    return InterfaceConfig{*name, *mode, element.attribute("Address"), element.attribute("Netmask"),
-                           element.attribute("Gateway")};
+    return withNetmask(
+        {*name, *mode, element.attribute("Address"), element.attribute("Netmask"), element.attribute("Gateway")});
 }
 
 bool isComplete(const IpConfiguration& configuration)
@@ -114,6 +149,17 @@ std::string_view wordOf(IpMode mode)
     return "Disabled";
 }
 
+std::vector<std::string> addressesOf(const InterfaceConfig& interface)
+{
+    std::string text = interface.address.value_or("");
+    std::replace(text.begin(), text.end(), ',', ' ');
+    std::vector<std::string> addresses = wordsOf(text);
+    for (std::string& address : addresses) {
+        address.erase(std::min(address.find('/'), address.size()));
+    }
+    return addresses;
+}
+
 const InterfaceConfig* IpConfiguration::find(std::string_view name) const
 {
     const auto found =
@@ -121,7 +167,7 @@ const InterfaceConfig* IpConfiguration::find(std::string_view name) const
     return found == interfaces.end() ? nullptr : &*found;
 }
 
-IpConfiguration parseIpConfiguration(const std::string& text, const std::string& phase)
+IpConfiguration parseIpConfiguration(const std::string& text)
 {
     if (const std::optional<XmlElement> root = parseReplyXml(text)) {
         if (std::optional<IpConfiguration> configuration = configurationOf(*root)) {
@@ -131,7 +177,7 @@ IpConfiguration parseIpConfiguration(const std::string& text, const std::string&
     const std::optional<XmlElement> root = scanDocument(text);
     std::optional<IpConfiguration> configuration = root ? configurationOf(*root) : std::nullopt;
     if (!configuration) {
-        throw garbage(phase, "the answer is no IP configuration of two interfaces");
+        throw garbage("the answer is no IP configuration of two interfaces");
     }
     configuration->malformed = true;
     return std::move(*configuration);

@@ -22,6 +22,9 @@ struct InterfaceConfig {
     bool operator==(const InterfaceConfig&) const = default;
 };
 
+// The addresses of an interface, which may be several with their prefixes, without these.
+[[nodiscard]] std::vector<std::string> addressesOf(const InterfaceConfig& interface);
+
 // What a card reports of its interfaces.
 struct IpConfiguration {
     std::string from; // the card's name
@@ -33,7 +36,7 @@ struct IpConfiguration {
 };
 
 // Throws a protocol Failure if the text is not even nearly an IP configuration of both interfaces.
-[[nodiscard]] IpConfiguration parseIpConfiguration(const std::string& text, const std::string& phase);
+[[nodiscard]] IpConfiguration parseIpConfiguration(const std::string& text);
 
 [[nodiscard]] std::string ipConfigGetXml(std::string_view card);
 // Empty elements without whitespace between them: the card takes whitespace after the first for an error.

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/messages/TimeReference.h"
 
-#include "client/wire/Frame.h"
+#include "client/model/Failure.h"
 #include "client/xml/TolerantScanner.h"
 #include "client/xml/XmlElement.h"
 #include "client/xml/XmlText.h"
@@ -18,15 +18,37 @@ namespace
 constexpr std::array<std::string_view, 3> attributes = {"Mode", "NtpServer", "DateTime"};
 constexpr ElementForm form = {"TimeReferenceConfiguration", attributes, "/>"};
 
+std::optional<TimeMode> modeOf(std::string_view word)
+{
+    for (const TimeMode mode : {TimeMode::ntp, TimeMode::manual}) {
+        if (word == wordOf(mode)) {
+            return mode;
+        }
+    }
+    return std::nullopt;
+}
+
 std::optional<TimeReference> referenceOf(const XmlElement& element)
 {
-    const std::optional<std::string> mode = element.attribute("Mode");
+    const std::optional<TimeMode> mode = modeOf(element.attribute("Mode").value_or(""));
     const std::optional<std::string> server = element.attribute("NtpServer");
     const std::optional<std::int64_t> time = parseTime(element.attribute("DateTime").value_or(""));
-    if (element.name != form.name || !server || !time || (mode != "Ntp" && mode != "Manual")) {
+    if (element.name != form.name || !server || !time || !mode) {
         return std::nullopt;
     }
     return TimeReference{*mode, *server, *time};
+}
+
+// In an attribute they become spaces, and what is sent back must be what came.
+bool hasBlanksThatXmlReplaces(std::string_view text)
+{
+    return text.find_first_of("\t\r\n") != std::string_view::npos;
+}
+
+std::optional<TimeReference> scanReference(std::string_view text)
+{
+    const std::optional<XmlElement> element = scanElement(text, form);
+    return element && text.empty() ? referenceOf(*element) : std::nullopt;
 }
 
 // Takes a number of exactly `width` digits off the front.
@@ -50,7 +72,7 @@ bool takeLetter(std::string_view& text, char letter)
     return true;
 }
 
-std::optional<std::int64_t> takeDate(std::string_view& text)
+std::optional<std::chrono::year_month_day> takeDate(std::string_view& text)
 {
     const std::optional<int> year = takeNumber(text, 4);
     const bool firstDash = takeLetter(text, '-');
@@ -60,12 +82,8 @@ std::optional<std::int64_t> takeDate(std::string_view& text)
     if (!year || !month || !day || !firstDash || !secondDash) {
         return std::nullopt;
     }
-    const std::chrono::year_month_day date{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
-                                           std::chrono::day(static_cast<unsigned>(*day))};
-    if (!date.ok()) {
-        return std::nullopt;
-    }
-    return std::chrono::sys_days(date).time_since_epoch().count() * std::int64_t{86400};
+    return std::chrono::year_month_day{std::chrono::year(*year), std::chrono::month(static_cast<unsigned>(*month)),
+                                       std::chrono::day(static_cast<unsigned>(*day))};
 }
 
 // "05:06:07", or "05:06" of a zone.
@@ -102,29 +120,60 @@ std::optional<int> takeZone(std::string_view& text)
     return offset ? std::optional(west ? -*offset : *offset) : std::nullopt;
 }
 
+// A time, or why it is none.
+struct TimeText {
+    std::optional<std::int64_t> time;
+    std::string_view flaw;
+};
+
+TimeText readTime(std::string_view text)
+{
+    const std::optional<std::chrono::year_month_day> date = takeDate(text);
+    const bool separator = takeLetter(text, 'T');
+    const std::optional<int> clock = takeClock(text, true);
+    if (!date || !separator || !clock) {
+        return {std::nullopt, "is no time such as 2026-03-04T05:06:07Z"};
+    }
+    if (!date->ok()) {
+        return {std::nullopt, "has a date that does not exist"};
+    }
+    const std::optional<int> zone = takeZone(text);
+    if (!zone || !text.empty()) {
+        return {std::nullopt, "has a zone that cannot be read: it is Z, or such as +01:00"};
+    }
+    const auto days = std::chrono::sys_days(*date).time_since_epoch().count();
+    return {days * std::int64_t{86400} + *clock - *zone, {}};
+}
+
 } // namespace
 
-TimeReference parseTimeReference(const std::string& text, const std::string& phase)
+std::string_view wordOf(TimeMode mode)
 {
-    if (const std::optional<XmlElement> element = parseReplyXml(text)) {
-        if (std::optional<TimeReference> reference = referenceOf(*element)) {
-            return std::move(*reference);
-        }
+    return mode == TimeMode::ntp ? "Ntp" : "Manual";
+}
+
+TimeReference parseTimeReference(const std::string& text)
+{
+    const std::optional<XmlElement> element = parseReplyXml(text);
+    std::optional<TimeReference> reference = element ? referenceOf(*element) : std::nullopt;
+    if (reference && !hasBlanksThatXmlReplaces(text)) {
+        return std::move(*reference);
     }
-    std::string_view rest = text;
-    const std::optional<XmlElement> element = scanElement(rest, form);
-    std::optional<TimeReference> reference = element && rest.empty() ? referenceOf(*element) : std::nullopt;
-    if (!reference) {
-        throw garbage(phase, "the answer is no time reference");
+    std::optional<TimeReference> raw = scanReference(text);
+    if (!raw && !reference) {
+        throw garbage("the answer is no time reference");
     }
-    reference->malformed = true;
-    return std::move(*reference);
+    if (!raw) {
+        return std::move(*reference);
+    }
+    raw->malformed = !reference;
+    return std::move(*raw);
 }
 
 std::string timeReferenceSetXml(const TimeRequest& request)
 {
     std::string xml = "<TimeReferenceConfiguration";
-    appendAttribute(xml, "Mode", request.mode);
+    appendAttribute(xml, "Mode", wordOf(request.mode));
     appendAttribute(xml, "NtpServer", request.server);
     appendAttribute(xml, "DateTime", formatTime(request.time));
     return xml + "/>";
@@ -143,12 +192,10 @@ std::string formatTime(std::int64_t time)
 
 std::optional<std::int64_t> parseTime(std::string_view text)
 {
-    const std::optional<std::int64_t> date = takeDate(text);
-    const bool separator = takeLetter(text, 'T');
-    const std::optional<int> clock = takeClock(text, true);
-    const std::optional<int> zone = takeZone(text);
-    if (!date || !separator || !clock || !zone || !text.empty()) {
-        return std::nullopt;
-    }
-    return *date + *clock - *zone;
+    return readTime(text).time;
+}
+
+std::string_view flawOfTime(std::string_view text)
+{
+    return readTime(text).flaw;
 }

@@ -9,20 +9,24 @@
 
 inline constexpr std::string_view noNtpServer = "NOT CONFIGURED"; // what a card reports for an empty server
 
+enum class TimeMode { ntp, manual };
+
+[[nodiscard]] std::string_view wordOf(TimeMode mode); // as in XML: "Ntp", "Manual"
+
 // The time reference of a card as it reports it.
 struct TimeReference {
-    std::string mode;   // "Ntp" or "Manual"
+    TimeMode mode;
     std::string server; // as reported
     std::int64_t time;  // seconds since 1970, UTC
     bool malformed = false;
 };
 
 // Throws a protocol Failure if the text is not even nearly a time reference.
-[[nodiscard]] TimeReference parseTimeReference(const std::string& text, const std::string& phase);
+[[nodiscard]] TimeReference parseTimeReference(const std::string& text);
 
 // What is to be set; `server` is sent in both modes.
 struct TimeRequest {
-    std::string mode;
+    TimeMode mode;
     std::string server;
     std::int64_t time;
 
@@ -34,3 +38,5 @@ struct TimeRequest {
 [[nodiscard]] std::string formatTime(std::int64_t time); // "2021-03-04T05:06:07"
 // "2021-03-04T05:06:07" with nothing, "Z" or "+01:00" behind; without a zone it is UTC. Nothing for what is no time.
 [[nodiscard]] std::optional<std::int64_t> parseTime(std::string_view text);
+// What parseTime misses, to be said behind the text: "has a date that does not exist". Empty for a time.
+[[nodiscard]] std::string_view flawOfTime(std::string_view text);

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/messages/Versions.h"
 
-#include "client/wire/Frame.h"
+#include "client/model/Failure.h"
 #include "client/xml/TolerantScanner.h"
 #include "client/xml/XmlElement.h"
 
@@ -65,14 +65,14 @@ std::optional<Versions> readTolerantly(std::string_view rest)
 
 } // namespace
 
-Versions parseVersions(const std::string& text, const std::string& phase)
+Versions parseVersions(const std::string& text)
 {
     std::optional<Versions> versions = readStrictly(text);
     if (!versions) {
         versions = readTolerantly(text);
     }
     if (!versions) {
-        throw garbage(phase, "the answer is no versions report");
+        throw garbage("the answer is no versions report");
     }
     return std::move(*versions);
 }

@@ -21,4 +21,4 @@ struct Versions {
 };
 
 // Throws a protocol Failure if the text is not even nearly a report.
-[[nodiscard]] Versions parseVersions(const std::string& text, const std::string& phase);
+[[nodiscard]] Versions parseVersions(const std::string& text);

@@ -70,20 +70,20 @@ void expectAnswerOrFailure(const std::string& text, Parse parse)
 
 TEST(HostileText, IsAVersionsReportOrAFailure)
 {
-    expectAnswerOrFailure(versionsText, [](const std::string& text) { (void)parseVersions(text, ""); });
+    expectAnswerOrFailure(versionsText, [](const std::string& text) { (void)parseVersions(text); });
 }
 
 TEST(HostileText, IsAnIpConfigurationOfTwoInterfacesOrAFailure)
 {
-    expectAnswerOrFailure(
-        ipText, [](const std::string& text) { EXPECT_EQ(parseIpConfiguration(text, "").interfaces.size(), 2); });
+    expectAnswerOrFailure(ipText,
+                          [](const std::string& text) { EXPECT_EQ(parseIpConfiguration(text).interfaces.size(), 2); });
 }
 
 TEST(HostileText, IsATimeReferenceInAKnownModeOrAFailure)
 {
     expectAnswerOrFailure(timeText, [](const std::string& text) {
-        const std::string mode = parseTimeReference(text, "").mode;
-        EXPECT_TRUE(mode == "Ntp" || mode == "Manual");
+        const TimeMode mode = parseTimeReference(text).mode;
+        EXPECT_TRUE(mode == TimeMode::ntp || mode == TimeMode::manual);
     });
 }
 
@@ -96,7 +96,7 @@ TEST(HostileText, InAFrameIsATextOrAFailure)
         reply.header.messageFormat = section8Bit;
         reply.payload.resize(text.size());
         std::memcpy(reply.payload.data(), text.data(), text.size());
-        EXPECT_EQ(textOf(reply, "").size() + 5, text.size());
+        EXPECT_EQ(textOf(reply).size() + 5, text.size());
     });
 }
 
@@ -104,7 +104,7 @@ TEST(HostileText, PrintsNothing)
 {
     const std::string wide("<\0\0\0\xFF\xFF\xFF\xFF", 8);
     testing::internal::CaptureStderr();
-    EXPECT_THROW((void)parseVersions(wide, ""), Failure);
+    EXPECT_THROW((void)parseVersions(wide), Failure);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 

@@ -3,6 +3,7 @@
 #include "client/messages/IpConfiguration.h"
 
 #include "client/model/Failure.h"
+#include "unit/client/FailureOf.h"
 
 #include <gtest/gtest.h>
 
@@ -17,17 +18,12 @@ const std::string eth2Element = "<Interface Name=\"VemkEth2\" Mode=\"Dhcp\"/>";
 
 IpConfiguration configurationOf(const std::string& text)
 {
-    return parseIpConfiguration(text, "testing");
+    return parseIpConfiguration(text);
 }
 
 bool isRefusedConfiguration(const std::string& text)
 {
-    try {
-        (void)configurationOf(text);
-    } catch (const Failure& failure) {
-        return failure.code == ExitCode::protocol;
-    }
-    return false;
+    return failureOf([&] { (void)configurationOf(text); }).code == ExitCode::protocol;
 }
 
 TEST(IpConfiguration, GivesBothInterfaces)
@@ -36,6 +32,31 @@ TEST(IpConfiguration, GivesBothInterfaces)
     const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", std::nullopt};
     const InterfaceConfig second = {"VemkEth2", IpMode::dhcp, std::nullopt, std::nullopt, std::nullopt};
     EXPECT_EQ(configuration.interfaces, (std::vector<InterfaceConfig>{first, second}));
+}
+
+TEST(IpConfiguration, TakesAPrefixForANetmask)
+{
+    const std::string prefixed = "<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"10.0.1.11/20\"/>";
+    const InterfaceConfig second = {"VemkEth2", IpMode::fixed, "10.0.1.11", "255.255.240.0", std::nullopt};
+    EXPECT_EQ(configurationOf(opening + eth1Element + prefixed + closing).interfaces[1], second);
+}
+
+TEST(IpConfiguration, LeavesAPrefixThatIsNone)
+{
+    for (const char* address : {"10.0.1.11/33", "10.0.1.11/", "10.0.1.11/2x"}) {
+        const std::string odd =
+            "<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"" + std::string(address) + "\"/>";
+        const InterfaceConfig second = {"VemkEth2", IpMode::fixed, address, std::nullopt, std::nullopt};
+        EXPECT_EQ(configurationOf(opening + eth1Element + odd + closing).interfaces[1], second);
+    }
+}
+
+TEST(IpConfiguration, ShowsSeveralAddressesAsSeveral)
+{
+    const std::string several = "<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"10.0.1.11/24 10.0.2.11/24\"/>";
+    const InterfaceConfig second = configurationOf(opening + eth1Element + several + closing).interfaces[1];
+    EXPECT_EQ(second.address, "10.0.1.11/24, 10.0.2.11/24");
+    EXPECT_EQ(addressesOf(second), (std::vector<std::string>{"10.0.1.11", "10.0.2.11"}));
 }
 
 TEST(IpConfiguration, NamesTheCardAndUs)

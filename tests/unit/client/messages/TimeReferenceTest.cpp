@@ -11,7 +11,7 @@ namespace
 
 TimeReference timeReferenceOf(const std::string& text)
 {
-    return parseTimeReference(text, "testing");
+    return parseTimeReference(text);
 }
 
 std::string element(const std::string& server, const std::string& time = "2021-03-04T05:06:07")
@@ -22,7 +22,7 @@ std::string element(const std::string& server, const std::string& time = "2021-0
 TEST(TimeReferenceText, GivesModeServerAndTime)
 {
     const TimeReference reference = timeReferenceOf(element("NOT CONFIGURED"));
-    EXPECT_EQ(reference.mode, "Manual");
+    EXPECT_EQ(reference.mode, TimeMode::manual);
     EXPECT_EQ(reference.server, "NOT CONFIGURED");
     EXPECT_EQ(reference.time, 1614834367);
     EXPECT_FALSE(reference.malformed);
@@ -33,6 +33,13 @@ TEST(TimeReferenceText, IsReadByItsFormIfItIsNoXml)
     const TimeReference reference = timeReferenceOf(element("a<b\"c & d"));
     EXPECT_EQ(reference.server, "a<b\"c & d");
     EXPECT_TRUE(reference.malformed);
+}
+
+TEST(TimeReferenceText, KeepsATabThatXmlWouldReplace)
+{
+    const TimeReference reference = timeReferenceOf(element("a\tb"));
+    EXPECT_EQ(reference.server, "a\tb");
+    EXPECT_FALSE(reference.malformed);
 }
 
 TEST(TimeReferenceText, HasNoOtherForm)
@@ -46,7 +53,7 @@ TEST(TimeReferenceText, HasNoOtherForm)
 
 TEST(TimeReferenceRequest, HasTheThreeAttributesInOrder)
 {
-    EXPECT_EQ(timeReferenceSetXml({"Ntp", "10.0.0.9", 1614834367}),
+    EXPECT_EQ(timeReferenceSetXml({TimeMode::ntp, "10.0.0.9", 1614834367}),
               R"(<TimeReferenceConfiguration Mode="Ntp" NtpServer="10.0.0.9" DateTime="2021-03-04T05:06:07"/>)");
 }
 
@@ -69,6 +76,15 @@ TEST(Time, IsNoneIfADigitIsWrong)
                              "2021-03-04T05:06:07x", "2021-03-04T05:06:07+1", "2021-03-04", "+021-03-04T05:06:07"}) {
         EXPECT_FALSE(parseTime(text)) << text;
     }
+}
+
+TEST(Time, IsRefusedForWhatIsWrongWithIt)
+{
+    EXPECT_EQ(flawOfTime("2021-02-30T00:00:00Z"), "has a date that does not exist");
+    EXPECT_EQ(flawOfTime("2021-03-04T00:00:00 CET"), "has a zone that cannot be read: it is Z, or such as +01:00");
+    EXPECT_EQ(flawOfTime("2021-03-04T00:00:00+1"), "has a zone that cannot be read: it is Z, or such as +01:00");
+    EXPECT_EQ(flawOfTime("noon"), "is no time such as 2026-03-04T05:06:07Z");
+    EXPECT_EQ(flawOfTime("2021-03-04T00:00:00+01:00"), "");
 }
 
 TEST(Time, IsFormattedAsItIsParsed)

@@ -3,6 +3,7 @@
 #include "client/messages/Versions.h"
 
 #include "client/model/Failure.h"
+#include "unit/client/FailureOf.h"
 
 #include <gtest/gtest.h>
 
@@ -13,17 +14,13 @@ using Components = std::vector<Component>;
 
 Versions versionsOf(const std::string& text)
 {
-    return parseVersions(text, "testing");
+    return parseVersions(text);
 }
 
 bool isRefusedReport(const std::string& text)
 {
-    try {
-        (void)versionsOf(text);
-    } catch (const Failure& failure) {
-        return failure.code == ExitCode::protocol && failure.phase == "testing";
-    }
-    return false;
+    const Failure failure = failureOf([&] { (void)versionsOf(text); });
+    return failure.code == ExitCode::protocol && failure.phase.empty();
 }
 
 std::string report(const std::string& version)
