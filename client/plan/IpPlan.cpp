@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 
 namespace
 {
@@ -62,13 +63,16 @@ std::optional<Ipv4> numberOf(const std::optional<std::string>& text)
 }
 
 // A change can be undone if what the card has now can be said in a request.
-std::string reasonForNoWayBack(const std::optional<InterfaceConfig>& now)
+std::string reasonForNoRollback(const std::optional<InterfaceConfig>& now)
 {
     if (!now) {
         return "the card refused to tell its present configuration";
     }
     if (now->mode != IpMode::fixed) {
         return "";
+    }
+    if (addressesOf(*now).size() > 1) {
+        return "the card's interface has several addresses, which no request can express";
     }
     if (!now->netmask) {
         return "the card's interface is static without a netmask, which no request can express";
@@ -87,7 +91,13 @@ void addLosses(std::vector<std::string>& effects, const InterfaceConfig& now, co
             effects.push_back(fmt::format("the {} {} of {} will be deleted", what, *had, wanted.name));
         }
     };
-    loses("address", now.address, wanted.address);
+    const std::vector<std::string> addresses = addressesOf(now);
+    if (addresses.size() > 1) {
+        effects.push_back(fmt::format("all {} addresses of {} ({}) will be deleted", addresses.size(), wanted.name,
+                                      fmt::join(addresses, ", ")));
+    } else {
+        loses("address", now.address, wanted.address);
+    }
     loses("netmask", now.netmask, wanted.netmask);
     loses("gateway", now.gateway, wanted.gateway);
 }
@@ -105,7 +115,7 @@ void addOverlap(std::vector<std::string>& effects, const InterfaceConfig& other,
 void refuseBothDisabled(const InterfaceConfig& other, const InterfaceConfig& wanted)
 {
     if (wanted.mode == IpMode::disabled && other.mode == IpMode::disabled) {
-        throw usageFailure(
+        throw usageFailure( // here, because the card's refusal would be only a status 2
             fmt::format("{} is disabled already: a card refuses to disable both interfaces", other.name));
     }
 }
@@ -154,12 +164,13 @@ IpPlan planIp(const std::optional<IpConfiguration>& now, InterfaceConfig wanted)
             }
         }
     }
-    plan.noWayBack = reasonForNoWayBack(plan.now);
-    if (plan.noWayBack.empty()) {
-        plan.wayBack = plan.now;
+    plan.noRollback = reasonForNoRollback(plan.now);
+    if (plan.noRollback.empty()) {
+        plan.rollback = plan.now;
     }
     if (!plan.nothingToDo()) {
         plan.effects.emplace_back("the card's network restarts");
+        // Whoever staged them: the card commits all that is staged, and nobody here can see what that is.
         plan.effects.emplace_back("staged settings, such as an NTP server, are committed along");
     }
     return plan;

@@ -20,9 +20,9 @@ void requireInterfaceName(std::string_view name);
 struct IpPlan {
     std::optional<InterfaceConfig> now; // unknown if the card refused to tell
     InterfaceConfig wanted;
-    std::vector<std::string> effects;       // beyond the wanted values, in sentences
-    std::optional<InterfaceConfig> wayBack; // to be sent to undo the change
-    std::string noWayBack;                  // why there is none
+    std::vector<std::string> effects;        // beyond the wanted values, in sentences
+    std::optional<InterfaceConfig> rollback; // to be sent to undo the change
+    std::string noRollback;                  // why there is none
 
     [[nodiscard]] bool nothingToDo() const { return now == wanted; }
 };

@@ -59,10 +59,13 @@ std::vector<Component> parseExpectedVersions(std::string_view text, const std::s
         std::getline(words >> std::ws, component.version);
         component.version.erase(component.version.find_last_not_of(" \t\r") + 1);
         if (component.version.empty()) {
-            throw Failure{ExitCode::badFile, "bad-file", "reading the expected versions",
+            throw Failure{ExitCode::badFile, Category::badFile, "reading the expected versions",
                           fmt::format("{}, line {}: expected a component and its version", fileName, number)};
         }
         expected.push_back(std::move(component));
+    }
+    if (expected.empty()) {
+        throw usageFailure(fmt::format("{} names no component: every card would be as expected", fileName));
     }
     return expected;
 }

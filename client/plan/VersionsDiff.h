@@ -16,7 +16,7 @@
 [[nodiscard]] std::vector<std::string> differingComponents(const std::vector<std::vector<Component>>& cards);
 
 // A file of expected versions: a component and its version on each line, # starts a comment. Throws a badFile
-// Failure that names the line.
+// Failure that names the line, and a usage Failure if there is none.
 [[nodiscard]] std::vector<Component> parseExpectedVersions(std::string_view text, const std::string& fileName);
 
 // The expected components that the card has not, or in another version.

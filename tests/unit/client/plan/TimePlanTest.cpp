@@ -3,6 +3,7 @@
 #include "client/plan/TimePlan.h"
 
 #include "client/model/Failure.h"
+#include "unit/client/FailureOf.h"
 
 #include <gtest/gtest.h>
 
@@ -11,97 +12,106 @@ namespace
 
 TimeReference cardWith(const std::string& server)
 {
-    return {"Manual", server, 0, false};
+    return {TimeMode::manual, server, 0, false};
 }
 
-std::string categoryOf(const TimeReference& now, bool unsafe = false)
+Category categoryOf(const TimeReference& now, bool unsafe = false)
 {
-    try {
-        (void)planTime(now, {true, "", 1000}, unsafe);
-    } catch (const Failure& failure) {
-        return failure.category;
-    }
-    return "planned";
+    return failureOf([&] { (void)planTime(now, {TimeMode::manual, "", 1000}, unsafe); }).category;
 }
 
-bool isRefused(const TimeWish& wish, bool unsafe = false)
+bool isRefused(const TimeOptions& options, bool unsafe = false)
 {
-    try {
-        checkTimeWish(wish, unsafe);
-    } catch (const Failure& failure) {
-        return failure.code == ExitCode::usage;
-    }
-    return false;
+    return failureOf([&] { checkTimeOptions(options, unsafe); }).code == ExitCode::usage;
 }
 
 TEST(TimePlan, SendsTheWantedServerInNtpMode)
 {
-    const TimeRequest expected{"Ntp", "10.0.0.9", 1000};
-    EXPECT_EQ(planTime(cardWith("10.0.0.1"), {false, "10.0.0.9", 1000}, false), expected);
+    const TimeRequest expected{TimeMode::ntp, "10.0.0.9", 1000};
+    EXPECT_EQ(planTime(cardWith("10.0.0.1"), {TimeMode::ntp, "10.0.0.9", 1000}, false), expected);
 }
 
 TEST(TimePlan, SendsTheCardsServerBackWithAManualTime)
 {
-    const TimeRequest expected{"Manual", "10.0.0.1", 1000};
-    EXPECT_EQ(planTime(cardWith("10.0.0.1"), {true, "", 1000}, false), expected);
+    const TimeRequest expected{TimeMode::manual, "10.0.0.1", 1000};
+    EXPECT_EQ(planTime(cardWith("10.0.0.1"), {TimeMode::manual, "", 1000}, false), expected);
 }
 
 TEST(TimePlan, SendsAnEmptyServerBackIfNoneIsConfigured)
 {
-    EXPECT_EQ(planTime(cardWith("NOT CONFIGURED"), {true, "", 1000}, false).server, "");
+    EXPECT_EQ(planTime(cardWith("NOT CONFIGURED"), {TimeMode::manual, "", 1000}, false).server, "");
 }
 
 TEST(TimePlan, RefusesAnEmptyServerThatWouldDeleteTheSetting)
 {
-    EXPECT_EQ(categoryOf(cardWith("")), "cannot-keep-server");
+    EXPECT_EQ(categoryOf(cardWith("")), Category::cannotKeepServer);
 }
 
-TEST(TimePlan, RefusesAServerWithBlanksThatCannotBeSentBack)
+TEST(TimePlan, SendsAListOfServersBackAsItCame)
 {
-    EXPECT_EQ(categoryOf(cardWith("10.0.0.1 10.0.0.2")), "cannot-keep-server");
+    const std::string list = "0.pool.ntp.org 1.pool.ntp.org  a-b_c:d ";
+    EXPECT_EQ(planTime(cardWith(list), {TimeMode::manual, "", 1000}, false).server, list);
+}
+
+TEST(TimePlan, RefusesOtherBlanksThanThoseOfAList)
+{
+    EXPECT_EQ(categoryOf(cardWith("10.0.0.1\t10.0.0.2")), Category::usage);
+}
+
+TEST(TimePlan, NamesTheServersOfAListThatGo)
+{
+    const TimeRequest request{TimeMode::ntp, "b", 0};
+    EXPECT_EQ(serversThatGo(cardWith("a b  c"), request), (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(serversThatGo(cardWith("NOT CONFIGURED"), request), std::vector<std::string>());
 }
 
 TEST(TimePlan, RefusesAServerOf99CharactersThatMayHaveBeenCut)
 {
-    EXPECT_EQ(categoryOf(cardWith(std::string(99, 'a'))), "cannot-keep-server");
-    EXPECT_EQ(categoryOf(cardWith(std::string(98, 'a'))), "planned");
+    EXPECT_EQ(categoryOf(cardWith(std::string(99, 'a'))), Category::cannotKeepServer);
+    EXPECT_EQ(categoryOf(cardWith(std::string(98, 'a'))), Category::none);
 }
 
 TEST(TimePlan, RefusesToSendBackWhatAShellWouldInterpret)
 {
-    EXPECT_EQ(categoryOf(cardWith("a;reboot")), "usage");
-    EXPECT_EQ(categoryOf(cardWith("a;reboot"), true), "planned");
+    EXPECT_EQ(categoryOf(cardWith("a;reboot")), Category::usage);
+    EXPECT_EQ(categoryOf(cardWith("a;reboot"), true), Category::none);
 }
 
-TEST(TimeWish, RefusesAnEmptyServer)
+TEST(TimeOptions, RefusesAnEmptyServer)
 {
-    EXPECT_TRUE(isRefused({false, "", 1000}));
+    EXPECT_TRUE(isRefused({TimeMode::ntp, "", 1000}));
 }
 
-TEST(TimeWish, RefusesTheWordsForNoServer)
+TEST(TimeOptions, RefusesTheWordsForNoServer)
 {
-    EXPECT_TRUE(isRefused({false, "NOT CONFIGURED", 1000}));
+    EXPECT_TRUE(isRefused({TimeMode::ntp, "NOT CONFIGURED", 1000}));
 }
 
-TEST(TimeWish, RefusesAServerThatAShellWouldInterpret)
+TEST(TimeOptions, RefusesAServerThatAShellWouldInterpret)
 {
     for (const char* server : {"a;b", "$(reboot)", "`id`", "a b", "a'b", "a&b", "a|b", "a>b", "a*", "#a"}) {
-        EXPECT_TRUE(isRefused({false, server, 1000})) << server;
+        EXPECT_TRUE(isRefused({TimeMode::ntp, server, 1000})) << server;
     }
-    EXPECT_FALSE(isRefused({false, "a;b", 1000}, true));
+    EXPECT_FALSE(isRefused({TimeMode::ntp, "a;b", 1000}, true));
 }
 
-TEST(TimeWish, RefusesATooLongServer)
+TEST(TimeOptions, RefusesAServerThatLooksLikeAnOption)
 {
-    EXPECT_TRUE(isRefused({false, std::string(99, 'a'), 1000}));
-    EXPECT_FALSE(isRefused({false, std::string(98, 'a'), 1000}));
+    EXPECT_TRUE(isRefused({TimeMode::ntp, "--server", 1000}));
+    EXPECT_TRUE(isRefused({TimeMode::ntp, "-4", 1000}, true));
 }
 
-TEST(TimeWish, RefusesTimesBeyondThe32BitClock)
+TEST(TimeOptions, RefusesATooLongServer)
 {
-    EXPECT_FALSE(isRefused({true, "", 2147483647}));
-    EXPECT_TRUE(isRefused({true, "", 2147483648}));
-    EXPECT_TRUE(isRefused({true, "", -1}));
+    EXPECT_TRUE(isRefused({TimeMode::ntp, std::string(99, 'a'), 1000}));
+    EXPECT_FALSE(isRefused({TimeMode::ntp, std::string(98, 'a'), 1000}));
+}
+
+TEST(TimeOptions, RefusesTimesBeyondThe32BitClock)
+{
+    EXPECT_FALSE(isRefused({TimeMode::manual, "", 2147483647}));
+    EXPECT_TRUE(isRefused({TimeMode::manual, "", 2147483648}));
+    EXPECT_TRUE(isRefused({TimeMode::manual, "", -1}));
 }
 
 } // namespace

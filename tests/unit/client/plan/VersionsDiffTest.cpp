@@ -3,6 +3,7 @@
 #include "client/plan/VersionsDiff.h"
 
 #include "client/model/Failure.h"
+#include "unit/client/FailureOf.h"
 
 #include <gtest/gtest.h>
 
@@ -38,12 +39,15 @@ TEST(ExpectedVersions, AreOneALineWithComments)
 
 TEST(ExpectedVersions, NeedAVersionOnEachLine)
 {
-    try {
-        (void)parseExpectedVersions("base 1.0\nkernel\n", "f");
-        FAIL();
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.code, ExitCode::badFile);
-        EXPECT_NE(failure.hint.find("f, line 2"), std::string::npos);
+    const Failure failure = failureOf([] { (void)parseExpectedVersions("base 1.0\nkernel\n", "f"); });
+    EXPECT_EQ(failure.code, ExitCode::badFile);
+    EXPECT_NE(failure.hint.find("f, line 2"), std::string::npos);
+}
+
+TEST(ExpectedVersions, AreNotNone)
+{
+    for (const char* text : {"", "\n", "# nothing\n"}) {
+        EXPECT_EQ(failureOf([&] { (void)parseExpectedVersions(text, "f"); }).code, ExitCode::usage);
     }
 }
 
