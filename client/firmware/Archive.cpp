@@ -3,9 +3,11 @@
 #include "client/firmware/Archive.h"
 
 #include "client/engine/Descriptor.h"
+#include "client/firmware/Complaints.h"
 #include "client/firmware/Sha256.h"
 #include "client/model/Failure.h"
 
+#include <algorithm>
 #include <archive.h>
 #include <archive_entry.h>
 #include <cerrno>
@@ -24,7 +26,7 @@ constexpr std::uint64_t largestArchive = 0xFFFFFFFF - 4;
 
 Failure badArchive(std::string hint)
 {
-    return {ExitCode::badFile, "bad-archive", "checking the archive", std::move(hint)};
+    return {ExitCode::badFile, Category::badArchive, "checking the archive", std::move(hint)};
 }
 
 Failure unreadable(const std::string& path)
@@ -32,7 +34,7 @@ Failure unreadable(const std::string& path)
     return badArchive(fmt::format("cannot read {}: {}", path, std::strerror(errno)));
 }
 
-void describeFile(Archive& archive)
+void describeFile(Archive& archive, const Checkpoint& checkpoint)
 {
     const Descriptor file(::open(archive.path.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat status = {};
@@ -45,6 +47,7 @@ void describeFile(Archive& archive)
     Sha256 digest;
     std::vector<std::byte> piece(65536);
     for (;;) {
+        checkpoint();
         const ssize_t size = ::read(file.get(), piece.data(), piece.size());
         if (size == -1) {
             throw unreadable(archive.path);
@@ -74,6 +77,7 @@ Walker openWalker(const std::string& path)
     archive_read_support_filter_gzip(walker.get());
     archive_read_support_format_tar(walker.get());
     archive_read_support_format_empty(walker.get());
+    archive_read_set_options(walker.get(), "tar:read_concatenated_archives"); // so that it reads to the file's end
     if (archive_read_open_filename(walker.get(), path.c_str(), blockSize) != ARCHIVE_OK) {
         throw broken(walker, path);
     }
@@ -110,30 +114,72 @@ ArchiveMember memberOf(archive_entry* entry)
     member.size = archive_entry_size(entry);
     member.target = member.kind == MemberKind::hardlink ? textOrEmpty(archive_entry_hardlink(entry))
                                                         : textOrEmpty(archive_entry_symlink(entry));
+    member.setsId = (archive_entry_perm(entry) & (S_ISUID | S_ISGID)) != 0;
     return member;
 }
 
-void walkMembers(Archive& archive)
+// Unpacks a member into nothing: to skip it would take as long, and could not be interrupted.
+void walkData(const Walker& walker, const std::string& path, const Checkpoint& checkpoint)
 {
-    const Walker walker = openWalker(archive.path);
+    const void* block = nullptr;
+    std::size_t size = 0;
+    la_int64_t offset = 0;
+    int result = ARCHIVE_OK;
+    while (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
+        checkpoint();
+        result = archive_read_data_block(walker.get(), &block, &size, &offset);
+    }
+    if (result != ARCHIVE_EOF) {
+        throw broken(walker, path);
+    }
+}
+
+// What is learned of an archive member by member.
+struct Walk {
+    Archive& archive;
+    std::uint64_t maximum;
     MemberRules rules;
+    ForeignOwners owners;
+    Problems problems;
+};
+
+// Looks at what a member announces, before it is unpacked here. False: nothing more is to be unpacked.
+bool admitMember(Walk& walk, archive_entry* entry)
+{
+    const ArchiveMember member = memberOf(entry);
+    walk.archive.members.add(member);
+    if (const std::optional<std::string> problem = walk.rules.problemWith(member)) {
+        walk.problems.note(member.path, *problem);
+    }
+    walk.owners.note(archive_entry_uid(entry), archive_entry_gid(entry), member.path);
+    walk.archive.unpacked += static_cast<std::uint64_t>(std::max<std::int64_t>(member.size, 0));
+    return walk.archive.unpacked <= walk.maximum;
+}
+
+void walkMembers(Walk& walk, const Checkpoint& checkpoint)
+{
+    const std::string& path = walk.archive.path;
+    const Walker walker = openWalker(path);
     archive_entry* entry = nullptr;
     int result = archive_read_next_header(walker.get(), &entry);
     if (archive_filter_code(walker.get(), 0) != ARCHIVE_FILTER_GZIP) {
-        throw badArchive(fmt::format("{} is not compressed with gzip", archive.path));
+        throw badArchive(fmt::format("{} is not compressed with gzip", path));
     }
     for (; result == ARCHIVE_OK || result == ARCHIVE_WARN; result = archive_read_next_header(walker.get(), &entry)) {
-        archive.members.push_back(memberOf(entry));
-        const ArchiveMember& member = archive.members.back();
-        if (const std::optional<std::string> problem = rules.problemWith(member)) {
-            archive.problems.push_back(fmt::format("{} {}", member.path, *problem));
+        if (!admitMember(walk, entry)) {
+            walk.problems.tell(walk.archive.problems);
+            walk.archive.problems.push_back(fmt::format("the archive unpacks to more than {} bytes", walk.maximum));
+            return;
         }
-        if (archive_read_data_skip(walker.get()) < ARCHIVE_WARN) {
-            throw broken(walker, archive.path);
-        }
+        walkData(walker, path, checkpoint);
     }
     if (result != ARCHIVE_EOF) {
-        throw broken(walker, archive.path);
+        throw broken(walker, path);
+    }
+    walk.problems.tell(walk.archive.problems);
+    walk.owners.tell(walk.archive.warnings);
+    if (static_cast<std::uint64_t>(archive_filter_bytes(walker.get(), -1)) != walk.archive.size) {
+        walk.archive.problems.emplace_back("the file goes on behind the end of the archive");
     }
 }
 
@@ -156,24 +202,25 @@ std::string_view kindName(MemberKind kind)
     return "special";
 }
 
-Archive inspectArchive(const std::string& path)
+Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, std::uint64_t maximum)
 {
     Archive archive;
     archive.path = path;
-    describeFile(archive);
+    describeFile(archive, checkpoint);
     if (archive.size > largestArchive) {
         throw badArchive(fmt::format("{} is larger than a message can carry: {} bytes", path, archive.size));
     }
-    walkMembers(archive);
+    Walk walk{archive, maximum, {}, {}, {}};
+    walkMembers(walk, checkpoint);
     if (archive.members.empty()) {
         archive.problems.emplace_back("the archive is empty");
     }
     return archive;
 }
 
-Archive requireGoodArchive(const std::string& path)
+Archive requireGoodArchive(const std::string& path, const Checkpoint& checkpoint, std::uint64_t maximum)
 {
-    Archive archive = inspectArchive(path);
+    Archive archive = inspectArchive(path, checkpoint, maximum);
     if (!archive.problems.empty()) {
         throw badArchive(fmt::format("{} must not go to a card: {}", path, fmt::join(archive.problems, "; ")));
     }

@@ -12,9 +12,12 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace
 {
+
+void goOn() {}
 
 class ArchiveTest : public testing::Test
 {
@@ -39,8 +42,8 @@ protected:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    // A tar archive with one file, "pnr/kernel", and one link.
-    void pack(const std::string& name, bool compressed, const std::string& target = "kernel") const
+    // A tar archive with one file, "pnr/kernel", and a link, or more of the same name.
+    void pack(const std::string& name, bool compressed, const std::string& target = "kernel", int links = 1) const
     {
         archive* packer = archive_write_new();
         archive_write_set_format_ustar(packer);
@@ -58,7 +61,9 @@ protected:
         archive_entry_set_pathname(entry, "pnr/link");
         archive_entry_set_filetype(entry, AE_IFLNK);
         archive_entry_set_symlink(entry, target.c_str());
-        archive_write_header(packer, entry);
+        for (int link = 0; link < links; ++link) {
+            archive_write_header(packer, entry);
+        }
         archive_entry_free(entry);
         archive_write_free(packer);
     }
@@ -66,7 +71,7 @@ protected:
     static std::string refusal(const std::string& path)
     {
         try {
-            const Archive archive = inspectArchive(path);
+            const Archive archive = inspectArchive(path, goOn);
             ADD_FAILURE() << path << " was taken, with " << archive.members.size() << " members";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.code, ExitCode::badFile);
@@ -78,39 +83,70 @@ protected:
     std::string directory;
 };
 
+TEST_F(ArchiveTest, IsLookedThroughUntilTheCheckpointThrows)
+{
+    pack("good.tar.gz", true);
+    int passed = 0;
+    const auto count = [&] { ++passed; };
+    static_cast<void>(inspectArchive(file("good.tar.gz"), count));
+    EXPECT_GE(passed, 4); // reading the file and its end, and the data of two members
+    for (int last = 1; last <= passed; ++last) {
+        int left = last;
+        const auto stop = [&] {
+            if (--left == 0) {
+                throw garbage("enough");
+            }
+        };
+        EXPECT_THROW(static_cast<void>(inspectArchive(file("good.tar.gz"), stop)), Failure) << last;
+    }
+}
+
 } // namespace
 
 TEST_F(ArchiveTest, ListsItsMembersWithKindSizeAndTarget)
 {
     pack("good.tar.gz", true);
-    const Archive archive = inspectArchive(file("good.tar.gz"));
-    ASSERT_EQ(archive.members.size(), 2U);
-    EXPECT_EQ(archive.members[0].path, "pnr/kernel");
-    EXPECT_EQ(archive.members[0].kind, MemberKind::file);
-    EXPECT_EQ(archive.members[0].size, 5);
-    EXPECT_EQ(archive.members[1].kind, MemberKind::symlink);
-    EXPECT_EQ(archive.members[1].target, "kernel");
+    const Archive archive = inspectArchive(file("good.tar.gz"), goOn);
+    std::vector<ArchiveMember> members;
+    archive.members.forEach([&](const ArchiveMember& member) { members.push_back(member); });
+    ASSERT_EQ(members.size(), 2U);
+    EXPECT_EQ(members[0].path, "pnr/kernel");
+    EXPECT_EQ(members[0].kind, MemberKind::file);
+    EXPECT_EQ(members[0].size, 5);
+    EXPECT_EQ(members[1].kind, MemberKind::symlink);
+    EXPECT_EQ(members[1].target, "kernel");
     EXPECT_TRUE(archive.problems.empty());
 }
 
 TEST_F(ArchiveTest, TellsTheSizeOfTheFile)
 {
     pack("good.tar.gz", true);
-    EXPECT_EQ(inspectArchive(file("good.tar.gz")).size, std::filesystem::file_size(file("good.tar.gz")));
+    EXPECT_EQ(inspectArchive(file("good.tar.gz"), goOn).size, std::filesystem::file_size(file("good.tar.gz")));
 }
 
 TEST_F(ArchiveTest, TellsEachProblemByTheMembersPath)
 {
     pack("bad.tar.gz", true, "/etc/passwd");
-    const Archive archive = inspectArchive(file("bad.tar.gz"));
+    const Archive archive = inspectArchive(file("bad.tar.gz"), goOn);
     ASSERT_EQ(archive.problems.size(), 1U);
     EXPECT_EQ(archive.problems[0], "pnr/link is a link that leaves the directory: /etc/passwd");
+}
+
+TEST_F(ArchiveTest, CountsTheProblemsThatAreTooManyToTell)
+{
+    const std::string problem = "pnr/link is a link that leaves the directory: /etc/passwd";
+    pack("bad.tar.gz", true, "/etc/passwd", 100);
+    EXPECT_EQ(inspectArchive(file("bad.tar.gz"), goOn).problems, std::vector<std::string>(100, problem));
+    pack("bad.tar.gz", true, "/etc/passwd", 103);
+    std::vector<std::string> told(100, problem);
+    told.emplace_back("and 3 more members that a card must not get");
+    EXPECT_EQ(inspectArchive(file("bad.tar.gz"), goOn).problems, told);
 }
 
 TEST_F(ArchiveTest, AnArchiveWithAProblemMustNotGoToACard)
 {
     pack("bad.tar.gz", true, "/etc/passwd");
-    EXPECT_THROW(static_cast<void>(requireGoodArchive(file("bad.tar.gz"))), Failure);
+    EXPECT_THROW(static_cast<void>(requireGoodArchive(file("bad.tar.gz"), goOn)), Failure);
 }
 
 TEST_F(ArchiveTest, AMissingFileIsNamed)
@@ -149,4 +185,29 @@ TEST_F(ArchiveTest, ATruncatedArchiveIsRefusedWhereverItEnds)
         write("cut", whole.substr(0, size));
         EXPECT_NE(refusal(file("cut")), "") << size << " bytes of " << whole.size();
     }
+}
+
+TEST_F(ArchiveTest, TellsTheUnpackedSize)
+{
+    pack("good.tar.gz", true);
+    EXPECT_EQ(inspectArchive(file("good.tar.gz"), goOn).unpacked, 5);
+}
+
+TEST_F(ArchiveTest, RefusesWhatUnpacksToMore)
+{
+    pack("good.tar.gz", true);
+    EXPECT_TRUE(inspectArchive(file("good.tar.gz"), goOn, 5).problems.empty());
+    EXPECT_EQ(inspectArchive(file("good.tar.gz"), goOn, 4).problems.size(), 1);
+}
+
+TEST_F(ArchiveTest, RefusesBytesBehindItsEnd)
+{
+    pack("good.tar.gz", true);
+    for (const char* rest : {"x", "another program", "\x1f\x8b"}) {
+        std::filesystem::copy_file(file("good.tar.gz"), file("long"),
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::ofstream(file("long"), std::ios::app) << rest;
+        EXPECT_THROW(static_cast<void>(requireGoodArchive(file("long"), goOn)), Failure) << rest;
+    }
+    EXPECT_NO_THROW(static_cast<void>(requireGoodArchive(file("good.tar.gz"), goOn)));
 }
