@@ -3,16 +3,26 @@
 #include "client/output/Console.h"
 
 #include "client/output/Printable.h"
+#include "client/output/Streams.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/core.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
 
 constexpr std::string_view eraseLine = "\r\x1b[K";
+
+std::size_t terminalWidth()
+{
+    constexpr std::size_t usual = 80;
+    winsize size = {};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}
 
 bool wantsNoColour()
 {
@@ -32,9 +42,9 @@ void Console::line(std::string_view label, std::string_view colour, std::string_
     const std::string text = printableLines(said);
     std::fflush(stdout); // keeps the order when both go to one place
     if (coloured && !colour.empty()) {
-        fmt::print(stderr, "{}{}{}\x1b[0m{}\n", terminal ? eraseLine : "", colour, label, text);
+        writeMessage(fmt::format("{}{}{}\x1b[0m{}\n", terminal ? eraseLine : "", colour, label, text));
     } else {
-        fmt::print(stderr, "{}{}{}\n", terminal ? eraseLine : "", label, text);
+        writeMessage(fmt::format("{}{}{}\n", terminal ? eraseLine : "", label, text));
     }
 }
 
@@ -62,10 +72,37 @@ void Console::trace(std::string_view text) const
     }
 }
 
-void Console::progress(std::string_view text) const
+void Console::progress(const std::string& label, Progress progress)
 {
-    if (terminal && !quiet) {
-        fmt::print(stderr, "{}{}", eraseLine, text);
+    board.tell(label, std::move(progress), std::chrono::steady_clock::now());
+}
+
+void Console::finishJob(const std::string& label)
+{
+    board.finish(label);
+    eraseProgress();
+}
+
+void Console::forgetJob(const std::string& label)
+{
+    board.forget(label);
+    eraseProgress();
+}
+
+// One column stays free: some terminals begin a new line as soon as the last is filled.
+void Console::drawProgress() const
+{
+    const std::string text = printable(board.text(std::chrono::steady_clock::now()));
+    if (showsProgress() && !text.empty()) {
+        writeMessage(fmt::format("{}{}", eraseLine, cutTo(text, terminalWidth() - 1)));
+        std::fflush(stderr);
+    }
+}
+
+void Console::eraseProgress() const
+{
+    if (showsProgress()) {
+        writeMessage(eraseLine);
         std::fflush(stderr);
     }
 }
@@ -77,7 +114,8 @@ bool Console::canAsk() const
 
 bool Console::confirm(std::string_view question) const
 {
-    fmt::print(stderr, "{} [y/N] ", question);
+    eraseProgress();
+    writeMessage(fmt::format("{} [y/N] ", printableLines(question)));
     std::string answer;
     for (int letter = std::getchar(); letter != EOF && letter != '\n'; letter = std::getchar()) {
         answer += static_cast<char>(letter);

@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
-#include <optional>
+#include "client/output/ProgressBoard.h"
+
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -17,8 +19,14 @@ public:
     void error(std::string_view text) const;   // "error: ..."
     void trace(std::string_view text) const;   // only with --verbose
 
-    // A line that replaces itself on a terminal and is not printed elsewhere; an empty text removes it.
-    void progress(std::string_view text) const;
+    // The state of jobs is one line that replaces itself, on a terminal only: somebody has to draw it now and then.
+    void expectJobs(std::size_t number) { board.expect(number); }
+    void progress(const std::string& label, Progress progress);
+    void finishJob(const std::string& label);
+    void forgetJob(const std::string& label); // one that is not counted
+    [[nodiscard]] bool showsProgress() const { return terminal && !quiet; }
+    void drawProgress() const;
+    void eraseProgress() const; // before data goes to the same terminal
 
     [[nodiscard]] bool isVerbose() const { return verbose; }
     [[nodiscard]] bool canAsk() const; // stdin and stderr are a terminal
@@ -32,4 +40,5 @@ private:
     bool verbose;
     bool terminal;
     bool coloured;
+    ProgressBoard board;
 };
