@@ -26,7 +26,8 @@ bool sameFields(const Row& one, const Row& other)
 bool sameAnswer(const Result& one, const Result& other)
 {
     return one.code == other.code && one.category == other.category && one.phase == other.phase &&
-           one.hint == other.hint && sameFields(one.fields, other.fields) && one.list == other.list;
+           one.hint == other.hint && one.changed == other.changed && sameFields(one.fields, other.fields) &&
+           one.list == other.list && !one.longList && !other.longList;
 }
 
 void removeMeasured(Row& fields)

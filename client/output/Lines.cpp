@@ -16,42 +16,39 @@ struct CellText {
     std::string operator()(const std::string& value) const { return value; }
 };
 
-} // namespace
-
-std::vector<Row> linesOf(const Result& result)
+Row outcomeOf(const Result& result)
 {
-    if (!result.ok() && result.fields.empty() && result.list.empty()) {
-        return {};
+    const std::array<Cell, outcomeColumns.size()> cells = {result.target,
+                                                           result.ok(),
+                                                           std::int64_t{static_cast<int>(result.code)},
+                                                           std::string(wordOf(result.category)),
+                                                           result.changed ? Cell(*result.changed) : Cell(),
+                                                           result.phase,
+                                                           result.hint};
+    Row outcome;
+    for (std::size_t index = 0; index < cells.size(); ++index) {
+        outcome.push_back({std::string(outcomeColumns.at(index)), cells.at(index)});
     }
-    Row common;
-    if (!result.target.empty()) {
-        common.push_back({"target", result.target});
-    }
-    common.insert(common.end(), result.fields.begin(), result.fields.end());
-    if (result.list.empty()) {
-        return result.fields.empty() && !result.listName.empty() ? std::vector<Row>() : std::vector<Row>{common};
-    }
-    std::vector<Row> lines;
-    lines.reserve(result.list.size());
-    for (const Row& row : result.list) {
-        Row line = common;
-        line.insert(line.end(), row.begin(), row.end());
-        lines.push_back(std::move(line));
-    }
-    return lines;
+    return outcome;
 }
 
-std::vector<std::string> columnsOf(const std::vector<Row>& lines)
+} // namespace
+
+void eachLine(const Result& result, const RowVisitor& visit)
 {
-    std::vector<std::string> columns;
-    for (const Row& line : lines) {
-        for (const Field& field : line) {
-            if (std::find(columns.begin(), columns.end(), field.name) == columns.end()) {
-                columns.push_back(field.name);
-            }
-        }
+    Row line = outcomeOf(result);
+    line.insert(line.end(), result.fields.begin(), result.fields.end());
+    const auto common = static_cast<Row::difference_type>(line.size());
+    bool hasRows = false;
+    result.eachRow([&](const Row& row) {
+        line.erase(line.begin() + common, line.end());
+        line.insert(line.end(), row.begin(), row.end());
+        visit(line);
+        hasRows = true;
+    });
+    if (!hasRows) {
+        visit(line);
     }
-    return columns;
 }
 
 std::string textOf(const Cell& cell)
@@ -59,8 +56,8 @@ std::string textOf(const Cell& cell)
     return std::visit(CellText{}, cell);
 }
 
-std::string textOf(const Row& line, const std::string& column)
+Cell cellOf(const Row& line, std::string_view column)
 {
     const auto found = std::find_if(line.begin(), line.end(), [&](const Field& field) { return field.name == column; });
-    return found == line.end() ? std::string() : textOf(found->value);
+    return found == line.end() ? Cell() : found->value;
 }

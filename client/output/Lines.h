@@ -4,16 +4,17 @@
 
 #include "client/model/Result.h"
 
+#include <array>
 #include <string>
-#include <vector>
+#include <string_view>
 
-// Results as lines of a table. Each result gives a line per row of its list (or one, if it has none), which starts
-// with the target and the result's own fields. A result whose list is empty and that has
-// no fields gives none, nor does a failed one without data.
-[[nodiscard]] std::vector<Row> linesOf(const Result& result);
+// What every line starts with.
+inline constexpr std::array<std::string_view, 7> outcomeColumns = {"target",  "ok",    "code", "category",
+                                                                   "changed", "phase", "hint"};
 
-// The names of all columns in the order in which they first appear.
-[[nodiscard]] std::vector<std::string> columnsOf(const std::vector<Row>& lines);
+// A result as lines of a table, one after another, because they may be many: a line per row of its list, or one if it
+// has none. In each are the outcome, the result's own fields, the row.
+void eachLine(const Result& result, const RowVisitor& visit);
 
 [[nodiscard]] std::string textOf(const Cell& cell);
-[[nodiscard]] std::string textOf(const Row& line, const std::string& column); // empty if the line lacks it
+[[nodiscard]] Cell cellOf(const Row& line, std::string_view column); // empty if the line lacks it

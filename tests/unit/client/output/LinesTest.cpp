@@ -18,27 +18,51 @@ Result card(const std::string& target, const std::string& version)
     return result;
 }
 
+std::vector<Row> linesOf(const Result& result)
+{
+    std::vector<Row> lines;
+    eachLine(result, [&](const Row& line) { lines.push_back(line); });
+    return lines;
+}
+
 TEST(Lines, RepeatTheTargetForEachRowOfTheList)
 {
     Result result = card("card1", "6.1");
     result.list.push_back({{"component", "base"}, {"version", "1"}});
     const std::vector<Row> lines = linesOf(result);
     ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(lines[1], (Row{{"target", "card1"}, {"component", "base"}, {"version", "1"}}));
+    EXPECT_EQ(cellOf(lines[1], "target"), Cell("card1"));
+    EXPECT_EQ(cellOf(lines[1], "component"), Cell("base"));
+    EXPECT_EQ(cellOf(lines[1], "version"), Cell("1"));
 }
 
-TEST(Lines, OfAFailureWithoutDataAreNone)
+TEST(Lines, OfALongListAreThoseOfAKeptOne)
+{
+    const Result kept = card("card1", "6.1");
+    Result made = kept;
+    made.list.clear();
+    made.longList = [&](const RowVisitor& visit) { visit(kept.list.front()); };
+    EXPECT_EQ(linesOf(made), linesOf(kept));
+}
+
+TEST(Lines, OfAFailureWithoutDataHaveItsOutcome)
 {
     Result result;
     result.target = "card1";
-    result.fail({ExitCode::noAnswer, "timeout", "waiting", "why"});
-    EXPECT_TRUE(linesOf(result).empty());
+    result.changed = std::nullopt;
+    result.fail({ExitCode::noAnswer, Category::timeout, "waiting", "why"});
+    EXPECT_EQ(linesOf(result), (std::vector<Row>{{{"target", "card1"},
+                                                  {"ok", false},
+                                                  {"code", std::int64_t{5}},
+                                                  {"category", "timeout"},
+                                                  {"changed", Cell()},
+                                                  {"phase", "waiting"},
+                                                  {"hint", "why"}}}));
 }
 
-TEST(Lines, KeepTheColumnsInTheOrderOfTheirFirstAppearance)
+TEST(Lines, LackOtherColumns)
 {
-    EXPECT_EQ(columnsOf({{{"a", "1"}, {"b", "1"}}, {{"a", "1"}, {"c", "1"}}}),
-              (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(cellOf({{"a", "1"}}, "b"), Cell());
 }
 
 TEST(CellText, IsWrittenForPeople)
@@ -57,6 +81,15 @@ TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
     EXPECT_EQ(folded[1].target, "card2");
 }
 
+TEST(Fold, KeepsLongListsApart)
+{
+    Result one = card("card1", "6.1");
+    one.longList = [](const RowVisitor& /*visit*/) {};
+    Result other = one;
+    other.target = "card2";
+    EXPECT_EQ(fold({one, other}).size(), 2);
+}
+
 TEST(Fold, TakesMeasuredValuesForNoDifference)
 {
     Result one = card("card1", "6.1");
@@ -66,6 +99,13 @@ TEST(Fold, TakesMeasuredValuesForNoDifference)
     const std::vector<Result> folded = fold({one, other});
     ASSERT_EQ(folded.size(), 1);
     EXPECT_EQ(folded[0].fields, (Row{{"seconds", Cell()}}));
+}
+
+TEST(Fold, KeepsApartWhatWasChangedAndWhatWasNot)
+{
+    Result one = card("card1", "6.1");
+    one.changed = true;
+    EXPECT_EQ(fold({one, card("card2", "6.1")}).size(), 2);
 }
 
 TEST(CommonCode, IsThatOfAllOrMixed)
