@@ -2,9 +2,13 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Lines.h"
 #include "client/output/Printable.h"
+#include "client/output/Streams.h"
 #include "client/output/Writer.h"
 
+#include <algorithm>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
+#include <iterator>
 
 namespace
 {
@@ -21,55 +25,56 @@ std::string quoted(const std::string& text)
     return result + '"';
 }
 
-void printLine(const std::vector<std::string>& cells)
+// A spreadsheet would run such a text as a formula; behind an apostrophe it shows it.
+bool isFormula(const std::string& text)
 {
-    const char* separator = "";
-    for (const std::string& cell : cells) {
-        fmt::print("{}{}", separator, quoted(cell));
-        separator = ",";
-    }
-    fmt::print("\n");
+    return !text.empty() && std::string_view("=@+-").find(text.front()) != std::string_view::npos;
 }
 
-// Lines differ in their columns only when the whole is known, so nothing is printed before the end.
+std::string csvText(const Cell& cell)
+{
+    const std::string text = printable(textOf(cell));
+    return quoted(std::holds_alternative<std::string>(cell) && isFormula(text) ? "'" + text : text);
+}
+
 class CsvWriter final : public Writer
 {
 public:
-    void begin(std::string_view /*command*/, std::vector<Column> /*columns*/) override {}
+    explicit CsvWriter(std::vector<std::string> newChosen) : chosen(std::move(newChosen)) {}
+
+    void begin(std::string_view /*command*/, std::vector<Column> own) override
+    {
+        columns = chosen.empty() ? allColumns({"target", "ok", "code", "category", "changed"}, own)
+                                 : chooseColumns(chosen, own);
+        std::vector<std::string> names;
+        std::transform(columns.begin(), columns.end(), std::back_inserter(names),
+                       [](const Column& column) { return column.name; });
+        writeData(fmt::format("{}\n", fmt::join(names, ",")));
+    }
 
     void add(const Result& result) override
     {
-        for (Row& line : linesOf(result)) {
-            lines.push_back(std::move(line));
-        }
-    }
-
-    void end(ExitCode /*code*/) override
-    {
-        const std::vector<std::string> columns = columnsOf(lines);
-        if (columns.empty()) {
-            return;
-        }
-        printLine(columns);
-        for (const Row& line : lines) {
+        eachLine(result, [&](const Row& line) {
             std::vector<std::string> cells;
-            cells.reserve(columns.size());
-            for (const std::string& column : columns) {
-                cells.push_back(printable(textOf(line, column)));
-            }
-            printLine(cells);
-        }
+            std::transform(columns.begin(), columns.end(), std::back_inserter(cells),
+                           [&](const Column& column) { return csvText(cellOf(line, column.name)); });
+            writeData(fmt::format("{}\n", fmt::join(cells, ",")));
+        });
     }
 
+    void end(ExitCode /*code*/) override {}
+
+    // On purpose: the lines are in the order of the targets.
     [[nodiscard]] bool streams() const override { return false; }
 
 private:
-    std::vector<Row> lines;
+    std::vector<std::string> chosen;
+    std::vector<Column> columns;
 };
 
 } // namespace
 
-std::unique_ptr<Writer> makeCsvWriter()
+std::unique_ptr<Writer> makeCsvWriter(std::vector<std::string> columns)
 {
-    return std::make_unique<CsvWriter>();
+    return std::make_unique<CsvWriter>(std::move(columns));
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/output/Streams.h"
 #include "client/output/Writer.h"
 
+#include <cstdio>
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
@@ -34,41 +36,94 @@ Json textOrNull(const std::string& text)
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
+// All but the list.
 Json toJson(const Result& result)
 {
     Json object = Json::object();
     object["target"] = textOrNull(result.target);
     object["ok"] = result.ok();
     object["code"] = static_cast<int>(result.code);
-    object["category"] = textOrNull(result.category);
+    object["category"] = textOrNull(std::string(wordOf(result.category)));
     object["phase"] = textOrNull(result.phase);
     object["hint"] = textOrNull(result.hint);
+    object["changed"] = result.changed ? Json(*result.changed) : Json(nullptr);
     if (result.malformed) {
         object["malformed"] = true;
     }
     addFields(object, result.fields);
-    if (!result.listName.empty()) {
-        Json& list = object[result.listName] = Json::array();
-        for (const Row& row : result.list) {
-            Json element = Json::object();
-            addFields(element, row);
-            list.push_back(std::move(element));
-        }
-    }
     return object;
 }
 
-// Bytes of a card that are no UTF-8 are replaced: the output must stay valid JSON whatever a card sends.
-std::string dump(const Json& json, int indent)
+// An object within others, printed as if all of it were dumped at once.
+struct Layout {
+    int indent; // of each level, or negative: all in one line
+    int level = 0;
+
+    [[nodiscard]] Layout within(int levels) const { return {indent, level + levels}; }
+    [[nodiscard]] std::string lineBreak() const
+    {
+        return indent < 0 ? "" : "\n" + std::string(static_cast<std::size_t>(indent * level), ' ');
+    }
+    [[nodiscard]] std::string text(const Json& json) const;
+};
+
+// Bytes of a card that are no UTF-8 are replaced: the output must stay valid JSON whatever a card sends. All beyond
+// ASCII is escaped, so that it does nothing to a terminal either, and no line breaks but between elements.
+std::string Layout::text(const Json& json) const
 {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+    std::string text = json.dump(indent, ' ', true, Json::error_handler_t::replace);
+    for (std::size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+        text.replace(at, 1, lineBreak());
+    }
+    return text;
+}
+
+// An object whose last member is a list, written element by element: it may be too long to be kept.
+class ObjectWithList
+{
+public:
+    ObjectWithList(const Json& head, const std::string& listName, Layout newLayout) : layout(newLayout)
+    {
+        std::string text = layout.text(head);
+        text.resize(text.size() - layout.lineBreak().size() - 1); // without its end
+        writeData(fmt::format("{},{}{}:{}[", text, layout.within(1).lineBreak(), layout.text(listName),
+                              layout.indent < 0 ? "" : " "));
+    }
+    // What is written next is an element, in the layout that is returned.
+    Layout startElement()
+    {
+        const Layout element = layout.within(2);
+        writeData((isEmpty ? "" : ",") + element.lineBreak());
+        isEmpty = false;
+        return element;
+    }
+    void end() const { writeData((isEmpty ? "" : layout.within(1).lineBreak()) + "]" + layout.lineBreak() + "}"); }
+
+private:
+    Layout layout;
+    bool isEmpty = true;
+};
+
+void writeResult(const Json& head, const Result& result, Layout layout)
+{
+    if (result.listName.empty()) {
+        writeData(layout.text(head));
+        return;
+    }
+    ObjectWithList object(head, result.listName, layout);
+    result.eachRow([&](const Row& row) {
+        Json element = Json::object();
+        addFields(element, row);
+        writeData(object.startElement().text(element));
+    });
+    object.end();
 }
 
 class JsonWriter final : public Writer
 {
 public:
-    void begin(std::string_view newCommand, std::vector<Column> /*columns*/) override { command = newCommand; }
-    void add(const Result& result) override { results.push_back(toJson(result)); }
+    void begin(std::string_view newCommand, std::vector<Column> /*own*/) override { command = newCommand; }
+    void add(const Result& result) override { results.push_back(result); }
 
     void end(ExitCode code) override
     {
@@ -77,21 +132,25 @@ public:
         document["command"] = textOrNull(command);
         document["ok"] = code == ExitCode::ok;
         document["code"] = static_cast<int>(code);
-        document["results"] = std::move(results);
-        fmt::print("{}\n", dump(document, 2));
+        ObjectWithList object(document, "results", {2});
+        for (const Result& result : results) {
+            writeResult(toJson(result), result, object.startElement());
+        }
+        object.end();
+        writeData("\n");
     }
 
     [[nodiscard]] bool streams() const override { return false; }
 
 private:
     std::string command;
-    Json results = Json::array();
+    std::vector<Result> results;
 };
 
 class JsonLinesWriter final : public Writer
 {
 public:
-    void begin(std::string_view newCommand, std::vector<Column> /*columns*/) override { command = newCommand; }
+    void begin(std::string_view newCommand, std::vector<Column> /*own*/) override { command = newCommand; }
 
     void add(const Result& result) override
     {
@@ -99,7 +158,8 @@ public:
         line["schema"] = outputSchema;
         line["command"] = textOrNull(command);
         line.update(toJson(result));
-        fmt::print("{}\n", dump(line, -1));
+        writeResult(line, result, {-1});
+        writeData("\n");
         std::fflush(stdout);
     }
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Lines.h"
 #include "client/output/Printable.h"
+#include "client/output/Streams.h"
 #include "client/output/Writer.h"
 
 #include <algorithm>
@@ -29,7 +30,12 @@ void printLine(const std::vector<std::string>& cells, const std::vector<Column>&
         line += fmt::format("{:<{}}  ", cells[index], columns[index].width);
     }
     line.erase(line.find_last_not_of(' ') + 1);
-    fmt::print("{}\n", line);
+    writeData(line + "\n");
+}
+
+std::string cellText(const Row& line, const Column& column)
+{
+    return printable(textOf(cellOf(line, column.name)));
 }
 
 std::vector<std::string> cellsOf(const Row& line, const std::vector<Column>& columns)
@@ -37,7 +43,7 @@ std::vector<std::string> cellsOf(const Row& line, const std::vector<Column>& col
     std::vector<std::string> cells;
     cells.reserve(columns.size());
     for (const Column& column : columns) {
-        cells.push_back(printable(textOf(line, column.name)));
+        cells.push_back(cellText(line, column));
     }
     return cells;
 }
@@ -71,95 +77,138 @@ void printRecord(const Row& line, const std::vector<Column>& columns)
     const std::vector<std::string> cells = cellsOf(line, columns);
     for (std::size_t index = 0; index < cells.size(); ++index) {
         if (!cells[index].empty()) {
-            fmt::print("{:<{}}  {}\n", heading(columns[index].name), width, cells[index]);
+            writeData(fmt::format("{:<{}}  {}\n", heading(columns[index].name), width, cells[index]));
         }
     }
 }
 
-std::vector<Column> fittingColumns(const std::vector<Row>& lines)
+void widen(std::vector<Column>& columns, const Row& line)
 {
-    std::vector<Column> columns;
-    for (const std::string& name : columnsOf(lines)) {
-        Column column{name, name.size()};
-        for (const Row& line : lines) {
-            column.width = std::max(column.width, printable(textOf(line, name)).size());
-        }
-        columns.push_back(column);
+    for (Column& column : columns) {
+        column.width = std::max(column.width, cellText(line, column).size());
+    }
+}
+
+std::vector<Column> withHeadings(std::vector<Column> columns)
+{
+    for (Column& column : columns) {
+        column.width = std::max(column.width, column.name.size());
     }
     return columns;
+}
+
+// Without data, a line may have nothing but its target.
+bool saysNothing(const Result& result, const Row& line, const std::vector<Column>& columns)
+{
+    return result.fields.empty() && !result.hasList() &&
+           std::all_of(columns.begin(), columns.end(),
+                       [&](const Column& column) { return column.name == "target" || cellText(line, column).empty(); });
 }
 
 class TableWriter final : public Writer
 {
 public:
-    void begin(std::string_view /*command*/, std::vector<Column> newColumns) override
+    explicit TableWriter(std::vector<std::string> newChosen) : chosen(std::move(newChosen)) {}
+
+    void begin(std::string_view /*command*/, std::vector<Column> own) override
     {
-        columns = std::move(newColumns);
+        isRowByRow = std::any_of(own.begin(), own.end(), [](const Column& column) { return column.width > 0; });
+        columns = chosen.empty() ? allColumns({"target"}, own) : chooseColumns(chosen, own);
+        if (isRowByRow) {
+            columns = withHeadings(std::move(columns));
+            printHeading(columns);
+        }
     }
 
     void add(const Result& result) override
     {
-        for (Row& line : linesOf(result)) {
-            if (streams()) {
-                printStreamed(line);
-            } else {
-                lines.push_back(std::move(line));
-            }
+        if (!isRowByRow) {
+            results.push_back(result);
+            return;
         }
+        eachPrinted(result, [&](const Row& line) {
+            printLine(cellsOf(line, columns), columns);
+            std::fflush(stdout);
+        });
     }
 
     void end(ExitCode /*code*/) override
     {
-        if (lines.empty()) {
+        if (isRowByRow) {
             return;
         }
-        const std::vector<Column> fitting = fittingColumns(lines);
-        if (widthOf(fitting) > widestLine) {
+        dropTargetOfNone();
+        std::vector<Column> fitting = withHeadings(columns);
+        bool isEmpty = true;
+        eachPrinted([&](const Row& line) {
+            widen(fitting, line);
+            isEmpty = false;
+        });
+        if (widthOf(fitting) > widestLine && !isEmpty) {
             printRecords(fitting);
         } else {
             printTable(fitting);
         }
     }
 
-    [[nodiscard]] bool streams() const override { return !columns.empty(); }
+    [[nodiscard]] bool streams() const override { return isRowByRow; }
 
 private:
+    void eachPrinted(const Result& result, const RowVisitor& visit) const
+    {
+        eachLine(result, [&](const Row& line) {
+            if (!saysNothing(result, line, columns)) {
+                visit(line);
+            }
+        });
+    }
+
+    void eachPrinted(const RowVisitor& visit) const
+    {
+        for (const Result& result : results) {
+            eachPrinted(result, visit);
+        }
+    }
+
     void printTable(const std::vector<Column>& fitting) const
     {
         printHeading(fitting);
-        for (const Row& line : lines) {
-            printLine(cellsOf(line, fitting), fitting);
-        }
+        eachPrinted([&](const Row& line) { printLine(cellsOf(line, fitting), fitting); });
     }
 
     void printRecords(const std::vector<Column>& fitting) const
     {
-        for (const Row& line : lines) {
-            if (&line != &lines.front()) {
-                fmt::print("\n");
-            }
+        bool isFirst = true;
+        eachPrinted([&](const Row& line) {
+            writeData(isFirst ? "" : "\n");
             printRecord(line, fitting);
-        }
+            isFirst = false;
+        });
     }
 
-    void printStreamed(const Row& line)
+    // What is about no card needs no column for it.
+    void dropTargetOfNone()
     {
-        if (!headingPrinted) {
-            printHeading(columns);
-            headingPrinted = true;
+        bool isEmpty = true;
+        bool hasTarget = false;
+        eachPrinted([&](const Row& line) {
+            isEmpty = false;
+            hasTarget = hasTarget || !cellText(line, {"target"}).empty();
+        });
+        if (chosen.empty() && !isEmpty && !hasTarget) {
+            std::erase_if(columns, [](const Column& column) { return column.name == "target"; });
         }
-        printLine(cellsOf(line, columns), columns);
-        std::fflush(stdout);
     }
 
-    std::vector<Column> columns; // of a table that is printed row by row
-    std::vector<Row> lines;
-    bool headingPrinted = false;
+    std::vector<std::string> chosen;
+    std::vector<Column> columns;
+    std::vector<Result> results; // rather than their lines, which may be many
+    bool isRowByRow = false;
 };
 
 } // namespace
 
-std::unique_ptr<Writer> makeTableWriter()
+std::unique_ptr<Writer> makeTableWriter(std::vector<std::string> columns)
 {
-    return std::make_unique<TableWriter>();
+    return std::make_unique<TableWriter>(std::move(columns));
 }
