@@ -3,9 +3,9 @@
 #include "client/decode/Dissection.h"
 
 #include "client/decode/Meanings.h"
-#include "client/wire/Trace.h"
+#include "client/wire/HexText.h"
 #include "client/xml/XmlElement.h"
-#include "protocol/WireOrder.h"
+#include "protocol/MessageHeader.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +14,6 @@
 namespace
 {
 
-constexpr std::size_t countSize = 4;
 constexpr std::size_t mostBytesShown = 64;
 
 struct SectionKind {
@@ -22,6 +21,7 @@ struct SectionKind {
     std::string_view name;
 };
 
+// As they travel, which is not the order of their bits.
 constexpr std::array<SectionKind, 4> sectionsInOrder = {{
     {section64Bit, "64-bit section"},
     {section32Bit, "32-bit section"},
@@ -59,7 +59,7 @@ public:
     }
 
 private:
-    void row(std::string field, Cell value, std::string meaning, std::size_t at = 0)
+    void row(std::string field, std::string value, std::string meaning, std::size_t at = 0)
     {
         dissection.result.list.push_back({{"offset", static_cast<std::int64_t>(offset + at)},
                                           {"field", std::move(field)},
@@ -71,7 +71,9 @@ private:
     void fail(std::string hint)
     {
         if (dissection.result.ok()) {
-            dissection.result.fail(garbage("decoding", std::move(hint)));
+            Failure failure = garbage(std::move(hint));
+            failure.phase = "decoding";
+            dissection.result.fail(std::move(failure));
         }
     }
 
@@ -86,15 +88,15 @@ private:
     {
         const bool known = header.startPattern == headerStartPattern;
         row("start pattern", fmt::format("0x{:08x}", header.startPattern), known ? "" : "should be 0xff9ac381", 0);
-        row("version", std::int64_t{header.version}, expectedValue(header.version, protocolVersion), 4);
+        row("version", std::to_string(header.version), expectedValue(header.version, protocolVersion), 4);
         row("message format", fmt::format("0x{:02x}", header.messageFormat), meaningOfFormat(header.messageFormat), 5);
-        row("device", std::int64_t{header.device}, expectedValue(header.device, cardDevice), 6);
-        row("service", std::int64_t{header.service}, expectedValue(header.service, cardService), 7);
-        row("command", std::int64_t{header.commandId & ~replyFlag}, meaningOfCommand(header.commandId), 8);
-        row("status", std::int64_t{header.status}, meaningOfStatus(header), 10);
-        row("command version", std::int64_t{header.commandVersion}, "", 11);
+        row("device", std::to_string(header.device), expectedValue(header.device, cardDevice), 6);
+        row("service", std::to_string(header.service), expectedValue(header.service, cardService), 7);
+        row("command", std::to_string(header.commandId & ~replyFlag), meaningOfCommand(header.commandId), 8);
+        row("status", std::to_string(header.status), meaningOfStatus(header), 10);
+        row("command version", std::to_string(header.commandVersion), "", 11);
         row("sequence", fmt::format("0x{:08x}", header.sequenceId), "", 12);
-        row("payload length", std::int64_t{header.payloadLength}, "", 16);
+        row("payload length", std::to_string(header.payloadLength), "", 16);
         if (!known) {
             fail("this does not start like a message: the bytes 81 c3 9a ff are missing");
         }
@@ -123,13 +125,13 @@ private:
 
     void showSection(const SectionKind& kind, std::size_t end)
     {
-        if (end - offset < countSize) {
+        if (end - offset < sectionCountSize) {
             fail(fmt::format("the count of the {} is missing", kind.name));
             return;
         }
-        std::size_t count = readLittle32(rest.first<countSize>());
-        row(fmt::format("{} count", kind.name), static_cast<std::int64_t>(count), "bytes");
-        advance(countSize);
+        std::size_t count = readLittle32(rest.first<sectionCountSize>());
+        row(fmt::format("{} count", kind.name), std::to_string(count), "bytes");
+        advance(sectionCountSize);
         if (count > end - offset) {
             fail(fmt::format("the {} announces {} bytes, but only {} are there", kind.name, count, end - offset));
             count = end - offset;

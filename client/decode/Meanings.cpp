@@ -11,29 +11,6 @@
 namespace
 {
 
-std::string nameOfCommand(CommandId command)
-{
-    switch (command) {
-    case CommandId::versions:
-        return "versions report";
-    case CommandId::ipConfigGet:
-        return "IP configuration get";
-    case CommandId::ipConfigSet:
-        return "IP configuration set";
-    case CommandId::firmwareUpload:
-        return "firmware upload";
-    case CommandId::firmwareUpgrade:
-        return "firmware upgrade";
-    case CommandId::reboot:
-        return "card reboot";
-    case CommandId::timeReferenceGet:
-        return "time reference get";
-    case CommandId::timeReferenceSet:
-        return "time reference set";
-    }
-    return "unknown command";
-}
-
 std::string nameOfStatus(Status status)
 {
     switch (status) {
@@ -58,7 +35,8 @@ std::string nameOfStatus(Status status)
 std::string meaningOfCommand(std::uint16_t commandId)
 {
     const bool reply = (commandId & replyFlag) != 0;
-    return nameOfCommand(static_cast<CommandId>(commandId & ~replyFlag)) + (reply ? ", reply" : ", request");
+    const std::string_view name = nameOf(static_cast<CommandId>(commandId & ~replyFlag));
+    return fmt::format("{}, {}", name, reply ? "reply" : "request");
 }
 
 std::string meaningOfStatus(const MessageHeader& header)

@@ -23,8 +23,8 @@ Bytes reply(CommandId command, std::string_view text)
 std::string cell(const Dissection& dissection, std::string_view field, const char* column)
 {
     for (const Row& row : dissection.result.list) {
-        if (textOf(row, "field") == field) {
-            return textOf(row, column);
+        if (textOf(cellOf(row, "field")) == field) {
+            return textOf(cellOf(row, column));
         }
     }
     return "(no such field)";

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/output/Report.h"
+
+#include "client/output/Console.h"
+#include "client/output/Printable.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+#include <utility>
+
+namespace
+{
+
+constexpr std::size_t widestLine = 80 - std::string_view("error: ").size();
+
+bool fits(const std::string& line)
+{
+    return columnsOf(line) <= widestLine;
+}
+
+// Targets that were put together may be many; then they have a line of their own, since none of them may be missing.
+std::string headOf(const Result& failed)
+{
+    const std::string what = fmt::format("{} while {}", wordOf(failed.category), failed.phase);
+    if (failed.target.empty()) {
+        return cutTo(what, widestLine);
+    }
+    const std::string target = printable(failed.target);
+    const std::string line = fmt::format("{}: {}", target, what);
+    const bool isWide = columnsOf(target) > widestLine / 2;
+    return isWide && !fits(line) ? fmt::format("{}\n  {}", cutTo(what, widestLine), target) : cutTo(line, widestLine);
+}
+
+// A hint that tells the same of another card is the same hint.
+std::string withoutTarget(std::string hint, const std::string& target)
+{
+    for (std::size_t at = hint.find(target); !target.empty() && at != std::string::npos; at = hint.find(target, at)) {
+        hint.erase(at, target.size());
+    }
+    return hint;
+}
+
+std::string wordsOf(Category category)
+{
+    std::string words(wordOf(category));
+    std::replace(words.begin(), words.end(), '-', ' ');
+    return words.empty() ? "ok" : words;
+}
+
+} // namespace
+
+bool Report::isNews(const Result& failed)
+{
+    return hints.insert(fmt::format("{} {}", wordOf(failed.category), withoutTarget(failed.hint, failed.target)))
+        .second;
+}
+
+void Report::tell(const Result& result)
+{
+    if (result.malformed) {
+        console.warning(fmt::format("{}: the card's answer is no valid XML; it was read by its form", result.target));
+    }
+    if (result.ok()) {
+        if (!result.hint.empty()) {
+            console.note(fmt::format("{}: {}", result.target, result.hint));
+        }
+        return;
+    }
+    const std::string head = headOf(result);
+    const std::string whole = fmt::format("{}: {}", head, printable(result.hint));
+    if (fits(whole)) {
+        console.error(whole);
+    } else {
+        console.error(isNews(result) ? fmt::format("{}\n  {}", head, printable(result.hint)) : head);
+    }
+}
+
+void Report::count(const std::vector<Result>& results) const
+{
+    std::vector<std::pair<Category, std::size_t>> counts{{Category::none, 0}}; // in the order in which they came
+    for (const Result& result : results) {
+        const auto known = std::find_if(counts.begin(), counts.end(),
+                                        [&](const auto& count) { return count.first == result.category; });
+        if (known == counts.end()) {
+            counts.emplace_back(result.category, 1);
+        } else {
+            ++known->second;
+        }
+    }
+    if (results.size() < 2 || counts.size() == 1) {
+        return;
+    }
+    std::string line;
+    for (const auto& [category, number] : counts) {
+        line += fmt::format("{}{} {}", line.empty() ? "" : ", ", number, wordsOf(category));
+    }
+    console.note(line);
+}
