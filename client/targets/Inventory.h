@@ -15,14 +15,14 @@
 //     # a group: names, addresses, ranges, other groups
 //     @rack1   card[01-16] 10.0.0.40
 //
-class CardBook
+class Inventory
 {
 public:
-    CardBook() = default;
-    // Throws a badFile Failure that names the line.
-    static CardBook parse(std::string_view text, const std::string& fileName);
+    Inventory() = default;
+    // Throws a Failure that names the line: usage for a name that stands twice, else badFile.
+    static Inventory parse(std::string_view text, const std::string& fileName);
     // The named file, or, if that is empty, the user's own, which need not exist.
-    static CardBook load(const std::string& fileName);
+    static Inventory load(const std::string& fileName);
 
     [[nodiscard]] std::optional<std::string> addressOf(const std::string& name) const;
     [[nodiscard]] std::optional<std::string> nameOf(const std::string& address) const;

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/targets/CardBook.h"
+#include "client/targets/Inventory.h"
 
 #include "client/model/Failure.h"
 #include "client/wire/Endpoint.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <fmt/core.h>
 #include <fstream>
 #include <iterator>
@@ -16,7 +17,7 @@ namespace
 
 Failure badLine(const std::string& fileName, int number, std::string_view why)
 {
-    return {ExitCode::badFile, "bad-file", "reading the groups file",
+    return {ExitCode::badFile, Category::badFile, "reading the groups file",
             fmt::format("{}, line {}: {}", fileName, number, why)};
 }
 
@@ -38,9 +39,9 @@ std::string usersOwnFile()
 
 } // namespace
 
-CardBook CardBook::parse(std::string_view text, const std::string& fileName)
+Inventory Inventory::parse(std::string_view text, const std::string& fileName)
 {
-    CardBook book;
+    Inventory inventory;
     std::istringstream stream{std::string(text)};
     std::string line;
     for (int number = 1; std::getline(stream, line); ++number) {
@@ -49,38 +50,46 @@ CardBook CardBook::parse(std::string_view text, const std::string& fileName)
             continue;
         }
         if (words.front().front() == '@') {
-            std::vector<std::string>& members = book.groups[words.front().substr(1)];
+            std::vector<std::string>& members = inventory.groups[words.front().substr(1)];
             members.insert(members.end(), words.begin() + 1, words.end());
         } else if (words.size() == 2 && parseEndpoint(words[1])) {
-            book.addresses[words[0]] = words[1];
+            if (!inventory.addresses.emplace(words[0], words[1]).second) {
+                throw usageFailure(fmt::format("{}, line {}: {} has an address already", fileName, number, words[0]));
+            }
         } else {
             throw badLine(fileName, number, "expected a name and its address, or @group and its members");
         }
     }
-    return book;
+    return inventory;
 }
 
-CardBook CardBook::load(const std::string& fileName)
+Inventory Inventory::load(const std::string& fileName)
 {
     const std::string path = fileName.empty() ? usersOwnFile() : fileName;
+    std::error_code ignored; // what cannot be looked at cannot be opened either
+    // It would open like a file, and read like an empty one.
+    if (std::filesystem::is_directory(path, ignored)) {
+        throw usageFailure(fmt::format("{} is a directory, not a file of groups", path));
+    }
     std::ifstream file(path);
     if (!file) {
-        if (fileName.empty()) {
+        if (fileName.empty()) { // nobody needs a file; who names one means it
             return {};
         }
-        throw Failure{ExitCode::badFile, "bad-file", "reading the groups file", fmt::format("cannot read {}", path)};
+        throw Failure{ExitCode::badFile, Category::badFile, "reading the groups file",
+                      fmt::format("cannot read {}", path)};
     }
     const std::string text(std::istreambuf_iterator<char>(file), {});
     return parse(text, path);
 }
 
-std::optional<std::string> CardBook::addressOf(const std::string& name) const
+std::optional<std::string> Inventory::addressOf(const std::string& name) const
 {
     const auto found = addresses.find(name);
     return found == addresses.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::optional<std::string> CardBook::nameOf(const std::string& address) const
+std::optional<std::string> Inventory::nameOf(const std::string& address) const
 {
     for (const auto& [name, cardAddress] : addresses) {
         if (cardAddress == address) {
@@ -90,7 +99,7 @@ std::optional<std::string> CardBook::nameOf(const std::string& address) const
     return std::nullopt;
 }
 
-const std::vector<std::string>& CardBook::membersOf(const std::string& group) const
+const std::vector<std::string>& Inventory::membersOf(const std::string& group) const
 {
     const auto found = groups.find(group);
     if (found == groups.end()) {
