@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/card/Queries.h"
+#include "client/engine/EventLoop.h"
+#include "client/engine/Task.h"
+#include "client/messages/TimeReference.h"
+#include "client/wire/Network.h"
+
+enum class TimeOutcome { done, doneLate }; // late: the answer did not come in time, but the card has it
+
+// How long a card may take to answer. Told to follow NTP, it first asks time servers of its own, each for some seconds,
+// and its scripts may be slow.
+[[nodiscard]] Seconds timeToAnswer(const Network& network, TimeMode wanted);
+
+// Sets a card's time reference and reads it back into `reading`, also when the card refuses or does not answer in time:
+// then for at most as long again. Throws a verification Failure if the card says that it has something else, and an
+// interrupted one if that is left open.
+Task<TimeOutcome> setTimeReference(Network& network, Endpoint endpoint, TimeRequest wanted,
+                                   std::optional<TimeReading>& reading);
