@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/StateFolder.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <fmt/core.h>
+#include <fstream>
+#include <system_error>
+#include <unistd.h>
+
+std::filesystem::path stateFolder()
+{
+    const char* stateHome = std::getenv("XDG_STATE_HOME");
+    if (stateHome != nullptr && *stateHome != '\0') {
+        return std::filesystem::path(stateHome) / "tarvelctl";
+    }
+    const char* home = std::getenv("HOME");
+    return home == nullptr ? std::filesystem::path() : std::filesystem::path(home) / ".local/state/tarvelctl";
+}
+
+std::string plainWord(std::string_view name)
+{
+    std::string word;
+    for (const char letter : name) {
+        const auto code = static_cast<unsigned char>(letter);
+        word += std::isalnum(code) != 0 || letter == '-' ? std::string(1, letter) : fmt::format("%{:02x}", code);
+    }
+    return word;
+}
+
+bool replaceStateFile(const std::string& name, std::string_view text)
+{
+    if (stateFolder().empty()) {
+        return false;
+    }
+    std::error_code error;
+    std::filesystem::create_directories(stateFolder(), error);
+    const std::filesystem::path temporary = stateFolder() / fmt::format(".{}.{}", name, ::getpid());
+    std::ofstream file(temporary);
+    file << text;
+    file.close();
+    if (!file) {
+        std::filesystem::remove(temporary, error);
+        return false;
+    }
+    std::filesystem::rename(temporary, stateFolder() / name, error);
+    return !error;
+}

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/LastHeard.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+TEST(LastHeard, KnowsTheLastPlaceOfEachName)
+{
+    LastHeard known;
+    known.note("card 1", "10.0.0.11", 100);
+    known.note("card 1", "10.0.0.12", 200);
+    const LastHeard again = LastHeard::parse(known.text());
+    ASSERT_TRUE(again.of("card 1"));
+    EXPECT_EQ(again.of("card 1")->address, "10.0.0.12");
+    EXPECT_EQ(again.of("card 1")->moment, 200);
+    EXPECT_FALSE(again.of("card"));
+}
+
+TEST(LastHeard, TakesWhatCanBeReadOfABrokenFile)
+{
+    EXPECT_TRUE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card1"));
+    EXPECT_FALSE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card2"));
+}
+
+TEST(LastHeard, TellsAnAgeInOneUnit)
+{
+    EXPECT_EQ(ageText(-5), "0 s");
+    EXPECT_EQ(ageText(119), "119 s");
+    EXPECT_EQ(ageText(120), "2 min");
+    EXPECT_EQ(ageText(7200), "2 h");
+    EXPECT_EQ(ageText(172800), "2 days");
+}
+
+} // namespace
