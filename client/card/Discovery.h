@@ -17,6 +17,8 @@ struct FoundCard {
     bool reachable = false; // its address belongs to the network of that interface
 };
 
+[[nodiscard]] FoundCard cardAt(const std::string& address, const std::string& interface);
+
 // Two probes find cards without knowing their names. A datagram with a command no card knows: each answers to our
 // address. An IP configuration get without a text: each refuses it in a broadcast, so that even a card whose address
 // is wrong, or that has none, is heard. Each costs a warning in every card's log.

@@ -1,16 +1,25 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/commands/Discovery.h"
+#include "client/card/Discovery.h"
+
+#include "client/wire/HostInterfaces.h"
 
 #include <array>
 
 namespace
 {
 
-constexpr std::array roundEnds = {0.3, 0.9, 1.2}; // seconds; a round begins where the one before ends
+// Seconds; a round begins where the one before ends. Chosen: a card answers within milliseconds, and three rounds bear
+// two lost datagrams.
+constexpr std::array roundEnds = {0.3, 0.9, 1.2};
 constexpr auto unusedCommand = static_cast<CommandId>(0x7FF0);
 
 } // namespace
+
+FoundCard cardAt(const std::string& address, const std::string& interface)
+{
+    return {address, interface, isOnLink(interface, address)};
+}
 
 std::pair<Request, Request> Discovery::makeProbes()
 {
@@ -54,6 +63,6 @@ void Discovery::note(const Datagram& datagram)
         return;
     }
     if (heard.insert({datagram.interface, datagram.address}).second) {
-        reportCard({datagram.address, datagram.interface, isOnLink(datagram.interface, datagram.address)});
+        reportCard(cardAt(datagram.address, datagram.interface));
     }
 }
