@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Lookup.h"
+
+#include "client/card/Ambiguity.h"
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+#include "client/model/CalendarTime.h"
+
+#include <algorithm>
+#include <chrono>
+#include <fmt/core.h>
+
+namespace
+{
+
+constexpr const char* lookingForCard = "looking for the card";
+
+// A card reads about 330 requests of a burst of a thousand: its socket's buffer holds no more while it answers. Fifty
+// leave room for what others ask.
+constexpr std::size_t mostInBurst = 50;
+constexpr Seconds burstTime{0.1};
+constexpr Seconds listening{0.3}; // chosen: from the first answer on; a card answers within milliseconds
+
+Failure notFound()
+{
+    return {ExitCode::noAnswer, Category::notFound, lookingForCard,
+            fmt::format("nobody answered by this name: no card has it (case counts), it or its daemon is down, it is "
+                        "busy (with an archive, an upgrade or its time service a card hears nothing), it is behind a "
+                        "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
+                        "broadcast from the card's port {}",
+                        cardPort)};
+}
+
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint)
+{
+    const PortState port = co_await network.probe(endpoint, network.retryPolicy().timeout);
+    if (port == PortState::closed) {
+        co_return "which refuses connections";
+    }
+    if (port == PortState::silent) {
+        co_return "which takes no connection";
+    }
+    try {
+        co_await queryVersions(network, endpoint);
+        co_return "where a card answers, but not by this name";
+    } catch (const Failure&) {
+        co_return "which accepts connections and does not answer";
+    }
+}
+
+} // namespace
+
+Lookup::Lookup(Network& newNetwork, const std::vector<std::string>& names, std::optional<RetryPolicy> newPolicy)
+    : network(newNetwork), policy(newPolicy.value_or(newNetwork.retryPolicy()))
+{
+    std::for_each(names.begin(), names.end(), [&](const std::string& name) { add(name); });
+    if (!asked.empty()) {
+        lastHeard = LastHeard::load();
+    }
+}
+
+void Lookup::add(const std::string& name)
+{
+    asked.emplace_back(Asked{name, {}, {}, Signal(network.eventLoop())});
+}
+
+// A card that answers two requests is not two cards.
+void Lookup::ask(Asked& one)
+{
+    Request request;
+    do {
+        request = textRequest(CommandId::ipConfigGet, ipConfigGetXml(one.name));
+    } while (!bySequence.emplace(request.header.sequenceId, &one).second);
+    network.broadcast(sockets, request);
+    one.requests.push_back(std::move(request));
+}
+
+Task<void> Lookup::run(std::size_t enough)
+{
+    wanted = std::min(enough, asked.size());
+    try {
+        co_await askAll();
+        co_await listenOut();
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (heard > 0 && !hearsOut) {
+        lastHeard.save();
+    }
+    for (Asked& one : asked) {
+        one.isOver.set();
+    }
+}
+
+Task<void> Lookup::hearOut()
+{
+    hearsOut = true;
+    co_await run();
+}
+
+const std::vector<CardReply>& Lookup::answersTo(const std::string& name)
+{
+    if (error) {
+        std::rethrow_exception(error);
+    }
+    return entryOf(name).answers;
+}
+
+Task<void> Lookup::askAll()
+{
+    if (asked.empty()) {
+        co_return;
+    }
+    sockets = network.openInterfaces();
+    const int attempts = policy.retries + 1;
+    co_await askUnheard();
+    const TimePoint start = Clock::now();
+    for (int attempt = 1; attempt <= attempts && !isDone(); ++attempt) {
+        const auto share = policy.timeout * attempt / attempts;
+        co_await listen(start + std::chrono::duration_cast<Clock::duration>(share));
+        if (attempt < attempts) {
+            co_await askUnheard();
+        }
+    }
+}
+
+Task<void> Lookup::askUnheard()
+{
+    std::size_t inBurst = 0;
+    for (Asked& one : asked) {
+        if (inBurst == mostInBurst) {
+            co_await listen(after(burstTime));
+            inBurst = 0;
+        }
+        if (one.answers.empty()) {
+            ask(one);
+            ++inBurst;
+        }
+    }
+}
+
+Task<void> Lookup::listen(TimePoint deadline)
+{
+    while (!isDone()) {
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, deadline);
+        if (!datagram) {
+            co_return;
+        }
+        take(*datagram);
+    }
+}
+
+Task<void> Lookup::listenOut()
+{
+    while (hearsOut && heard > 0) {
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, heardOut);
+        if (!datagram) {
+            co_return;
+        }
+        take(*datagram);
+    }
+}
+
+void Lookup::take(const Datagram& datagram)
+{
+    if (datagram.bytes.size() < headerSize) {
+        return;
+    }
+    const auto found = bySequence.find(decodeHeader(std::span(datagram.bytes).first<headerSize>()).sequenceId);
+    if (found == bySequence.end()) {
+        return;
+    }
+    Asked& one = *found->second;
+    for (const Request& request : one.requests) {
+        std::optional<Reply> reply = replyIn(datagram, request);
+        if (reply && (reply->payload.empty() || isFrom(*reply, one.name))) {
+            note(one, {std::move(*reply), datagram.address, datagram.interface});
+            return;
+        }
+    }
+}
+
+void Lookup::note(Asked& one, CardReply answer)
+{
+    one.answers.push_back(std::move(answer));
+    if (one.answers.size() > 1) {
+        return;
+    }
+    ++heard;
+    heardOut = after(listening);
+    const std::string& address = one.answers.front().address;
+    if (address != noAddress) {
+        lastHeard.note(one.name, address, secondsNow());
+    }
+    one.isOver.set();
+}
+
+Lookup::Asked& Lookup::entryOf(const std::string& name)
+{
+    return *std::find_if(asked.begin(), asked.end(), [&](const Asked& one) { return one.name == name; });
+}
+
+Task<std::optional<CardReply>> Lookup::answerOf(std::string name)
+{
+    Asked& one = entryOf(name);
+    co_await one.isOver;
+    if (one.answers.empty() && error) {
+        std::rethrow_exception(error);
+    }
+    co_return one.answers.empty() ? std::nullopt : std::optional(one.answers.front());
+}
+
+std::vector<std::string> Lookup::secondAnswers()
+{
+    for (const BroadcastSocket& socket : sockets) {
+        while (const std::optional<Datagram> datagram = socket.receive()) {
+            take(*datagram);
+        }
+    }
+    std::vector<std::string> doubts;
+    for (const Asked& one : asked) {
+        const std::optional<std::string> why = ambiguityOf(one.answers);
+        if (why) {
+            doubts.push_back(fmt::format("{}: {}", one.name, *why));
+        }
+    }
+    return doubts;
+}
+
+Task<Failure> Lookup::explainSilence(std::string name)
+{
+    const std::optional<LastHeard::Hearing> last = lastHeard.of(name);
+    if (!last) {
+        co_return notFound();
+    }
+    const Endpoint there{last->address};
+    const std::string state = co_await whatIsAt(network, there);
+    co_return Failure{
+        ExitCode::noAnswer, Category::notHeard, lookingForCard,
+        fmt::format("not heard; last at {}, {} ago, {}", last->address, ageText(secondsNow() - last->moment), state)};
+}

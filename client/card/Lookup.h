@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/card/LastHeard.h"
+#include "client/engine/Signal.h"
+#include "client/engine/Task.h"
+#include "client/wire/Network.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Looks up many names at once: all share one socket on each interface and one time-out, so that names that are nobody's
+// delay no others. A card keeps only what its socket's buffer holds while it works, so the requests leave in small
+// bursts, and only names that were not heard are asked again. Changes nothing.
+class Lookup
+{
+public:
+    // Without a policy it is the user's.
+    Lookup(Network& newNetwork, const std::vector<std::string>& names, std::optional<RetryPolicy> newPolicy = {});
+
+    // Asks, and ends when all have answered, or as many as are enough, or the time is over. Throws nothing: whoever
+    // waits for a name hears of it.
+    Task<void> run(std::size_t enough = SIZE_MAX);
+
+    // The same until all have answered, and then until the last has been listened to for a moment after its first
+    // answer: who may be meant? Each repetition has a sequence number of its own, so that a card that answers two of
+    // them is not taken for two cards. Remembers nothing: a dry run writes no file.
+    Task<void> hearOut();
+
+    // All answers to that name, when the asking is over. Throws what ended it early.
+    const std::vector<CardReply>& answersTo(const std::string& name);
+
+    // What the card of that name answered to an IP configuration get, be it a refusal; nothing if nobody did in time.
+    // Throws what ended the asking early. The name must be one of those that were given.
+    Task<std::optional<CardReply>> answerOf(std::string name);
+
+    // Why there was none, for people: also where the name was last heard, and what is there now.
+    Task<Failure> explainSilence(std::string name);
+
+    // Names that another card answered, too, until now, each as a sentence that names the senders. Waits for nothing.
+    std::vector<std::string> secondAnswers();
+
+private:
+    struct Asked {
+        std::string name;
+        std::vector<Request> requests; // each with a sequence number of its own
+        std::vector<CardReply> answers;
+        Signal isOver;
+    };
+
+    void add(const std::string& name);
+    Task<void> askAll();
+    void ask(Asked& one);
+    Task<void> askUnheard();
+    Task<void> listen(TimePoint deadline);
+    Task<void> listenOut();
+    void take(const Datagram& datagram);
+    void note(Asked& one, CardReply answer);
+    [[nodiscard]] bool isDone() const { return heard >= wanted; }
+    [[nodiscard]] Asked& entryOf(const std::string& name);
+
+    Network& network;
+    RetryPolicy policy;
+    std::vector<BroadcastSocket> sockets; // take what comes as long as the names are worked on
+    std::deque<Asked> asked;              // stay where they are
+    std::map<std::uint32_t, Asked*> bySequence;
+    std::size_t heard = 0;
+    std::size_t wanted = 0;
+    bool hearsOut = false;
+    TimePoint heardOut; // when the last that answered has been listened to
+    std::exception_ptr error;
+    LastHeard lastHeard;
+};
