@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identification.h"
+
+#include "client/card/Ambiguity.h"
+#include "client/card/Identity.h"
+#include "client/card/SameCard.h"
+#include "client/wire/HostInterfaces.h"
+#include "client/wire/Phase.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+#include <set>
+
+namespace
+{
+
+constexpr const char* waitingForIp = "waiting for the IP configuration";
+
+bool contains(const std::vector<std::string>& addresses, const std::string& address)
+{
+    return std::find(addresses.begin(), addresses.end(), address) != addresses.end();
+}
+
+template<typename Look>
+void forEachPair(const std::vector<Identified>& cards, const Look& look)
+{
+    for (std::size_t later = 1; later < cards.size(); ++later) {
+        for (std::size_t earlier = 0; earlier < later; ++earlier) {
+            look(earlier, later);
+        }
+    }
+}
+
+Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
+{
+    const std::string name = target.name;
+    return {
+        ExitCode::ambiguous, Category::ambiguous, "looking for the card",
+        fmt::format("the groups file says that {0} is at {1}, but it answered from {2}; nothing was sent. The right "
+                    "line is \"{0} {3}\"",
+                    name, target.endpoint->address, sendersOf(answers), answers.front().address)};
+}
+
+Failure notHeard(const Target& target, const Failure& silence)
+{
+    return {silence.code, silence.category, silence.phase,
+            fmt::format("only the groups file says that {} is at {}: {}. --trust-groups believes the file", target.name,
+                        target.endpoint->address, silence.hint)};
+}
+
+} // namespace
+
+Identification::Identification(Network& newNetwork, Way newWay, Caution newCaution)
+    : network(newNetwork), way(newWay), caution(newCaution)
+{
+}
+
+Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
+{
+    Lookup lookup(network, namesToAsk(targets));
+    co_await lookup.hearOut();
+    std::vector<Identified> cards(targets.size());
+    for (std::size_t index = 0; index < cards.size(); ++index) {
+        cards[index].target = std::move(targets[index]);
+        identify(cards[index], lookup);
+    }
+    compare(cards);
+    if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
+        Census census;
+        co_await census.take(network);
+        check(cards, census);
+    }
+    co_return cards;
+}
+
+// A card may also answer from an address that does not fit its network here, where no connection leads.
+void Identification::preferReachable(std::vector<CardReply>& answers)
+{
+    std::stable_partition(answers.begin(), answers.end(),
+                          [](const CardReply& answer) { return isOnLink(answer.interface, answer.address); });
+}
+
+bool Identification::asksFor(const Target& target) const
+{
+    return way != Way::overTcp || !target.isAddress();
+}
+
+std::vector<std::string> Identification::namesToAsk(const std::vector<Target>& targets) const
+{
+    std::set<std::string> known;
+    std::vector<std::string> names;
+    for (const Target& target : targets) {
+        if (asksFor(target) && known.insert(target.name).second) {
+            names.push_back(target.name);
+        }
+    }
+    return names;
+}
+
+void Identification::identify(Identified& card, Lookup& lookup) const
+{
+    if (!asksFor(card.target)) {
+        return;
+    }
+    try {
+        std::vector<CardReply> answers = inPhase(waitingForIp, [&] { return lookup.answersTo(card.target.name); });
+        if (answers.empty()) {
+            takeSilence(card);
+            return;
+        }
+        preferReachable(answers);
+        takeAnswers(card, answers);
+    } catch (const Failure& failure) {
+        card.refusal = failure;
+    } catch (const Interrupted&) {
+        card.refusal = Failure{ExitCode::interrupted, Category::interrupted, "looking for the card", "interrupted"};
+    }
+}
+
+void Identification::takeSilence(Identified& card) const
+{
+    const Target& target = card.target;
+    if (way == Way::byNameUnheard) {
+        return;
+    }
+    Failure silence = nobodyAnswered(target.name);
+    silence.phase = waitingForIp;
+    if (way != Way::overTcp || !target.endpoint) {
+        throw Failure(silence);
+    }
+    if (!caution.trustGroups) {
+        throw Failure(notHeard(target, silence));
+    }
+    card.warnings.push_back(
+        fmt::format("not heard by its name; the groups file says that it is at {}", target.endpoint->address));
+}
+
+void Identification::takeAnswers(Identified& card, const std::vector<CardReply>& answers) const
+{
+    for (const CardReply& answer : answers) {
+        if (!contains(card.heardFrom, answer.address)) {
+            card.heardFrom.push_back(answer.address);
+        }
+    }
+    card.target.heard = answers.front();
+    card.stated = statedAddresses(answers.front());
+    const std::optional<std::string> why = ambiguityOf(answers);
+    if (why) {
+        object(card, *why);
+    }
+    const bool reliesOnNote = way == Way::overTcp ? card.target.hasNotedAddress() : card.target.hasNotedName();
+    if (reliesOnNote && !contains(card.heardFrom, card.target.endpoint->address) &&
+        !contains(card.stated, card.target.endpoint->address)) {
+        throw Failure(staleNote(card.target, answers));
+    }
+    if (way == Way::overTcp) {
+        settleEndpoint(card);
+    }
+}
+
+// Where the card was heard rather than where its settings say that it is: the network need not follow them.
+void Identification::settleEndpoint(Identified& card) const
+{
+    std::optional<Endpoint>& endpoint = card.target.endpoint;
+    if (!endpoint || !contains(card.heardFrom, endpoint->address)) {
+        endpoint = endpointOf(card.target.name, card.heardFrom.front());
+    }
+}
+
+void Identification::object(Identified& card, std::string why) const
+{
+    if (caution.force) {
+        card.warnings.push_back(std::move(why));
+    } else if (!card.refusal) {
+        card.refusal = ambiguous(std::move(why));
+        card.sameAs.reset(); // or nobody would hear of it
+    }
+}
+
+void Identification::compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const
+{
+    const std::optional<Endpoint> shared = sharedEndpoint(one, other, way);
+    if (!shared) {
+        return;
+    }
+    const std::string why =
+        fmt::format("{} and {} both lead to {}", one.target.name, other.target.name, shared->address);
+    object(one, why);
+    object(other, why);
+    for (Identified& card : cards) {
+        if (!isName(card) && card.target.endpoint == shared) {
+            object(card, why);
+        }
+    }
+}
+
+void Identification::compare(std::vector<Identified>& cards) const
+{
+    forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
+        Identified& one = cards[earlier];
+        Identified& other = cards[later];
+        if (isName(one) && isName(other) && one.target.name != other.target.name) {
+            compareNames(cards, one, other);
+        }
+    });
+    forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
+        if (!cards[later].sameAs && isOneCard(cards[earlier], cards[later])) {
+            cards[later].sameAs = cards[earlier].sameAs.value_or(earlier);
+        }
+    });
+}
+
+void Identification::check(std::vector<Identified>& cards, const Census& census) const
+{
+    for (Identified& card : cards) {
+        const std::optional<Endpoint>& endpoint = card.target.endpoint;
+        const int answers = endpoint && endpoint->port == cardPort ? census.answersFrom(endpoint->address) : 0;
+        card.checked = answers == 1;
+        if (answers > 1) {
+            object(card, fmt::format("two cards share the address {}: it answered one probe twice", endpoint->address));
+        }
+    }
+}

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/card/Census.h"
+#include "client/card/Lookup.h"
+#include "client/card/Target.h"
+#include "client/engine/Task.h"
+#include "client/wire/Network.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+// What the user takes upon himself before a change.
+struct Caution {
+    bool force = false;       // go on although another card could be meant
+    bool trustGroups = false; // take a name's noted address although the name is not heard
+    bool probe = true;        // ask whether two cards share an address
+};
+
+// How a change reaches a card. One that may be lost need not be heard: a broadcast reaches it all the same.
+enum class Way { byName, overTcp, byNameUnheard };
+
+// What is known of a target before it is changed.
+struct Identified {
+    Target target;                      // over TCP with its endpoint
+    std::vector<std::string> heardFrom; // addresses that it answered from
+    std::vector<std::string> stated;    // addresses in its settings
+    std::optional<Failure> refusal;     // why nothing may be sent to it
+    std::optional<std::size_t> sameAs;  // the earlier target that is the same card
+    std::vector<std::string> warnings;  // what --force went over
+    bool checked = false;               // its address was seen to be that of one card only
+};
+
+// Finds out, before anything is changed, whom each target means: asks for names and listens for a second card, asks
+// over TCP who shares an address, and compares the targets with each other.
+class Identification
+{
+public:
+    Identification(Network& newNetwork, Way newWay, Caution newCaution);
+
+    // Answers in the order of the targets; fails for none of them. All names share one time-out.
+    Task<std::vector<Identified>> run(std::vector<Target> targets);
+
+    // Two names that lead to one address are refused, and so is the address; one card given twice is marked, unless it
+    // is refused.
+    void compare(std::vector<Identified>& cards) const;
+    // An address that answered twice is refused.
+    void check(std::vector<Identified>& cards, const Census& census) const;
+
+private:
+    [[nodiscard]] bool asksFor(const Target& target) const;
+    [[nodiscard]] std::vector<std::string> namesToAsk(const std::vector<Target>& targets) const;
+    void identify(Identified& card, Lookup& lookup) const;
+    void takeSilence(Identified& card) const;
+    static void preferReachable(std::vector<CardReply>& answers);
+    void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
+    void settleEndpoint(Identified& card) const;
+    void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
+    void object(Identified& card, std::string why) const;
+
+    Network& network;
+    Way way;
+    Caution caution;
+};

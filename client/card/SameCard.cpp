@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/SameCard.h"
+
+#include "client/card/Identity.h"
+
+#include <algorithm>
+
+namespace
+{
+
+bool isHeard(const Identified& card)
+{
+    return !card.heardFrom.empty();
+}
+
+bool contains(const std::vector<std::string>& addresses, const std::string& address)
+{
+    return std::ranges::find(addresses, address) != addresses.end();
+}
+
+// Does the card, heard by its name, have the address that the other target is?
+bool has(const Identified& card, const Identified& other)
+{
+    const std::optional<Endpoint>& endpoint = other.target.endpoint;
+    return isHeard(card) && !isHeard(other) && endpoint && endpoint->port == cardPort &&
+           (contains(card.heardFrom, endpoint->address) || contains(card.stated, endpoint->address));
+}
+
+std::vector<Endpoint> endpointsOf(const Identified& card, Way way)
+{
+    std::vector<Endpoint> endpoints;
+    for (const std::string& address : card.heardFrom) {
+        if (address != noAddress) {
+            endpoints.push_back({address});
+        }
+    }
+    if (way == Way::overTcp && !isHeard(card) && !card.refusal && card.target.endpoint) {
+        endpoints.push_back(*card.target.endpoint);
+    }
+    return endpoints;
+}
+
+} // namespace
+
+bool isName(const Identified& card)
+{
+    return isHeard(card) || !card.target.isAddress();
+}
+
+bool isOneCard(const Identified& one, const Identified& other)
+{
+    if (one.refusal || other.refusal) {
+        return false;
+    }
+    if (isName(one) && isName(other)) {
+        return one.target.name == other.target.name;
+    }
+    return has(one, other) || has(other, one) || (one.target.endpoint && one.target.endpoint == other.target.endpoint);
+}
+
+std::optional<Endpoint> sharedEndpoint(const Identified& one, const Identified& other, Way way)
+{
+    const std::vector<Endpoint> theirs = endpointsOf(other, way);
+    for (const Endpoint& endpoint : endpointsOf(one, way)) {
+        if (std::ranges::find(theirs, endpoint) != theirs.end()) {
+            return endpoint;
+        }
+    }
+    return std::nullopt;
+}
