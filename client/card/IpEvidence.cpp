@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/IpEvidence.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// A card serves what waits on its interfaces in turns, so an answer over one that was asked two questions earlier must
+// have come by now. One more bears a lost datagram.
+constexpr int enoughQuestions = 3;
+
+bool contains(const std::vector<std::string>& addresses, const std::string& address)
+{
+    return std::ranges::find(addresses, address) != addresses.end();
+}
+
+} // namespace
+
+// Over which of two DHCP interfaces an answer came is not known before both have answered.
+void IpBefore::hear(int question, const CardIp& answer)
+{
+    senders.insert(answer.address);
+    leases.hear(question, answer);
+    if (!now) {
+        return;
+    }
+    const bool isLeased = now->mode == IpMode::dhcp && leases.areAll(question, answer, {});
+    audible = audible || isLeased || contains(addressesOf(*now), answer.address);
+}
+
+IpEvidence::IpEvidence(InterfaceConfig newWanted, IpBefore newBefore)
+    : wanted(std::move(newWanted)), before(std::move(newBefore))
+{
+}
+
+void IpEvidence::hear(int question, const CardIp& answer)
+{
+    leases.hear(question, answer);
+    const InterfaceConfig* found = answer.configuration.find(wanted.name);
+    if (found == nullptr || isContrary(question, answer)) {
+        firstSilent.reset();
+        return;
+    }
+    seen = *found;
+    if (seen != wanted) {
+        firstSilent.reset();
+        return;
+    }
+    applied = applied || isProof(question, answer);
+    firstSilent = firstSilent.value_or(question);
+    lastSilent = std::max(lastSilent, question);
+}
+
+// What the interface had, and shall have no more.
+std::vector<std::string> IpEvidence::formerAddresses() const
+{
+    std::vector<std::string> former = before.now ? addressesOf(*before.now) : std::vector<std::string>();
+    std::erase(former, wanted.address.value_or(""));
+    return former;
+}
+
+bool IpEvidence::isFromFormer(const CardIp& answer) const
+{
+    return contains(formerAddresses(), answer.address);
+}
+
+// The network has not followed. A lease may be the former address again, which then proves nothing either way.
+bool IpEvidence::isContrary(int question, const CardIp& answer) const
+{
+    return (isFromFormer(answer) && wanted.mode != IpMode::dhcp) || leases.areTooMany(question, answer);
+}
+
+bool IpEvidence::isProof(int question, const CardIp& answer) const
+{
+    if (wanted.mode == IpMode::fixed) {
+        return wanted.address == answer.address;
+    }
+    return wanted.mode == IpMode::dhcp && !isSentAsStated(answer) && !isFromFormer(answer) &&
+           (isNewLease(answer) || leases.areAll(question, answer, formerAddresses()));
+}
+
+// The lease of another DHCP interface was heard before; unless nobody listened.
+bool IpEvidence::isNewLease(const CardIp& answer) const
+{
+    return before.now && !before.senders.contains(answer.address);
+}
+
+bool IpEvidence::isSilent() const
+{
+    return firstSilent && lastSilent - *firstSilent + 1 >= enoughQuestions;
+}
+
+Proof IpEvidence::proof() const
+{
+    if (applied) {
+        return Proof::applied;
+    }
+    if (!isSilent()) {
+        return Proof::none;
+    }
+    return wanted.mode == IpMode::disabled && before.audible ? Proof::applied : Proof::stored;
+}
+
+// What can be heard is waited for.
+bool IpEvidence::isEnough() const
+{
+    const Proof now = proof();
+    return now == Proof::applied || (now == Proof::stored && !before.audible);
+}
