@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/TransferMeter.h"
+#include "client/card/TransferMeter.h"
 
 #include <gtest/gtest.h>
 

@@ -19,6 +19,7 @@ public:
     [[nodiscard]] double secondsLeft() const;   // at that rate; 0 before anything was acknowledged
     [[nodiscard]] double secondsSilent() const; // since bytes were last acknowledged
     [[nodiscard]] bool isComplete() const { return acknowledged >= total; }
+    [[nodiscard]] double percent() const;
     [[nodiscard]] std::string text() const; // "3.1 of 12.4 MiB, 25 %, 2.0 MiB/s, 5 s left"
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/TransferMeter.h"
+#include "client/card/TransferMeter.h"
 
 #include <fmt/core.h>
 
@@ -35,10 +35,14 @@ double TransferMeter::secondsSilent() const
     return now - lastProgress;
 }
 
+double TransferMeter::percent() const
+{
+    return total > 0 ? 100.0 * static_cast<double>(acknowledged) / static_cast<double>(total) : 100;
+}
+
 std::string TransferMeter::text() const
 {
-    const double percent = total > 0 ? 100.0 * static_cast<double>(acknowledged) / static_cast<double>(total) : 100;
     return fmt::format("{:.1f} of {:.1f} MiB, {:.0f} %, {:.1f} MiB/s, {:.0f} s left",
-                       static_cast<double>(acknowledged) / mebibyte, static_cast<double>(total) / mebibyte, percent,
+                       static_cast<double>(acknowledged) / mebibyte, static_cast<double>(total) / mebibyte, percent(),
                        rate() / mebibyte, secondsLeft());
 }

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/Upload.h"
+#include "client/card/Upload.h"
 
-#include "client/cli/Context.h"
-#include "client/output/Console.h"
-#include "client/wire/Network.h"
+#include "client/wire/Phase.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,19 +15,24 @@
 namespace
 {
 
-constexpr std::size_t pieceSize = 262144;
-constexpr Seconds glance{0.2};       // between two looks at a transfer
-constexpr double stallWarning = 3.0; // seconds without progress until people are told
+// All chosen, not measured.
+constexpr std::size_t pieceSize = 262144; // several of what a socket takes at once, and little memory for 64 cards
+constexpr Seconds glance{0.2};            // between two looks at a transfer: progress that people see move
+constexpr Seconds shortGlance{0.02};      // at its end, which is no event: the kernel has to be asked
+constexpr double stallWarning = 3.0;      // seconds without progress until people are told
+
+constexpr const char* sending = "sending the archive";
+constexpr const char* unpacking = "waiting for the card to unpack";
 
 Failure stalled(std::string phase, double seconds)
 {
-    return {ExitCode::noAnswer, "stalled", std::move(phase),
+    return {ExitCode::noAnswer, Category::stalled, std::move(phase),
             fmt::format("no sign of progress for {:.0f} s; the card may still be at work", seconds)};
 }
 
 Failure fileChanged(const std::string& path)
 {
-    return {ExitCode::badFile, "bad-archive", "reading the archive",
+    return {ExitCode::badFile, Category::badArchive, "reading the archive",
             fmt::format("{} changed or became unreadable while it was sent", path)};
 }
 
@@ -41,39 +44,27 @@ bool hasInput(const TcpConnection& connection)
 
 } // namespace
 
-Upload::Upload(Context& newContext, std::string newLabel, const Archive& newArchive, CommandId command,
+Upload::Upload(Network& newNetwork, Observer& newObserver, const Archive& newArchive, CommandId command,
                Seconds newPatience)
-    : context(newContext),
-      label(std::move(newLabel)),
+    : network(newNetwork),
+      observer(newObserver),
       archive(newArchive),
       request(bareRequest(command)),
       patience(newPatience),
-      total(headerSize + 4 + archive.size),
+      total(headerSize + sectionCountSize + archive.size),
       meter(total)
 {
     request.header.messageFormat = section8Bit;
-    request.header.payloadLength = static_cast<std::uint32_t>(archive.size + 4);
-    request.changesCard = true;
-}
-
-Bytes Upload::head() const
-{
-    Bytes bytes = encodeHeader(request.header);
-    bytes.resize(headerSize + 4);
-    writeLittle32(std::span(bytes).subspan<headerSize, 4>(), static_cast<std::uint32_t>(archive.size));
-    return bytes;
+    request.payload.resize(sectionCountSize);
+    writeLittle32(std::span(request.payload).first<sectionCountSize>(), static_cast<std::uint32_t>(archive.size));
+    request.streamed = archive.size;
 }
 
 Task<void> Upload::send(Endpoint endpoint)
 {
-    bool stopped = false;
     try {
         co_await exchange(std::move(endpoint));
     } catch (const Interrupted&) {
-        stopped = true;
-    }
-    context.console.progress("");
-    if (stopped) {
         throw interrupted();
     }
 }
@@ -84,10 +75,13 @@ Task<void> Upload::exchange(Endpoint endpoint)
     if (!file) {
         throw fileChanged(archive.path);
     }
-    TcpConnection connection = co_await context.network.connect(std::move(endpoint));
+    TcpConnection connection = co_await network.connect(std::move(endpoint), request);
     start = Clock::now();
-    buffer = head();
-    co_await sendArchive(connection);
+    const bool open = co_await inPhase(sending, connection.sendRequest(network.deadline()));
+    if (open) {
+        sent = headerSize + sectionCountSize;
+        co_await sendArchive(connection);
+    }
     co_await awaitAcknowledgement(connection);
     duration = Seconds(Clock::now() - start).count();
     co_await awaitAnswer(connection);
@@ -98,7 +92,7 @@ Task<void> Upload::sendArchive(TcpConnection& connection)
 {
     while (sent < total && !answered) {
         const std::vector<pollfd> either(1, pollfd{connection.descriptor(), POLLIN | POLLOUT, 0});
-        co_await context.loop.ready(either, after(glance));
+        co_await network.eventLoop().ready(either, after(glance));
         look(connection);
         if (answered || !sendPiece(connection)) {
             co_return; // the answer, if there is one, is read before the broken connection is told
@@ -106,7 +100,7 @@ Task<void> Upload::sendArchive(TcpConnection& connection)
     }
 }
 
-bool Upload::sendPiece(const TcpConnection& connection)
+bool Upload::sendPiece(TcpConnection& connection)
 {
     if (bufferSent == buffer.size()) {
         refill();
@@ -133,8 +127,8 @@ void Upload::refill()
 
 Task<void> Upload::awaitAcknowledgement(TcpConnection& connection)
 {
-    while (sent == total && !meter.isComplete() && !answered) {
-        co_await context.loop.readable(connection.descriptor(), after(std::min(glance, Seconds(0.02))));
+    while (isWhole() && !meter.isComplete() && !answered) {
+        co_await network.eventLoop().readable(connection.descriptor(), after(shortGlance));
         look(connection);
     }
 }
@@ -145,45 +139,44 @@ void Upload::look(const TcpConnection& connection)
     answered = hasInput(connection);
     const std::uint64_t waiting = connection.unacknowledged();
     meter.update(Seconds(Clock::now() - start).count(), sent - std::min(sent, waiting));
-    context.console.progress(fmt::format("{}: sending, {}", label, meter.text()));
+    observer.progress("sending", meter.text(), meter.percent());
     if (meter.secondsSilent() > patience.count()) {
-        throw stalled("sending the archive", meter.secondsSilent());
+        throw stalled(sending, meter.secondsSilent());
     }
     if (meter.secondsSilent() > stallWarning && !stallTold) {
         stallTold = true;
-        context.console.warning(fmt::format("{}: the transfer stalls: the card has taken nothing for {:.0f} s", label,
-                                            meter.secondsSilent()));
+        observer.warning(
+            fmt::format("the transfer stalls: the card has taken nothing for {:.0f} s", meter.secondsSilent()));
     }
 }
 
 Task<void> Upload::awaitAnswer(TcpConnection& connection)
 {
-    const std::string phase = sent < total ? "sending the archive" : "waiting for the card to unpack";
-    const TimePoint since = Clock::now();
-    const TimePoint end = after(patience);
-    bool ready = false;
-    while (!ready) {
-        context.console.progress(fmt::format("{}: unpacking, {:.0f} s", label, Seconds(Clock::now() - since).count()));
-        ready = co_await context.loop.readable(connection.descriptor(), std::min(end, after(Seconds(1))));
-        if (!ready && Clock::now() >= end) {
-            throw stalled(phase, patience.count());
-        }
+    const std::string phase = isWhole() ? unpacking : sending;
+    observer.progress("unpacking", {}, meter.percent());
+    const bool ready = co_await network.eventLoop().readable(connection.descriptor(), after(patience));
+    if (!ready) {
+        throw stalled(phase, patience.count());
     }
-    const Reply reply = co_await connection.receiveReply(request, context.network.deadline(), phase);
-    checkStatus(reply.header, phase);
+    const bool whole = isWhole() && connection.unacknowledged() == 0;
+    const Reply reply = co_await inPhase(phase, connection.receiveReply(network.deadline()));
+    inPhase(phase, [&] {
+        checkStatus(reply.header);
+        if (!whole) {
+            throw garbage("success was said before the whole archive was there; what the card has done is not known");
+        }
+    });
 }
 
 Failure Upload::interrupted() const
 {
-    const bool whole = sent == total;
     const bool upgrades = request.header.commandId == static_cast<std::uint16_t>(CommandId::firmwareUpgrade);
     std::string state = "nothing was installed; the card holds a partial archive that the next upload overwrites";
     if (sent == 0) {
         state = "nothing was sent; the card is as it was";
-    } else if (whole) {
+    } else if (isWhole()) {
         state = upgrades ? "the card has the whole archive: it unpacks and installs it all the same"
                          : "the card has the whole archive: it unpacks it all the same, and installs nothing";
     }
-    return {ExitCode::interrupted, "interrupted", whole ? "waiting for the card to unpack" : "sending the archive",
-            std::move(state)};
+    return {ExitCode::interrupted, Category::interrupted, isWhole() ? unpacking : sending, std::move(state)};
 }

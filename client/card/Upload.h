@@ -2,54 +2,53 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/card/Observer.h"
+#include "client/card/TransferMeter.h"
 #include "client/engine/Descriptor.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/Task.h"
 #include "client/firmware/Archive.h"
-#include "client/firmware/TransferMeter.h"
 #include "client/wire/Endpoint.h"
 #include "client/wire/Frame.h"
+#include "client/wire/Network.h"
 #include "client/wire/TcpConnection.h"
 
 #include <string>
-
-struct Context;
 
 // Sends an archive to one card and waits until the card has unpacked it. Lives as long as its task.
 class Upload
 {
 public:
-    // `label` is the card's name for people. `patience`: how long the card may take without a sign of progress.
-    Upload(Context& newContext, std::string newLabel, const Archive& newArchive, CommandId command,
+    // `patience`: how long the card may take without a sign of progress.
+    Upload(Network& newNetwork, Observer& newObserver, const Archive& newArchive, CommandId command,
            Seconds newPatience);
 
-    // Ends when the card has said success. Throws a Failure; an interruption becomes one that tells in which state the
-    // card is.
+    // Ends when the card has said success. Throws NotSent in a dry run, else a Failure; an interruption becomes one
+    // that tells in which state the card is.
     Task<void> send(Endpoint endpoint);
 
+    // Does the card have the whole archive, or may it have it? Then it goes on, whatever becomes of the connection.
+    [[nodiscard]] bool isWhole() const { return sent == total; }
     [[nodiscard]] double seconds() const { return duration; }  // of the transfer
     [[nodiscard]] double rate() const { return meter.rate(); } // bytes a second
-
-    // What goes in front of the archive: the header and the section's count.
-    [[nodiscard]] Bytes head() const;
 
 private:
     Task<void> exchange(Endpoint endpoint);
     Task<void> sendArchive(TcpConnection& connection);
     Task<void> awaitAcknowledgement(TcpConnection& connection);
     Task<void> awaitAnswer(TcpConnection& connection);
-    bool sendPiece(const TcpConnection& connection);
+    bool sendPiece(TcpConnection& connection);
     void refill();
     void look(const TcpConnection& connection);
     [[nodiscard]] Failure interrupted() const;
 
-    Context& context;
-    std::string label;
+    Network& network;
+    Observer& observer;
     const Archive& archive;
     Request request;
     Seconds patience;
     Descriptor file;
-    Bytes buffer; // what was read of head and archive
+    Bytes buffer; // what was read of the archive
     std::size_t bufferSent = 0;
     std::uint64_t fileRead = 0;
     std::uint64_t total; // head and archive

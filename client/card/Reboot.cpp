@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Reboot.h"
+
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+#include "client/wire/Phase.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// All chosen, not measured. A card is away for many seconds when it reboots, so two seconds of silence are a small part
+// of it. One that is up and busy may need a good part of a second for an answer: it is not asked again before that,
+// which would only make it slower, and a late answer counts. Three questions bear a lost datagram.
+constexpr Seconds glance{0.15};                     // between two looks at a card that goes down or comes back
+constexpr RetryPolicy untilSilent{Seconds(1.8), 2}; // for a card that accepts no connection
+constexpr Seconds longestAnswer{4};                 // of a card that comes back, if it did not answer in less: it boots
+constexpr double growth = 1.3;    // of the time for an answer, from one glance to the longest in 13 looks
+constexpr Seconds longestRest{3}; // of a card that was told: it goes down two seconds later
+
+Failure stayedUp()
+{
+    return {ExitCode::verification, Category::stayedUp, "waiting for the card to go down",
+            "the card confirmed the reboot, but answered all the time"};
+}
+
+Failure notDone()
+{
+    return {ExitCode::verification, Category::stayedUp, "watching whether the card reboots all the same",
+            "the card did not confirm the reboot, and answered all the time after"};
+}
+
+Failure tooEarly()
+{
+    return {
+        ExitCode::noAnswer, Category::timeout, "watching whether the card reboots all the same",
+        "the card did not confirm the reboot, and still answers, but would go down only two seconds after; a longer "
+        "--timeout tells more"};
+}
+
+Failure notConfirmed()
+{
+    return {ExitCode::noAnswer, Category::timeout, "watching whether the card reboots all the same",
+            "the card did not confirm the reboot, and does not answer any more: it may reboot, or be out of reach"};
+}
+
+Failure notBack()
+{
+    return {ExitCode::noAnswer, Category::notBack, "waiting for the card to come back",
+            "the card went down, but did not answer again in time"};
+}
+
+Failure interruptedReboot(std::string phase)
+{
+    return {ExitCode::interrupted, Category::interrupted, std::move(phase), "the card reboots all the same"};
+}
+
+} // namespace
+
+Task<void> Reboot::run(std::optional<Seconds> waitTime)
+{
+    const CardReply card = co_await queryCard(network, name);
+    std::optional<Endpoint> openPort;
+    if (waitTime && card.address != noAddress) {
+        const Endpoint endpoint{card.address};
+        openPort = co_await openPortOf(endpoint);
+    }
+    try {
+        sent = Clock::now();
+        confirmed = co_await send(card.interface);
+        if (!confirmed) {
+            co_await readBack(card.address, openPort, waitTime);
+        } else if (waitTime) {
+            co_await seeThrough(openPort, *waitTime);
+        }
+    } catch (const Interrupted&) {
+        throw interruptedReboot(phase);
+    }
+}
+
+// Only a port that was open before tells anything when it is closed: the address that a card is heard from may be
+// another host's on the way there.
+Task<std::optional<Endpoint>> Reboot::openPortOf(Endpoint endpoint)
+{
+    const PortState port = co_await network.probe(endpoint, glance);
+    co_return port == PortState::open ? std::optional(endpoint) : std::nullopt;
+}
+
+// False if nothing came back.
+Task<bool> Reboot::send(std::string interface)
+{
+    Request request = textRequest(CommandId::reboot, rebootXml(name));
+    ByName how;
+    how.onlyInterface = std::move(interface);
+    try {
+        co_await inPhase(phase, network.askByName(name, std::move(request), std::move(how)));
+    } catch (const Failure& failure) {
+        if (failure.code != ExitCode::noAnswer) {
+            throw;
+        }
+        co_return false;
+    }
+    co_return true;
+}
+
+// A card that answers all the time was not told, or did not do it. Silence alone may be that of the network: only a
+// card that comes back after it has rebooted.
+Task<void> Reboot::readBack(std::string address, std::optional<Endpoint> openPort, std::optional<Seconds> waitTime)
+{
+    phase = "watching whether the card reboots all the same";
+    if (!openPort && address != noAddress) {
+        const Endpoint endpoint{address};
+        openPort = co_await openPortOf(endpoint);
+    }
+    const bool wentDown = co_await seeItGoDown(openPort, network.deadline());
+    if (!wentDown) {
+        throw Clock::now() - sent > longestRest ? notDone() : tooEarly();
+    }
+    if (!waitTime) {
+        throw notConfirmed();
+    }
+    down = Clock::now() - sent;
+    co_await seeItComeBack(after(*waitTime));
+    back = Clock::now() - sent;
+}
+
+Task<void> Reboot::seeThrough(std::optional<Endpoint> openPort, Seconds waitTime)
+{
+    const TimePoint start = Clock::now();
+    const TimePoint end = after(waitTime);
+    phase = "waiting for the card to go down";
+    const bool wentDown = co_await seeItGoDown(std::move(openPort), end);
+    if (!wentDown) {
+        throw stayedUp();
+    }
+    down = Clock::now() - start;
+    phase = "waiting for the card to come back";
+    co_await seeItComeBack(end);
+    back = Clock::now() - start;
+}
+
+// Down is a card that refuses connections, or from which nothing at all comes. The port is tried first because that
+// costs the card least.
+Task<bool> Reboot::seeItGoDown(std::optional<Endpoint> openPort, TimePoint end)
+{
+    while (Clock::now() < end) {
+        const TimePoint next = after(glance);
+        PortState port = PortState::silent;
+        if (openPort) {
+            port = co_await network.probe(*openPort, glance);
+        }
+        bool answers = port == PortState::open;
+        if (port == PortState::silent) {
+            answers = co_await answersByName(untilSilent);
+        }
+        if (!answers) {
+            co_return true;
+        }
+        co_await network.eventLoop().until(next);
+    }
+    co_return false;
+}
+
+// Asks with growing patience: a card that is slow to answer must not be given up before it does.
+Task<void> Reboot::seeItComeBack(TimePoint end)
+{
+    Seconds time = glance;
+    while (Clock::now() < end) {
+        const TimePoint next = after(glance);
+        const RetryPolicy once{time, 0};
+        const bool answers = co_await answersByName(once);
+        if (answers) {
+            co_return;
+        }
+        time = std::min(longestAnswer, time * growth);
+        co_await network.eventLoop().until(next);
+    }
+    throw notBack();
+}
+
+// A refusal, too, comes from a card that is up.
+Task<bool> Reboot::answersByName(RetryPolicy policy)
+{
+    try {
+        co_await queryIpConfiguration(network, name, policy);
+    } catch (const Failure& failure) {
+        co_return failure.code == ExitCode::refusedByCard || failure.code == ExitCode::protocol;
+    }
+    co_return true;
+}

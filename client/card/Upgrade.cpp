@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Upgrade.h"
+
+#include "client/card/Queries.h"
+#include "client/card/ReadBack.h"
+#include "client/wire/Phase.h"
+
+#include <fmt/core.h>
+
+namespace
+{
+
+constexpr const char* upgrading = "waiting for the end of the upgrade";
+constexpr double everythingSent = 100;
+
+Failure unknown(const Failure& cause)
+{
+    return {cause.code, cause.category, upgrading,
+            fmt::format("the card took the archive, but it is not known whether it upgraded: {}", cause.hint)};
+}
+
+Failure stillUpgrading()
+{
+    return {ExitCode::interrupted, Category::interrupted, upgrading, "the card goes on with the upgrade all the same"};
+}
+
+Task<void> readVersions(Network& network, Observer& observer, Endpoint endpoint, TimePoint end,
+                        std::optional<Versions>& versions)
+{
+    observer.progress("upgrading", {}, everythingSent);
+    versions = co_await inPhase(upgrading, queryVersionsUntil(network, std::move(endpoint), end));
+}
+
+} // namespace
+
+// The card serves nobody while it unpacks and upgrades: its next answer is the script's end.
+Task<Versions> awaitUpgrade(Network& network, Observer& observer, Endpoint endpoint, Seconds patience,
+                            std::optional<Failure> silence)
+{
+    const TimePoint end = after(patience);
+    std::optional<Versions> versions;
+    const std::function<Task<void>()> ask = [&] { return readVersions(network, observer, endpoint, end, versions); };
+    try {
+        const std::optional<Failure> cause = co_await readBack(network.eventLoop(), end, ask);
+        if (cause) {
+            throw silence ? unread(*silence, *cause) : unknown(*cause);
+        }
+    } catch (const Interrupted&) {
+        throw stillUpgrading();
+    }
+    co_return std::move(*versions);
+}
