@@ -2,15 +2,19 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/cli/Cli.h"
 
+#include "client/model/ExitCode.h"
 #include "client/model/Failure.h"
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 #include <iterator>
+#include <span>
 #include <sstream>
 #include <type_traits>
 #include <vector>
@@ -18,12 +22,9 @@
 namespace
 {
 
-constexpr const char* version = "tarvelctl 1.0.0";
+constexpr const char* version = "tarvelctl " TARVELD_VERSION "\n"; // the project's, from CMakeLists.txt
+
 constexpr const char* summary = "Configures the cards that run tarveld: versions, time, IP addresses, firmware.";
-constexpr const char* footer =
-    "Exit status: 0 ok, 2 usage, 3 refused by the card, 4 protocol, 5 no answer, 6 unreachable, "
-    "7 verification\nfailed, 8 mixed outcomes, 9 nothing to do or differs, 10 bad file, "
-    "130 interrupted.";
 
 struct OfferedCommand {
     const CommandRow* row;
@@ -31,6 +32,12 @@ struct OfferedCommand {
     OptionSet options;
     CLI::App* app;
 };
+
+// A range lets it through, because it is neither smaller nor greater than anything.
+std::string refuseNotANumber(const std::string& text)
+{
+    return std::isnan(std::strtod(text.c_str(), nullptr)) ? fmt::format("{} is no number", text) : std::string();
+}
 
 CLI::Option* addToParser(CLI::App& app, const OptionSpec& spec)
 {
@@ -42,7 +49,9 @@ CLI::Option* addToParser(CLI::App& app, const OptionSpec& spec)
             } else {
                 CLI::Option* option = app.add_option(spec.names, *destination, spec.help);
                 if constexpr (std::is_same_v<Value, int> || std::is_same_v<Value, double>) {
-                    option->check(CLI::Range(spec.minimum, 1e9))->capture_default_str();
+                    option->check(CLI::Range(spec.minimum, 1e9))->check(refuseNotANumber)->capture_default_str();
+                } else if constexpr (std::is_same_v<Value, std::optional<double>>) {
+                    option->check(CLI::Range(spec.minimum, 1e9))->check(refuseNotANumber);
                 }
                 return option;
             }
@@ -93,19 +102,55 @@ std::string footerOf(std::string_view examples)
     return text + "\n\nOptions for all commands, such as -o json and --timeout: tarvelctl --help";
 }
 
-std::vector<OfferedCommand> offerCommands(CLI::App& app)
+using Words = std::span<const char* const>;
+
+// Scripts ask for it before anything else; the description of all options would be half of the work.
+bool asksForVersionAlone(Words words)
+{
+    return words.size() == 2 && (words[1] == std::string_view("-V") || words[1] == std::string_view("--version"));
+}
+
+// A command can be meant only if each word of its name stands somewhere on the command line.
+bool isTyped(const CommandRow& row, Words words)
+{
+    const auto occurs = [&](std::string_view wanted) {
+        return std::ranges::any_of(words, [&](std::string_view word) { return word == wanted; });
+    };
+    const std::size_t space = row.name.find(' ');
+    return occurs(row.name.substr(0, space)) && (space == std::string_view::npos || occurs(row.name.substr(space + 1)));
+}
+
+void describeCommand(OfferedCommand& offered)
+{
+    offered.command = offered.row->make();
+    offered.app->footer(footerOf(offered.row->examples));
+    offered.command->declare(offered.options);
+    for (const OptionSpec& spec : offered.options.specs()) {
+        describe(*offered.app, spec);
+    }
+}
+
+std::string listOfExitStatuses()
+{
+    std::string text = "Exit status:";
+    for (const ExitStatus& status : exitStatuses()) {
+        text += fmt::format("\n  {:<5}{}", static_cast<int>(status.code), status.meaning);
+    }
+    return text;
+}
+
+// All by name, for the help and for what is said of a wrong word; to describe the options of those that are not typed
+// would take longer than many a command runs.
+std::vector<OfferedCommand> offerCommands(CLI::App& app, Words words)
 {
     std::vector<OfferedCommand> offered;
     for (const CommandRow& row : commandTable()) {
-        OfferedCommand one{&row, row.make(), {}, nullptr};
         const std::string word(row.name.substr(row.name.find(' ') + 1)); // npos + 1 is 0: the only word
-        one.app = groupOf(app, row.name).add_subcommand(word, std::string(row.summary));
-        one.app->footer(footerOf(row.examples));
-        one.command->declare(one.options);
-        for (const OptionSpec& spec : one.options.specs()) {
-            describe(*one.app, spec);
+        CLI::App* one = groupOf(app, row.name).add_subcommand(word, std::string(row.summary));
+        offered.push_back({&row, nullptr, {}, one});
+        if (isTyped(row, words)) {
+            describeCommand(offered.back());
         }
-        offered.push_back(std::move(one));
     }
     return offered;
 }
@@ -150,17 +195,21 @@ void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
 
 void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
 {
+    if (asksForVersionAlone(Words(argv, static_cast<std::size_t>(argc)))) {
+        line.text = version;
+        return;
+    }
     CLI::App app(summary, "tarvelctl");
     app.fallthrough(); // options of the program are understood after the command's name, too
     app.require_subcommand(1);
     app.set_version_flag("-V,--version", version, "print the version");
-    app.footer(footer);
+    app.footer(listOfExitStatuses());
     OptionSet options;
     line.options.declare(options);
     for (const OptionSpec& spec : options.specs()) {
         describe(app, spec);
     }
-    std::vector<OfferedCommand> offered = offerCommands(app);
+    std::vector<OfferedCommand> offered = offerCommands(app, Words(argv, static_cast<std::size_t>(argc)));
     try {
         app.parse(argc, argv);
         nameCommand(offered, line);
@@ -168,7 +217,7 @@ void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
     } catch (const CLI::CallForHelp&) {
         line.text = app.help();
     } catch (const CLI::CallForVersion&) {
-        line.text = std::string(version) + "\n";
+        line.text = version;
     } catch (const CLI::RequiredError& error) {
         nameCommand(offered, line);
         throw missingWord(app, error);

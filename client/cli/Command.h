@@ -19,6 +19,8 @@ public:
     virtual ~Command() = default;
 
     virtual void declare(OptionSet& options) = 0;
+    // A dry run of a command that changes cards still reads what it needs; of any other command it sends nothing.
+    [[nodiscard]] virtual bool changesCards() const { return false; }
     // Does the job and prints its data through context.writer. A Failure that leaves run() is reported as the
     // program's own.
     virtual ExitCode run(Context& context) = 0;

@@ -6,15 +6,20 @@ void GlobalOptions::declare(OptionSet& options)
 {
     options.value("-o,--output", &output, "FORMAT", "how data is printed: table (if not told), json, jsonl, csv")
         .choices = {"table", "json", "jsonl", "csv"};
+    options.value("--columns", &columns, "NAMES", "these columns of a table or of CSV: target,ok,code");
     options.value("--timeout", &timeout, "SECONDS", "time for one step: to connect, to be answered (5)").minimum = 0.01;
     options.value("--retries", &retries, "N", "how often a request that changes nothing is repeated (2)");
     options.value("--parallel", &parallel, "N", "how many targets are served at the same time (64)").minimum = 1;
     options.value("-i,--interface", &interfaces, "IF", "broadcast only on this interface (repeatable)");
+    options.value("--exclude", &exclude, "TARGET", "all targets but these: names, addresses, ranges (repeatable)");
     options.value("--groups", &groupsFile, "FILE", "file with card names and @groups");
     options.flag("--fold", fold, "print identical answers once");
     options.flag("-q,--quiet", quiet, "no notes and no progress: data, warnings and failures only");
     options.flag("-v,--verbose", verbose, "show the frames sent and received, in hexadecimal");
     options.flag("--dry-run", dryRun, "print what would be sent that changes a card; change nothing");
     options.flag("-y,--yes", yes, "go on where the effect cannot be undone");
+    options.flag("--force", force, "go on where another card could be meant, or an address is taken");
+    options.flag("--trust-groups", trustGroups, "change a card at its address in the groups file, unheard");
+    options.flag("--no-probe", noProbe, "do not ask, before a change over TCP, whether two cards share an address");
     options.flag("--unsafe-raw", unsafeRaw, "send values that the card's shell would interpret");
 }

@@ -15,7 +15,7 @@ namespace
 
 Failure unreadable(const std::string& path)
 {
-    return {ExitCode::badFile, "bad-file", "reading a file",
+    return {ExitCode::badFile, Category::badFile, "reading a file",
             fmt::format("cannot read {}: {}", path, std::strerror(errno))};
 }
 

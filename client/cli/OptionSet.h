@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,8 +12,8 @@
 // One option or argument of a command, told once: the command line parser, the help, the completion scripts and the
 // tests of the manual page all read it from here. Names are "-o,--output" or, for an argument, "TARGET".
 struct OptionSpec {
-    using Destination =
-        std::variant<bool*, int*, double*, std::string*, std::optional<std::string>*, std::vector<std::string>*>;
+    using Destination = std::variant<bool*, int*, double*, std::optional<double>*, std::string*,
+                                     std::optional<std::string>*, std::vector<std::string>*>;
 
     std::string names;
     Destination destination;
@@ -26,7 +27,8 @@ struct OptionSpec {
     [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(destination); }
 };
 
-// What a command declares its options with; the variables must live as long as the command.
+// What a command declares its options with; the variables must live as long as the command. What flag() and the others
+// return may be completed as long as the set lives.
 class OptionSet
 {
 public:
@@ -34,10 +36,10 @@ public:
     OptionSpec& value(std::string names, OptionSpec::Destination destination, std::string valueName, std::string help);
     OptionSpec& argument(const std::string& name, OptionSpec::Destination destination, std::string help);
 
-    [[nodiscard]] const std::vector<OptionSpec>& specs() const { return all; }
+    [[nodiscard]] const std::deque<OptionSpec>& specs() const { return all; }
 
 private:
     OptionSpec& add(OptionSpec spec);
 
-    std::vector<OptionSpec> all;
+    std::deque<OptionSpec> all; // what an earlier call returned stays where it is
 };

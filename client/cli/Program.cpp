@@ -7,8 +7,10 @@
 #include "client/engine/EventLoop.h"
 #include "client/engine/InterruptSource.h"
 #include "client/output/Console.h"
+#include "client/output/Streams.h"
 #include "client/output/Writer.h"
-#include "client/targets/CardBook.h"
+#include "client/targets/Inventory.h"
+#include "client/wire/HexText.h"
 #include "client/wire/Network.h"
 
 #include <cerrno>
@@ -43,8 +45,11 @@ void writeFailure(const Failure& failure, const CommandLine& line, const std::st
 {
     Result result;
     result.fail(failure);
+    if (failure.code == ExitCode::internal) { // all others end the program before a card hears of it
+        result.changed = std::nullopt;
+    }
     const std::unique_ptr<Writer> writer = makeWriter(format);
-    writer->begin(line.commandName);
+    writer->begin(line.commandName, {});
     writer->add(result);
     writer->end(failure.code);
 }
@@ -52,26 +57,49 @@ void writeFailure(const Failure& failure, const CommandLine& line, const std::st
 int report(const Failure& failure, const CommandLine& line, const std::string& format)
 {
     Console(line.options.quiet, line.options.verbose).error(failure.hint);
-    try {
-        if (format.starts_with("json")) {
-            writeFailure(failure, line, format);
-        }
-    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): stdout itself is what fails; stderr has it all
+    if (format.starts_with("json")) {
+        writeFailure(failure, line, format);
     }
     return static_cast<int>(failure.code);
 }
 
 Failure internalFailure(const std::string& why)
 {
-    return {ExitCode::internal, "internal", "working", fmt::format("internal error: {}", why)};
+    return {ExitCode::internal, Category::internal, "working", fmt::format("internal error: {}", why)};
 }
 
-// What is still in the buffer may find the disk full or the reader gone, and then the data is not out.
+// Who stopped reading has what they wanted; a disk that is full keeps data from somebody who wants it.
 void finishOutput()
 {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    if (finishData() == Delivery::failed) {
         throw internalFailure(fmt::format("cannot write the output: {}", std::strerror(errno)));
     }
+}
+
+NetworkOptions networkOptions(const CommandLine& line)
+{
+    const GlobalOptions& options = line.options;
+    const DryRun whenDry = line.command->changesCards() ? DryRun::changes : DryRun::everything;
+    NetworkOptions result;
+    result.timeoutGiven = options.timeout.has_value();
+    result.policy.timeout = options.timeout ? Seconds(*options.timeout) : result.policy.timeout;
+    result.policy.retries = options.retries;
+    result.interfaces = options.interfaces;
+    result.dryRun = options.dryRun ? whenDry : DryRun::off;
+    return result;
+}
+
+// Under --verbose: "10.0.0.11 <- 25 bytes: ..." for what is sent, "->" for what came.
+FrameObserver frameTrace(const Console& console)
+{
+    if (!console.isVerbose()) {
+        return {};
+    }
+    return [&](const std::string& peer, Direction direction, std::span<const std::byte> bytes) {
+        constexpr std::size_t mostTraced = 4096;
+        console.trace(fmt::format("{} {} {} bytes: {}", peer, direction == Direction::sent ? "<-" : "->", bytes.size(),
+                                  hexText(bytes, mostTraced)));
+    };
 }
 
 ExitCode runCommand(CommandLine& line)
@@ -81,10 +109,14 @@ ExitCode runCommand(CommandLine& line)
     const InterruptSource interrupts;
     loop.setInterruptDescriptor(interrupts.descriptor());
     Console console(options.quiet, options.verbose);
-    const std::unique_ptr<Writer> writer = makeWriter(options.output);
-    const CardBook book = CardBook::load(options.groupsFile);
-    Network network(loop, console, {Seconds(options.timeout), options.retries}, options.interfaces);
-    Context context{options, loop, console, *writer, network, book};
+    if (console.showsProgress()) {
+        constexpr Seconds betweenDrawings(0.1);
+        loop.setTicker(betweenDrawings, [&] { console.drawProgress(); });
+    }
+    const std::unique_ptr<Writer> writer = makeWriter(options.output, columnNames(options.columns));
+    const Inventory inventory = Inventory::load(options.groupsFile);
+    Network network(loop, networkOptions(line), frameTrace(console));
+    Context context{options, loop, console, *writer, network, inventory};
     return line.command->run(context);
 }
 
@@ -100,14 +132,15 @@ int runProgram(int argc, const char* const* argv)
         if (line.command) {
             code = runCommand(line);
         } else {
-            fmt::print("{}", line.text);
+            writeData(line.text);
         }
         finishOutput();
         return static_cast<int>(code);
     } catch (const Failure& failure) {
         return report(failure, line, line.command ? line.options.output : formatAskedFor(argc, argv));
     } catch (const Interrupted&) {
-        return report({ExitCode::interrupted, "interrupted", "working", "interrupted"}, line, line.options.output);
+        return report({ExitCode::interrupted, Category::interrupted, "working", "interrupted"}, line,
+                      line.options.output);
     } catch (const std::exception& error) {
         return report(internalFailure(error.what()), line, line.options.output);
     }
