@@ -4,21 +4,28 @@
 
 #include "client/cli/Command.h"
 
+#include <array>
 #include <memory>
 
-// One maker per command, each defined at the end of the command's own file; the table of commands is their only user.
+// One maker per command, each defined at the end of the command's own file.
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
-std::unique_ptr<Command> makeDiscover();
 std::unique_ptr<Command> makeFirmwareCheck();
-std::unique_ptr<Command> makeFirmwareUpgrade();
-std::unique_ptr<Command> makeFirmwareUpload();
-std::unique_ptr<Command> makeIpGet();
-std::unique_ptr<Command> makeIpRescue();
-std::unique_ptr<Command> makeIpSet();
-std::unique_ptr<Command> makeRaw();
-std::unique_ptr<Command> makeReboot();
-std::unique_ptr<Command> makeStatus();
-std::unique_ptr<Command> makeTimeGet();
-std::unique_ptr<Command> makeTimeSet();
-std::unique_ptr<Command> makeVersions();
+
+// The table of commands, in the order of the help.
+inline constexpr std::array commandRows = {
+    CommandRow{"firmware check", "look through a firmware archive before any card gets it",
+               "tarvelctl firmware check firmware.tar.gz\n"
+               "tarvelctl -o json firmware check firmware.tar.gz",
+               makeFirmwareCheck},
+    CommandRow{"decode", "take the bytes of a message apart",
+               "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
+               "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"
+               "xxd capture | tarvelctl decode -o json",
+               makeDecode},
+    CommandRow{"completion", "print a script that completes command lines in a shell",
+               "source <(tarvelctl completion bash)\n"
+               "tarvelctl completion zsh >~/.zfunc/_tarvelctl\n"
+               "tarvelctl completion fish >~/.config/fish/completions/tarvelctl.fish",
+               makeCompletion},
+};

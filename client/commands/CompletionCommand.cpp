@@ -3,8 +3,7 @@
 #include "client/cli/Command.h"
 #include "client/commands/Commands.h"
 #include "client/completion/Scripts.h"
-
-#include <fmt/core.h>
+#include "client/output/Streams.h"
 
 namespace
 {
@@ -22,11 +21,11 @@ public:
     {
         const ProgramShape shape = shapeOfProgram();
         if (shell == "bash") {
-            fmt::print("{}", bashCompletion(shape));
+            writeData(bashCompletion(shape));
         } else if (shell == "zsh") {
-            fmt::print("{}", zshCompletion(shape));
+            writeData(zshCompletion(shape));
         } else {
-            fmt::print("{}", fishCompletion(shape));
+            writeData(fishCompletion(shape));
         }
         return ExitCode::ok;
     }

@@ -71,7 +71,7 @@ public:
         }
         const Bytes bytes = words.empty() ? readFile() : readWords();
         std::vector<Result> results = dissectAll(bytes);
-        context.writer.begin("decode");
+        context.writer.begin("decode", {{"offset"}, {"field"}, {"value"}, {"meaning"}});
         for (Result& result : results) {
             print(context, result);
         }
@@ -101,7 +101,7 @@ private:
         try {
             return parseHex(text);
         } catch (const BadHex& bad) {
-            throw Failure{ExitCode::badFile, "bad-file", "reading hexadecimal", bad.what()};
+            throw Failure{ExitCode::badFile, Category::badFile, "reading hexadecimal", bad.what()};
         }
     }
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/cli/Context.h"
 #include "client/commands/Commands.h"
+#include "client/engine/EventLoop.h"
 #include "client/firmware/Archive.h"
 #include "client/output/Console.h"
 #include "client/output/Writer.h"
@@ -17,7 +18,7 @@ Row rowOf(const ArchiveMember& member)
     return {{"path", member.path},
             {"kind", std::string(kindName(member.kind))},
             {"size", member.size},
-            {"target", member.target.empty() ? Cell() : Cell(member.target)}};
+            {"link_target", member.target.empty() ? Cell() : Cell(member.target)}};
 }
 
 class FirmwareCheckCommand final : public Command
@@ -25,25 +26,33 @@ class FirmwareCheckCommand final : public Command
 public:
     void declare(OptionSet& options) override
     {
+        options.value("--max-size", &maxSize, "MIB", "refuse what unpacks to more than this (1024)").minimum = 1;
         options.argument("FILE", &path, "the archive: tar, compressed with gzip").required = true;
     }
 
     ExitCode run(Context& context) override
     {
-        const Archive archive = inspectArchive(path);
+        const Archive archive = inspectArchive(
+            path, [&] { context.loop.takeInterrupt(); }, mebibyte * static_cast<std::uint64_t>(maxSize));
         Result result;
         result.target = archive.path;
         result.add("bytes", static_cast<std::int64_t>(archive.size));
         result.add("sha256", archive.sha256);
+        result.add("unpacked_bytes", static_cast<std::int64_t>(archive.unpacked));
+        result.add("ratio", static_cast<double>(archive.unpacked) / static_cast<double>(archive.size));
         result.listName = "members";
-        for (const ArchiveMember& member : archive.members) {
-            result.list.push_back(rowOf(member));
-        }
+        // Rows are made while they are printed: of very many members they would take more memory than the members.
+        result.longList = [&archive](const RowVisitor& visit) {
+            archive.members.forEach([&](const ArchiveMember& member) { visit(rowOf(member)); });
+        };
         if (!archive.problems.empty()) {
-            result.fail({ExitCode::badFile, "bad-archive", "checking the archive",
+            result.fail({ExitCode::badFile, Category::badArchive, "checking the archive",
                          fmt::format("must not go to a card: {}", fmt::join(archive.problems, "; "))});
         }
-        context.writer.begin("firmware check");
+        // Not earlier: a file that cannot be looked through is the failure of the whole run, and no result of it.
+        context.writer.begin(
+            "firmware check",
+            {{"bytes"}, {"sha256"}, {"unpacked_bytes"}, {"ratio"}, {"path"}, {"kind"}, {"size"}, {"link_target"}});
         context.writer.add(result);
         context.writer.end(result.code);
         tell(context, archive);
@@ -51,8 +60,12 @@ public:
     }
 
 private:
+    // The result has them in one hint; people read one a line.
     static void tell(const Context& context, const Archive& archive)
     {
+        for (const std::string& warning : archive.warnings) {
+            context.console.warning(fmt::format("{}: {}", archive.path, warning));
+        }
         for (const std::string& problem : archive.problems) {
             context.console.error(fmt::format("{}: {}", archive.path, problem));
         }
@@ -62,6 +75,7 @@ private:
     }
 
     std::string path;
+    int maxSize = 1024;
 };
 
 } // namespace
