@@ -4,49 +4,40 @@
 
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
+#include "client/commands/Agreement.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/Parallel.h"
 #include "client/output/Console.h"
 #include "client/output/Fold.h"
+#include "client/output/Report.h"
 #include "client/output/Writer.h"
 #include "client/wire/Network.h"
-#include "client/wire/Trace.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 #include <iostream>
 
 namespace
 {
 
-Failure interruptedFailure(const std::string& phase)
+std::vector<Identified> withoutQuestions(std::vector<Target> targets)
 {
-    return {ExitCode::interrupted, "interrupted", phase, "interrupted before the answer came"};
-}
-
-DryRun dryRunMode(const GlobalOptions& options, bool changesCards)
-{
-    if (!options.dryRun) {
-        return DryRun::off;
+    std::vector<Identified> cards(targets.size());
+    for (std::size_t index = 0; index < cards.size(); ++index) {
+        cards[index].target = std::move(targets[index]);
     }
-    return changesCards ? DryRun::changes : DryRun::everything;
+    return cards;
 }
 
-void tellNotSent(Result& result, const Request& request)
+void tellWarnings(const Console& console, const std::vector<Identified>& cards)
 {
-    if (!request.xml.empty()) {
-        result.add("xml", request.xml);
-    }
-    result.add("bytes", hexText(encode(request)));
-    result.hint = "dry run: this request was not sent";
-}
-
-void requireNames(const std::vector<Target>& targets)
-{
-    for (const Target& target : targets) {
-        if (target.name.empty()) {
-            throw usageFailure(fmt::format("{} is an address, but this command addresses cards by name; an address has "
-                                           "a name only if the groups file gives it one",
-                                           target.label));
+    for (const Identified& card : cards) {
+        for (const std::string& warning : card.warnings) {
+            console.warning(fmt::format("{}: {}", card.target.label, warning));
+        }
+        if (card.sameAs) {
+            console.note(
+                fmt::format("{} is {}: one card, one job", card.target.label, cards[*card.sameAs].target.label));
         }
     }
 }
@@ -62,72 +53,106 @@ void TargetCommand::declare(OptionSet& options)
                                : "names, addresses, ranges card[01-16], @groups, or - for standard input");
 }
 
+std::vector<Column> TargetCommand::columnsWhen(bool dryRun) const
+{
+    std::vector<Column> all = columns();
+    if (takes() == Takes::namesOrAddresses && changesCards()) {
+        all.emplace_back("checked");
+    }
+    if (dryRun) {
+        all.insert(all.end(), {{"xml"}, {"frame"}});
+    }
+    return all;
+}
+
 bool TargetCommand::printsAtOnce(const Context& context) const
 {
     return context.writer.streams() && !context.options.fold && !comparesTargets();
 }
 
-void TargetCommand::print(Context& context, const Result& result) const
+std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Target> targets) const
 {
-    context.writer.add(result);
-    if (result.malformed) {
-        context.console.warning(
-            fmt::format("{}: the card's answer is no valid XML; it was read by its form", result.target));
+    if (!changesCards()) {
+        return withoutQuestions(std::move(targets));
     }
-    if (!result.ok() && result.category != nothingToDoCategory) {
-        context.console.error(
-            fmt::format("{}: {} while {}: {}", result.target, result.category, result.phase, result.hint));
-    } else if (!result.hint.empty()) {
-        context.console.note(fmt::format("{}: {}", result.target, result.hint));
-    }
+    const GlobalOptions& options = context.options;
+    context.console.progress("", {"looking for the cards"});
+    Identification identification(context.network, way(), {options.force, options.trustGroups, !options.noProbe});
+    std::vector<Identified> cards = context.loop.run(identification.run(std::move(targets)));
+    context.console.forgetJob("");
+    tellWarnings(context.console, cards);
+    // Two jobs on one card would come into each other's way, and the second might undo the first.
+    std::erase_if(cards, [](const Identified& card) { return card.sameAs.has_value(); });
+    return cards;
 }
 
-Task<void> TargetCommand::workOnOne(Context& context, const Target& target, Result& result)
+std::vector<Target> TargetCommand::targetsOf(const Context& context) const
 {
-    result.target = target.label;
-    try {
-        if (context.loop.wasInterrupted()) {
-            throw Interrupted();
-        }
-        co_await work(context, target, result);
-    } catch (const Failure& failure) {
-        result.fail(failure);
-    } catch (const NotSent& held) {
-        tellNotSent(result, held.request);
-    } catch (const Interrupted&) {
-        result.fail(interruptedFailure("waiting"));
-    } catch (const std::exception& error) { // of one target; what was learned of the others is worth printing
-        result.fail({ExitCode::internal, "internal", "working", fmt::format("internal error: {}", error.what())});
-    }
-    if (printsAtOnce(context)) {
-        print(context, result);
-    }
-}
-
-Task<void> TargetCommand::workOnAll(Context& context, const std::vector<Target>& targets, std::vector<Result>& results)
-{
-    co_await inParallel(context.loop, targets.size(), static_cast<std::size_t>(context.options.parallel),
-                        [&](std::size_t index) { return workOnOne(context, targets[index], results[index]); });
+    const Networks networks = takesNetworks() ? Networks::expanded : Networks::refused;
+    return withoutTargets(parseTargets(words, context.inventory, std::cin, networks), context.options.exclude,
+                          context.inventory, std::cin);
 }
 
 ExitCode TargetCommand::run(Context& context)
 {
-    const std::vector<Target> targets = parseTargets(words, context.book, std::cin);
+    std::vector<Target> targets = targetsOf(context);
     if (takes() == Takes::namesOnly) {
         requireNames(targets);
     }
     prepare(context, targets);
-    context.network.setDryRun(dryRunMode(context.options, changesCards()));
-    context.writer.begin(name());
-    std::vector<Result> results(targets.size());
-    context.loop.run(workOnAll(context, targets, results));
-    finish(context, results);
+    context.writer.begin(name(), columnsWhen(context.options.dryRun));
+    std::vector<Identified> cards = identify(context, std::move(targets));
+    askForAgreement(context, cards);
+    std::vector<Result> results(cards.size());
+    Report report(context.console);
+    workInBatches(context, report, cards, results);
+    finish(context, results); // before the code: a comparison may be what fails
     const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : commonCode(results);
     if (!printsAtOnce(context)) {
         for (const Result& result : context.options.fold ? fold(results) : results) {
-            print(context, result);
+            context.writer.add(result);
+            report.tell(result);
         }
     }
     context.writer.end(code);
+    report.count(results);
     return code;
+}
+
+std::string TargetCommand::planTitle(std::size_t cards) const
+{
+    return fmt::format("{} of {} cards:", name(), cards);
+}
+
+Task<std::string> TargetCommand::planOf(Context& /*context*/, Target /*target*/)
+{
+    co_return "";
+}
+
+Task<void> TargetCommand::planOne(Context& context, Target target, std::pair<std::string, std::string>& line)
+{
+    line.first = target.label;
+    try {
+        line.second = co_await planOf(context, std::move(target));
+    } catch (const Failure& failure) { // to be seen before anybody agrees; the job itself may still go well
+        line.second = fmt::format("{} while {}", wordOf(failure.category), failure.phase);
+    }
+}
+
+void TargetCommand::askForAgreement(Context& context, const std::vector<Identified>& cards)
+{
+    std::vector<Target> meant;
+    for (const Identified& card : cards) {
+        if (!card.refusal) {
+            meant.push_back(card.target);
+        }
+    }
+    const GlobalOptions& options = context.options;
+    if (!changesCards() || meant.size() < 2 || options.yes || options.dryRun || !context.console.canAsk()) {
+        return;
+    }
+    ChangePlan plan{planTitle(meant.size()), std::vector<std::pair<std::string, std::string>>(meant.size())};
+    context.loop.run(inParallel(context.loop, meant.size(), static_cast<std::size_t>(options.parallel),
+                                [&](std::size_t index) { return planOne(context, meant[index], plan.cards[index]); }));
+    requireAgreement(context.console, plan);
 }

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/commands/Agreement.h"
+
+#include "client/model/Failure.h"
+#include "client/model/Ranges.h"
+#include "client/output/Console.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+
+namespace
+{
+
+std::string textOf(const ChangePlan& plan)
+{
+    std::vector<std::pair<std::string, std::vector<std::string>>> groups;
+    for (const auto& [card, about] : plan.cards) {
+        const auto known = std::find_if(groups.begin(), groups.end(),
+                                        [&wanted = about](const auto& group) { return group.first == wanted; });
+        (known == groups.end() ? groups.emplace_back(about, std::vector<std::string>{}) : *known)
+            .second.push_back(card);
+    }
+    std::string text = plan.title;
+    for (const auto& [about, cards] : groups) {
+        text += fmt::format("\n  {}{}{}", foldRanges(cards), about.empty() ? "" : ": ", about);
+    }
+    return text;
+}
+
+} // namespace
+
+void requireAgreement(const Console& console, const ChangePlan& plan)
+{
+    if (!console.confirm(fmt::format("{}\nGo on?", textOf(plan)))) {
+        throw Failure{ExitCode::usage, Category::needsYes, "asking", "not agreed to; nothing was sent"};
+    }
+}

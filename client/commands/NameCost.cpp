@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/commands/NameCost.h"
+
+#include "client/output/Console.h"
+
+#include <fmt/core.h>
+
+void noteCostOfNames(const Console& console, std::size_t names)
+{
+    constexpr std::size_t manyNames = 64;
+    if (names > manyNames) {
+        console.note(fmt::format("{} names are asked for, and every card that hears them logs a line for each; "
+                                 "addresses, or names with an address in the groups file, avoid that",
+                                 names));
+    }
+}

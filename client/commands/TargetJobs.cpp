@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+//
+// The jobs of a TargetCommand: how they run at once, in batches, and end.
+#include "client/commands/TargetCommand.h"
+
+#include "client/card/Lookup.h"
+#include "client/cli/Context.h"
+#include "client/cli/GlobalOptions.h"
+#include "client/commands/NameCost.h"
+#include "client/engine/EventLoop.h"
+#include "client/engine/Parallel.h"
+#include "client/engine/Slots.h"
+#include "client/output/Console.h"
+#include "client/output/Report.h"
+#include "client/output/Writer.h"
+#include "client/wire/HexText.h"
+#include "client/wire/Network.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+
+namespace
+{
+
+// With the exit code of what it is owed to.
+Failure untouched(ExitCode code)
+{
+    return {code, Category::untouched, "waiting", "a card of an earlier batch failed"};
+}
+
+Failure interruptedFailure(const std::string& phase)
+{
+    return {ExitCode::interrupted, Category::interrupted, phase, "interrupted before the answer came"};
+}
+
+void tellNotSent(Result& result, const Request& request)
+{
+    if (!request.xml.empty()) {
+        result.add("xml", request.xml);
+    }
+    result.add("frame", hexText(encode(request)));
+    result.changed = false;
+    result.hint = "dry run: this request was not sent";
+}
+
+} // namespace
+
+bool TargetCommand::mustLookUp(const Context& context, const Target& target) const
+{
+    const bool isHeldBack = context.options.dryRun && !changesCards();
+    const bool needsName = takes() == Takes::namesOnly || !target.endpoint;
+    return looksUpNames() && needsName && !isHeldBack;
+}
+
+std::vector<std::string> TargetCommand::namesToLookUp(const Context& context, std::span<const Identified> cards) const
+{
+    std::vector<std::string> names;
+    for (const Identified& card : cards) {
+        if (mustLookUp(context, card.target)) {
+            names.push_back(card.target.name);
+        }
+    }
+    noteCostOfNames(context.console, names.size());
+    return names;
+}
+
+// What the jobs of all targets share. The time of a lookup takes no job's place.
+struct TargetCommand::Run {
+    Context& context;
+    Report& report;
+    Lookup lookup;
+    Slots slots;
+};
+
+Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& result)
+{
+    Target& target = card.target;
+    const bool isLookedUp = mustLookUp(run.context, target);
+    if (isLookedUp) {
+        run.context.console.progress(target.label, {"looking for the card"});
+        target.heard = co_await run.lookup.answerOf(target.name);
+    }
+    const Slots::Held slot = co_await run.slots;
+    run.context.console.progress(target.label, {"waiting for the answer"});
+    run.context.loop.refuseAfterInterrupt();
+    if (card.refusal) {
+        throw Failure(*card.refusal);
+    }
+    if (isLookedUp && !target.heard && !isPatient()) {
+        tellNotFound(result);
+        Failure failure = co_await run.lookup.explainSilence(target.name);
+        throw Failure(failure);
+    }
+    co_await work(run.context, target, result);
+}
+
+void TargetCommand::tellHowFound(const Identified& card, Result& result) const
+{
+    if (takes() == Takes::namesOnly) {
+        return;
+    }
+    if (changesCards()) {
+        result.add("checked", card.checked);
+    } else if (card.target.hasNotedAddress()) {
+        result.add("address_from", "groups");
+    }
+}
+
+Task<void> TargetCommand::workOnOne(Run& run, Identified& card, Result& result)
+{
+    result.target = card.target.label;
+    try {
+        co_await lookUpAndWork(run, card, result);
+    } catch (const Failure& failure) {
+        result.fail(failure);
+    } catch (const NotSent& held) {
+        tellNotSent(result, held.request);
+    } catch (const Interrupted&) {
+        result.fail(interruptedFailure("waiting"));
+    } catch (const std::exception& error) { // of one target; what was learned of the others is worth printing
+        result.fail(
+            {ExitCode::internal, Category::internal, "working", fmt::format("internal error: {}", error.what())});
+    }
+    tellHowFound(card, result);
+    run.context.console.finishJob(result.target);
+    printEarly(run.context, run.report, result);
+}
+
+void TargetCommand::printEarly(Context& context, Report& report, const Result& result) const
+{
+    if (printsAtOnce(context)) {
+        context.writer.add(result);
+        report.tell(result);
+    }
+}
+
+// The lookup runs beside the jobs, as one more of them.
+Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<Identified> cards,
+                                    std::span<Result> results)
+{
+    const std::size_t places = isPatient() ? cards.size() : static_cast<std::size_t>(context.options.parallel);
+    Run run{context, report, Lookup(context.network, namesToLookUp(context, cards)), Slots(context.loop, places)};
+    const std::size_t all = cards.size() + 1;
+    co_await inParallel(context.loop, all, all, [&](std::size_t index) {
+        return index == cards.size() ? run.lookup.run() : workOnOne(run, cards[index], results[index]);
+    });
+    for (const std::string& doubt : run.lookup.secondAnswers()) {
+        context.console.warning(doubt);
+    }
+}
+
+void TargetCommand::workInBatches(Context& context, Report& report, std::vector<Identified>& cards,
+                                  std::vector<Result>& results)
+{
+    const std::size_t size = batchSize() > 0 ? batchSize() : cards.size();
+    context.console.expectJobs(cards.size());
+    for (std::size_t first = 0; first < cards.size(); first += size) {
+        const std::size_t count = std::min(size, cards.size() - first);
+        const std::span<Result> batch = std::span(results).subspan(first, count);
+        context.loop.run(workOnAll(context, report, std::span(cards).subspan(first, count), batch));
+        const auto failed = std::find_if(batch.begin(), batch.end(), [](const Result& one) { return !one.ok(); });
+        if (failed == batch.end()) {
+            continue;
+        }
+        for (std::size_t rest = first + count; rest < cards.size(); ++rest) {
+            results[rest].target = cards[rest].target.label;
+            results[rest].fail(untouched(failed->code));
+            printEarly(context, report, results[rest]);
+        }
+        return;
+    }
+}
