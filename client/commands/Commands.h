@@ -11,9 +11,15 @@
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeFirmwareCheck();
+std::unique_ptr<Command> makeVersions();
 
 // The table of commands, in the order of the help.
 inline constexpr std::array commandRows = {
+    CommandRow{"versions", "show the component versions of cards",
+               "tarvelctl versions card01\n"
+               "tarvelctl versions --diff card[01-16]\n"
+               "tarvelctl -o json versions 10.0.0.11",
+               makeVersions},
     CommandRow{"firmware check", "look through a firmware archive before any card gets it",
                "tarvelctl firmware check firmware.tar.gz\n"
                "tarvelctl -o json firmware check firmware.tar.gz",

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+#include "client/cli/Context.h"
 #include "client/cli/LocalFile.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
 #include "client/commands/TargetCommand.h"
 #include "client/output/Console.h"
 #include "client/plan/VersionsDiff.h"
@@ -17,13 +19,21 @@ namespace
 
 Failure differs(std::string phase, std::string hint)
 {
-    return {ExitCode::differs, "differs", std::move(phase), std::move(hint)};
+    return {ExitCode::differs, Category::differs, std::move(phase), std::move(hint)};
 }
 
 class VersionsCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "versions"; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        std::vector<Column> all = {{"component"}, {"version"}};
+        if (expectFile) {
+            all.emplace_back("expected");
+        }
+        return all;
+    }
 
     void declareOwn(OptionSet& options) override
     {
@@ -43,8 +53,8 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const Endpoint endpoint = co_await locate(context, target);
-        const Versions versions = co_await getVersions(context, endpoint);
+        const Endpoint endpoint = co_await locate(context.network, target);
+        const Versions versions = co_await queryVersions(context.network, endpoint);
         result.malformed = versions.malformed;
         result.listName = "components";
         for (const Component& component : versions.components) {

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+#include "client/card/Identification.h"
+#include "client/card/Lookup.h"
+#include "client/engine/EventLoop.h"
+#include "client/wire/Network.h"
+
+namespace
+{
+
+class LookupTest : public ProgramFixture
+{
+protected:
+    static std::vector<std::string> nobodies(int count)
+    {
+        std::vector<std::string> names;
+        for (int number = 1; number <= count; ++number) {
+            names.push_back("nobody" + std::to_string(number));
+        }
+        return names;
+    }
+
+    static std::size_t sent() { return callsTo("sendto").size(); }
+
+    Task<void> untilSent(std::size_t count)
+    {
+        while (sent() < count) {
+            co_await loop.until(after(Seconds(0.001)));
+        }
+    }
+
+    EventLoop loop;
+    Network network{loop, NetworkOptions{.policy = {Seconds(60), 0}, .interfaces = {"lo"}}};
+};
+
+TEST_F(LookupTest, AsksForFiftyNamesAtATime)
+{
+    Lookup lookup(network, nobodies(120));
+    Task<void> asking = lookup.run();
+    const TimePoint start = Clock::now();
+    asking.start();
+    EXPECT_EQ(sent(), 50U); // before the loop has turned once
+    loop.run(untilSent(51));
+    EXPECT_EQ(sent(), 100U);
+    loop.run(untilSent(120));
+    EXPECT_GE(Seconds(Clock::now() - start), Seconds(0.2)); // two pauses, however fast the machine is
+}
+
+class IdentificationOfManyTest : public LookupTest
+{
+protected:
+    static std::vector<Target> targets(const std::vector<std::string>& names)
+    {
+        std::vector<Target> all;
+        for (const std::string& name : names) {
+            all.push_back({name, name, std::nullopt});
+        }
+        return all;
+    }
+};
+
+TEST_F(IdentificationOfManyTest, AsksForAllNamesWithinOneTimeOut)
+{
+    Identification identification(network, Way::byName, {});
+    Task<std::vector<Identified>> identifying = identification.run(targets(nobodies(300)));
+    identifying.start();
+    loop.run(untilSent(300)); // all of them while none has had its time
+    EXPECT_FALSE(identifying.done());
+}
+
+TEST_F(IdentificationOfManyTest, AsksAgainForNamesThatWereNotHeard)
+{
+    Network hurried{loop, NetworkOptions{.policy = {Seconds(0.2), 2}, .interfaces = {"lo"}}};
+    const std::vector<Identified> cards = loop.run(Identification(hurried, Way::byName, {}).run(targets(nobodies(60))));
+    EXPECT_EQ(sent(), 180U);
+    for (const Identified& silent : cards) {
+        ASSERT_TRUE(silent.refusal) << silent.target.name;
+        EXPECT_EQ(silent.refusal->code, ExitCode::noAnswer);
+        EXPECT_EQ(silent.refusal->phase, "waiting for the IP configuration");
+    }
+}
+
+TEST_F(IdentificationOfManyTest, AsksOnceForACardThatIsGivenTwice)
+{
+    const std::vector<Identified> cards =
+        loop.run(Identification(network, Way::byName, {}).run(targets({"card1", "card1"})));
+    EXPECT_EQ(sent(), 1U);
+    EXPECT_EQ(cards[0].heardFrom, std::vector<std::string>{"127.0.0.1"});
+    EXPECT_EQ(cards[1].sameAs, 0U);
+}
+
+// How long it takes at least, however fast the machine is: a second card may answer until then.
+TEST_F(IdentificationOfManyTest, ListensForASecondCardAfterTheFirstAnswer)
+{
+    const TimePoint start = Clock::now();
+    const std::vector<Identified> cards = loop.run(Identification(network, Way::byName, {}).run(targets({"card1"})));
+    EXPECT_GE(Seconds(Clock::now() - start), Seconds(0.3));
+    EXPECT_FALSE(cards[0].refusal);
+}
+
+TEST_F(IdentificationOfManyTest, ListensAsLongForASecondAnswerToTheProbe)
+{
+    const TimePoint start = Clock::now();
+    loop.run(Identification(network, Way::overTcp, {.probe = true}).run(targets({"card1"})));
+    EXPECT_GE(Seconds(Clock::now() - start), Seconds(0.6));
+}
+
+} // namespace
