@@ -11,6 +11,8 @@
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeFirmwareCheck();
+std::unique_ptr<Command> makeTimeGet();
+std::unique_ptr<Command> makeTimeSet();
 std::unique_ptr<Command> makeVersions();
 
 // The table of commands, in the order of the help.
@@ -20,6 +22,13 @@ inline constexpr std::array commandRows = {
                "tarvelctl versions --diff card[01-16]\n"
                "tarvelctl -o json versions 10.0.0.11",
                makeVersions},
+    CommandRow{"time get", "show mode, NTP server and clock, and the skew against this machine",
+               "tarvelctl time get card01 10.0.0.12", makeTimeGet},
+    CommandRow{"time set", "set the NTP server, or the clock by hand",
+               "tarvelctl time set --ntp 10.0.0.1 card[01-16]\n"
+               "tarvelctl time set --manual now card01\n"
+               "tarvelctl time set --manual 2026-03-04T05:06:07Z card01",
+               makeTimeSet},
     CommandRow{"firmware check", "look through a firmware archive before any card gets it",
                "tarvelctl firmware check firmware.tar.gz\n"
                "tarvelctl -o json firmware check firmware.tar.gz",

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identity.h"
+#include "client/card/TimeChange.h"
+#include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
 #include "client/commands/TargetCommand.h"
 #include "client/commands/TimeReport.h"
 #include "client/output/Console.h"
 #include "client/plan/TimePlan.h"
 
 #include <chrono>
-#include <cmath>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 
 namespace
 {
@@ -21,21 +23,11 @@ std::int64_t secondsNow()
         .count();
 }
 
-Failure interruptedSetting()
-{
-    return {ExitCode::interrupted, "interrupted", "setting the time reference",
-            "the card may have the new time reference or the former one; `tarvelctl time get` tells"};
-}
-
-Failure notTaken(std::string hint)
-{
-    return {ExitCode::verification, "not-taken", "reading the time reference back", std::move(hint)};
-}
-
 class TimeSetCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "time set"; }
+    [[nodiscard]] std::vector<Column> columns() const override { return timeColumns(); }
     [[nodiscard]] bool changesCards() const override { return true; }
 
     void declareOwn(OptionSet& options) override
@@ -50,90 +42,116 @@ protected:
         if (server.has_value() == manual.has_value()) {
             throw usageFailure("give either --ntp or --manual");
         }
-        wish.manual = manual.has_value();
-        wish.server = server.value_or("");
-        wish.time = secondsNow();
+        timeOptions.mode = manual ? TimeMode::manual : TimeMode::ntp;
+        timeOptions.server = server.value_or("");
+        timeOptions.time = secondsNow();
         if (manual && *manual != "now") {
             const std::optional<std::int64_t> time = parseTime(*manual);
             if (!time) {
-                throw usageFailure(fmt::format("\"{}\" is no time such as 2026-03-04T05:06:07Z", *manual));
+                throw usageFailure(fmt::format("\"{}\" {}", *manual, flawOfTime(*manual)));
             }
-            wish.time = *time;
+            timeOptions.time = *time;
             isFixedTime = true;
         }
-        checkTimeWish(wish, context.options.unsafeRaw);
+        checkTimeOptions(timeOptions, context.options.unsafeRaw);
     }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const Endpoint endpoint = co_await locate(context, target);
-        const TimeReading before = co_await readTime(context, endpoint);
+        const Endpoint endpoint = co_await locate(context.network, target);
+        const TimeReading before = co_await queryTime(context.network, endpoint);
         context.console.note(fmt::format("{}: now {} {}, {:+.1f} s against this machine", target.label,
-                                         before.reference.mode, before.reference.server, before.skew));
-        if (!wish.manual && before.reference.mode == "Ntp" && before.reference.server == wish.server) {
+                                         wordOf(before.reference.mode), before.reference.server, before.skew));
+        if (isAsWanted(before.reference)) {
             report(before, result);
-            throw nothingToDo("the card takes its time from this server already");
+            result.hint = "the card takes its time from this server already";
+            co_return;
         }
-        TimeWish due = wish;
-        due.time = isFixedTime ? wish.time : secondsNow();
+        TimeOptions due = timeOptions;
+        due.time = isFixedTime ? timeOptions.time : secondsNow();
         const TimeRequest wanted = planTime(before.reference, due, context.options.unsafeRaw);
-        bool interrupted = false;
+        tellWhatGoes(context, target, before.reference, wanted);
+        std::optional<TimeReading> reading;
+        result.changed = std::nullopt; // until the card tells
         try {
-            co_await setAndVerify(context, endpoint, wanted, result);
-        } catch (const Interrupted&) {
-            interrupted = true;
+            const TimeOutcome outcome = co_await setTimeReference(context.network, endpoint, wanted, reading);
+            explain(before.reference, wanted, outcome, result);
+        } catch (Failure& failure) {
+            show(reading, result);
+            result.changed = whatChanged(before.reference, reading, failure);
+            tellWhatChanged(before.reference, reading, failure);
+            throw;
         }
-        if (interrupted) {
-            throw interruptedSetting();
-        }
-        explain(before.reference, wanted, result);
+        result.changed = true;
+        show(reading, result);
     }
 
 private:
-    static Task<void> setAndVerify(Context& context, Endpoint endpoint, TimeRequest wanted, Result& result)
+    [[nodiscard]] bool isAsWanted(const TimeReference& now) const
     {
-        co_await send(context, endpoint, wanted);
-        const TimePoint setAt = Clock::now();
-        const TimeReading reading = co_await readTime(context, endpoint);
-        report(reading, result);
-        verify(wanted, reading, Seconds(Clock::now() - setAt));
+        return timeOptions.mode == TimeMode::ntp && now.mode == TimeMode::ntp && now.server == timeOptions.server;
     }
 
-    static Task<void> send(Context& context, Endpoint endpoint, TimeRequest wanted)
+    static void show(const std::optional<TimeReading>& reading, Result& result)
     {
-        Request request = textRequest(CommandId::timeReferenceSet, timeReferenceSetXml(wanted));
-        request.changesCard = true;
-        co_await context.network.ask(std::move(endpoint), std::move(request), "setting the time reference");
-    }
-
-    static void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passed)
-    {
-        constexpr double tolerance = 2; // seconds; the card tells whole ones
-        const std::string& server = reading.reference.server;
-        if (reading.reference.mode != wanted.mode) {
-            throw notTaken(fmt::format("the card is in mode {}, not {}", reading.reference.mode, wanted.mode));
-        }
-        if (server != (wanted.server.empty() ? noNtpServer : wanted.server)) {
-            throw notTaken(fmt::format("the card has the server \"{}\", not \"{}\"", server, wanted.server));
-        }
-        const auto off = static_cast<double>(reading.reference.time - wanted.time);
-        if (wanted.mode == "Manual" && (off < -tolerance || off > passed.count() + tolerance)) {
-            throw notTaken(fmt::format("the card's clock is {:.0f} s from what it was set to", off));
+        if (reading) {
+            report(*reading, result);
         }
     }
 
-    static void explain(const TimeReference& before, const TimeRequest& wanted, Result& result)
+    static void tellWhatGoes(const Context& context, const Target& target, const TimeReference& before,
+                             const TimeRequest& wanted)
     {
-        if (wanted.mode == "Ntp" && before.server != wanted.server) {
-            result.hint = "the server is staged, not committed: it is lost with a reboot unless something commits it, "
-                          "such as a change of the IP configuration (and it can be set only while the card has the "
-                          "setting system.ntp.server)";
+        const std::vector<std::string> gone = serversThatGo(before, wanted);
+        if (wanted.mode == TimeMode::ntp && !gone.empty()) {
+            context.console.note(
+                fmt::format("{}: goes from the card's NTP servers: {}", target.label, fmt::join(gone, ", ")));
+        }
+    }
+
+    static bool isAnother(const TimeReference& before, const TimeReference& now)
+    {
+        return now.mode != before.mode || now.server != before.server;
+    }
+
+    // Nothing if nobody knows: a clock that was set by hand looks like any other.
+    static std::optional<bool> whatChanged(const TimeReference& before, const std::optional<TimeReading>& reading,
+                                           const Failure& failure)
+    {
+        if (reading && isAnother(before, reading->reference)) {
+            return true;
+        }
+        return reading && failure.code == ExitCode::refusedByCard ? std::optional(false) : std::nullopt;
+    }
+
+    // A card that refuses may have done a part of it.
+    static void tellWhatChanged(const TimeReference& before, const std::optional<TimeReading>& reading,
+                                Failure& failure)
+    {
+        if (failure.code != ExitCode::refusedByCard || !reading) {
+            return;
+        }
+        const TimeReference& now = reading->reference;
+        failure.hint += fmt::format("; read back, {} in mode {} with the server \"{}\"",
+                                    isAnother(before, now) ? "it is now" : "it still is", wordOf(now.mode), now.server);
+    }
+
+    static void explain(const TimeReference& before, const TimeRequest& wanted, TimeOutcome outcome, Result& result)
+    {
+        if (outcome == TimeOutcome::doneLate) {
+            result.hint = "the card did not answer in time, but has what it was told";
+        }
+        if (wanted.mode == TimeMode::ntp && before.server != wanted.server) {
+            result.hint += result.hint.empty() ? "" : "; ";
+            result.hint += "the server is staged, not committed: it is lost with a reboot unless something commits it, "
+                           "such as a change of the IP configuration (and it can be set only while the card has the "
+                           "setting system.ntp.server)";
         }
     }
 
     std::optional<std::string> server;
     std::optional<std::string> manual;
-    TimeWish wish;
+    TimeOptions timeOptions;
     bool isFixedTime = false; // else "now", which is when the request leaves
 };
 

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+namespace
+{
+
+class TimeCommandsTest : public ProgramFixture
+{
+protected:
+    TimeCommandsTest()
+    {
+        card.answer(timeGet, says(timeXml("Manual", "10.0.0.1", "2021-03-04T05:06:07")));
+        // A card tells afterwards what it was told.
+        card.behave(timeSet, [this](const FakeCard::Request& request) {
+            card.answer(timeGet, says(request.text));
+            return done;
+        });
+    }
+};
+
+TEST_F(TimeCommandsTest, GetPrintsTheTimeReference)
+{
+    EXPECT_EQ(run({"time", "get", "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("TARGET     MODE    SERVER    TIME                  SKEW"));
+    EXPECT_TRUE(outHas("127.0.0.1  Manual  10.0.0.1  2021-03-04T05:06:07Z  -"));
+}
+
+TEST_F(TimeCommandsTest, GetExplainsARefusal)
+{
+    card.answer(timeGet, {.status = refused});
+    EXPECT_EQ(run({"time", "get", "127.0.0.1"}), 3);
+    EXPECT_TRUE(errHas("its setting system.ntp.server is missing"));
+}
+
+TEST_F(TimeCommandsTest, SetGivesAServerAndReadsItBack)
+{
+    EXPECT_EQ(run({"time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);
+    ASSERT_EQ(card.texts(timeSet).size(), 1U);
+    EXPECT_NE(card.texts(timeSet).front().find("Mode=\"Ntp\" NtpServer=\"10.0.0.5\""), std::string::npos);
+    EXPECT_TRUE(outHas("127.0.0.1  Ntp   10.0.0.5"));
+    EXPECT_TRUE(errHas("the server is staged, not committed"));
+}
+
+TEST_F(TimeCommandsTest, SetDoesNothingThatIsDoneAlready)
+{
+    card.answer(timeGet, says(timeXml("Ntp", "10.0.0.5", "2021-03-04T05:06:07")));
+    EXPECT_EQ(run({"time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);
+    EXPECT_TRUE(errHas("the card takes its time from this server already"));
+    EXPECT_TRUE(card.texts(timeSet).empty());
+}
+
+TEST_F(TimeCommandsTest, SetGivesATimeAndKeepsTheServer)
+{
+    EXPECT_EQ(run({"time", "set", "--manual", "2030-01-02T03:04:05", "127.0.0.1"}), 0);
+    EXPECT_EQ(card.texts(timeSet), Texts{timeXml("Manual", "10.0.0.1", "2030-01-02T03:04:05")});
+}
+
+TEST_F(TimeCommandsTest, SetTellsThatTheModeWasNotTaken)
+{
+    card.answer(timeSet, done);
+    EXPECT_EQ(run({"time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 7);
+    EXPECT_TRUE(errHas("the card is in mode Manual, not Ntp"));
+}
+
+TEST_F(TimeCommandsTest, SetTellsThatTheServerWasNotTaken)
+{
+    card.behave(timeSet, [this](const FakeCard::Request&) {
+        card.answer(timeGet, says(timeXml("Ntp", "10.0.0.9", "2021-03-04T05:06:07")));
+        return done;
+    });
+    EXPECT_EQ(run({"time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 7);
+    EXPECT_TRUE(errHas("the card has the server \"10.0.0.9\", not \"10.0.0.5\""));
+}
+
+TEST_F(TimeCommandsTest, SetTellsThatTheClockWasNotTaken)
+{
+    card.answer(timeSet, done);
+    EXPECT_EQ(run({"time", "set", "--manual", "2021-03-04T05:07:07", "127.0.0.1"}), 7);
+    EXPECT_TRUE(errHas("the card's clock is -60 s from what it was set to"));
+}
+
+TEST_F(TimeCommandsTest, SetIsNotRepeatedWhenTheCardHangsUp)
+{
+    card.answer(timeSet, {.hangsUp = true});
+    EXPECT_EQ(run({"time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 7); // read back: not done
+    EXPECT_EQ(card.texts(timeSet).size(), 1U);
+}
+
+TEST_F(TimeCommandsTest, SetReadsButChangesNothingInADryRun)
+{
+    EXPECT_EQ(run({"--dry-run", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);
+    EXPECT_EQ(card.texts(timeGet).size(), 1U);
+    EXPECT_TRUE(card.texts(timeSet).empty());
+    EXPECT_TRUE(outHas("NtpServer=\"10.0.0.5\""));
+}
+
+TEST_F(TimeCommandsTest, SetRefusesWhatMakesNoSense)
+{
+    EXPECT_EQ(run({"time", "set", "127.0.0.1"}), 2);
+    EXPECT_TRUE(errHas("give either --ntp or --manual"));
+    EXPECT_EQ(run({"time", "set", "--manual", "soon", "127.0.0.1"}), 2);
+    EXPECT_TRUE(errHas("\"soon\" is no time such as 2026-03-04T05:06:07Z"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
+} // namespace
