@@ -11,6 +11,8 @@
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeFirmwareCheck();
+std::unique_ptr<Command> makeIpGet();
+std::unique_ptr<Command> makeIpSet();
 std::unique_ptr<Command> makeTimeGet();
 std::unique_ptr<Command> makeTimeSet();
 std::unique_ptr<Command> makeVersions();
@@ -29,6 +31,12 @@ inline constexpr std::array commandRows = {
                "tarvelctl time set --manual now card01\n"
                "tarvelctl time set --manual 2026-03-04T05:06:07Z card01",
                makeTimeSet},
+    CommandRow{"ip get", "show the IP configuration of cards", "tarvelctl ip get card[01-16]", makeIpGet},
+    CommandRow{"ip set", "change an interface, wait for the card, roll back if it is lost",
+               "tarvelctl ip set --if VemkEth1 --static 10.0.0.11/24,10.0.0.1 card01\n"
+               "tarvelctl ip set --if VemkEth2 --dhcp card[01-16]\n"
+               "tarvelctl --dry-run ip set --if VemkEth2 --disabled card01",
+               makeIpSet},
     CommandRow{"firmware check", "look through a firmware archive before any card gets it",
                "tarvelctl firmware check firmware.tar.gz\n"
                "tarvelctl -o json firmware check firmware.tar.gz",

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identity.h"
+#include "client/cli/Context.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
 #include "client/commands/TargetCommand.h"
 
 namespace
@@ -16,16 +17,24 @@ class IpGetCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "ip get"; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        return {{"heard_from"}, {"heard_on"}, {"interface"}, {"mode"}, {"address"}, {"netmask"}, {"gateway"}};
+    }
     [[nodiscard]] Takes takes() const override { return Takes::namesOnly; }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const CardIp card = co_await getIpConfiguration(context, target.name);
-        result.malformed = card.configuration.malformed;
-        result.add("heard_from", card.address);
-        result.add("heard_on", card.interface);
+        std::optional<CardReply> card = target.heard;
+        if (!card) {
+            card = co_await queryCard(context.network, target.name);
+        }
+        const IpConfiguration configuration = ipConfigurationIn(*card);
+        result.malformed = configuration.malformed;
+        result.add("heard_from", card->address);
+        result.add("heard_on", card->interface);
         result.listName = "interfaces";
-        for (const InterfaceConfig& interface : card.configuration.interfaces) {
+        for (const InterfaceConfig& interface : configuration.interfaces) {
             result.list.push_back({{"interface", interface.name},
                                    {"mode", std::string(wordOf(interface.mode))},
                                    {"address", cellOf(interface.address)},

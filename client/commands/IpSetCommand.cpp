@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/IpChange.h"
+#include "client/card/IpMemory.h"
+#include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
+#include "client/commands/AddressCare.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
-#include "client/commands/IpChange.h"
-#include "client/commands/IpMemory.h"
-#include "client/commands/IpWish.h"
+#include "client/commands/ConsoleObserver.h"
+#include "client/commands/IpOptions.h"
 #include "client/commands/TargetCommand.h"
-#include "client/output/Console.h"
+#include "client/model/CalendarTime.h"
 #include "client/plan/IpPlan.h"
 
 #include <fmt/core.h>
@@ -18,35 +20,35 @@ namespace
 
 Failure needsYes(const std::string& why)
 {
-    return {ExitCode::usage, "needs-yes", "planning the change",
+    return {ExitCode::usage, Category::needsYes, "planning the change",
             fmt::format("the change could not be rolled back, because {}; --yes does it all the same", why)};
 }
 
 Failure rolledBack(const std::string& card)
 {
-    return {ExitCode::verification, "rolled-back", "waiting for the card with its new configuration",
+    return {ExitCode::verification, Category::rolledBack, "waiting for the card with its new configuration",
             fmt::format("{} did not come back with the new configuration in time; it has the former one again", card)};
 }
 
 Failure lost(const std::string& card, const std::string& why)
 {
-    return {ExitCode::verification, "lost", "rolling the change back",
+    return {ExitCode::verification, Category::lost, "rolling the change back",
             fmt::format("{0} did not come back with the new configuration, and did not take the former one either{1}; "
                         "try `tarvelctl ip rescue {0}`",
                         card, why.empty() ? why : fmt::format(" ({})", why))};
 }
 
-Failure lostForGood(const std::string& card, const std::string& noWayBack)
+Failure lostForGood(const std::string& card, const std::string& noRollback)
 {
-    return {ExitCode::verification, "lost", "waiting for the card with its new configuration",
+    return {ExitCode::verification, Category::lost, "waiting for the card with its new configuration",
             fmt::format("{0} did not come back with the new configuration in time, and cannot be given the former one, "
                         "because {1}; `tarvelctl ip rescue {0} --if ...` gives it another",
-                        card, noWayBack)};
+                        card, noRollback)};
 }
 
 Failure interruptedWhileWaiting(const std::string& card)
 {
-    return {ExitCode::interrupted, "interrupted", "waiting for the card with its new configuration",
+    return {ExitCode::interrupted, Category::interrupted, "waiting for the card with its new configuration",
             fmt::format("the change was sent, and {0} may have either configuration; `tarvelctl ip get {0}` tells, "
                         "`tarvelctl ip rescue {0}` brings the former one back",
                         card)};
@@ -56,13 +58,17 @@ class IpSetCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "ip set"; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        return {{"interface"}, {"now"}, {"wanted"}, {"effect"}, {"address_state"}, {"state"}};
+    }
     [[nodiscard]] Takes takes() const override { return Takes::namesOnly; }
     [[nodiscard]] bool changesCards() const override { return true; }
-    void declareOwn(OptionSet& options) override { wish.declare(options); }
+    void declareOwn(OptionSet& options) override { ipOptions.declare(options); }
 
     void prepare(Context& /*context*/, const std::vector<Target>& targets) override
     {
-        wanted = wish.interfaceConfig();
+        wanted = ipOptions.interfaceConfig();
         isAlone = targets.size() == 1;
         if (wanted.mode == IpMode::fixed && !isAlone) {
             throw usageFailure("one static address cannot be that of several cards");
@@ -71,32 +77,32 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        std::string onlyInterface;
-        const std::optional<IpConfiguration> now = co_await readNow(context, target.name, onlyInterface);
+        ConsoleObserver observer(context.console, target.label);
+        IpChange change(context.network, observer, target.name);
+        const std::optional<IpConfiguration> now = co_await change.readNow();
         const IpPlan plan = planIp(now, wanted);
         show(context, target, plan, result);
         if (plan.nothingToDo()) {
-            throw nothingToDo("the card has this configuration already");
+            result.add("state", "as wanted");
+            result.hint = "the card has this configuration already";
+            co_return;
         }
+        co_await lookAtAddress(context, wanted, now, result);
         agree(context, plan);
-        if (plan.wayBack && !context.options.dryRun && !rememberIp(target.name, *plan.wayBack)) {
+        if (plan.rollback && !context.options.dryRun && !rememberIp(target.name, *plan.rollback, secondsNow())) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");
         }
-        co_await seeThrough(context, target, plan, onlyInterface, result);
+        result.changed = std::nullopt; // until the card is heard
+        try {
+            const IpOutcome outcome = co_await change.run(plan, Seconds(ipOptions.wait));
+            report(outcome, change, target.name, plan, result);
+        } catch (const Interrupted&) {
+            result.add("state", "unknown");
+            throw interruptedWhileWaiting(target.name);
+        }
     }
 
 private:
-    // Nothing if the card refuses to tell, which must not keep it from being set.
-    static Task<std::optional<IpConfiguration>> readNow(Context& context, std::string card, std::string& onlyInterface)
-    {
-        const CardReply answer = co_await hearCard(context, std::move(card), {});
-        onlyInterface = answer.interface;
-        if (answer.reply.header.status == static_cast<std::uint8_t>(Status::failure)) {
-            co_return std::nullopt;
-        }
-        co_return ipConfigurationIn(answer);
-    }
-
     static void show(Context& context, const Target& target, const IpPlan& plan, Result& result)
     {
         const std::string now = plan.now ? describe(*plan.now) : "unknown";
@@ -112,68 +118,42 @@ private:
     // One question at a time, and none while other cards are being waited for.
     void agree(Context& context, const IpPlan& plan) const
     {
-        if (plan.noWayBack.empty()) {
+        if (plan.noRollback.empty()) {
             return;
         }
-        context.console.warning(fmt::format("this cannot be rolled back: {}", plan.noWayBack));
+        context.console.warning(fmt::format("this cannot be rolled back: {}", plan.noRollback));
         if (context.options.yes || context.options.dryRun) {
             return;
         }
         if (!isAlone || !context.console.canAsk() || !context.console.confirm("Change it all the same?")) {
-            throw needsYes(plan.noWayBack);
+            throw needsYes(plan.noRollback);
         }
     }
 
-    Task<void> seeThrough(Context& context, const Target& target, const IpPlan& plan, const std::string& onlyInterface,
-                          Result& result)
+    static void report(IpOutcome outcome, const IpChange& change, const std::string& card, const IpPlan& plan,
+                       Result& result)
     {
-        bool interrupted = false;
-        try {
-            const bool confirmed = co_await sendIpConfiguration(context, target.name, wanted, onlyInterface);
-            if (!confirmed) {
-                context.console.note(fmt::format("{}: no answer to the change; looking for its effect", target.label));
-            }
-            co_await awaitOrRollBack(context, target, plan, result);
-        } catch (const Interrupted&) {
-            interrupted = true;
-        }
-        if (interrupted) {
-            result.add("state", "unknown");
-            throw interruptedWhileWaiting(target.name);
-        }
-    }
-
-    Task<void> awaitOrRollBack(Context& context, const Target& target, const IpPlan& plan, Result& result)
-    {
-        const Seconds time(wish.wait);
-        std::optional<InterfaceConfig> seen;
-        const Proof proof = co_await awaitIpConfiguration(context, target.name, wanted, after(time), seen);
-        if (proof != Proof::none) {
-            result.add("state", proof == Proof::applied ? "applied" : "stored");
-            if (proof == Proof::stored) {
-                result.hint = fmt::format("only the card's other interface was heard: its settings are as wanted, but "
-                                          "whether {} works cannot be seen from here",
-                                          wanted.name);
-            }
-            co_return;
-        }
-        if (!plan.wayBack) {
+        switch (outcome) {
+        case IpOutcome::applied:
+            result.changed = true;
+            result.add("state", "applied");
+            return;
+        case IpOutcome::stored:
+            result.changed = true;
+            result.add("state", "stored");
+            result.hint = onlyStored(plan.wanted.name);
+            return;
+        case IpOutcome::rolledBack:
+            result.changed = false;
+            result.add("state", "rolled back");
+            throw rolledBack(card);
+        case IpOutcome::lost:
             result.add("state", "lost");
-            throw lostForGood(target.name, plan.noWayBack);
+            throw plan.rollback ? lost(card, change.rollbackRefusal()) : lostForGood(card, plan.noRollback);
         }
-        context.console.warning(fmt::format("{}: not back with the new configuration; rolling back", target.label));
-        Proof back = Proof::none;
-        std::string refusal;
-        try {
-            back = co_await forceIpConfiguration(context, target.name, *plan.wayBack, time, seen);
-        } catch (const Failure& failure) {
-            refusal = failure.hint;
-        }
-        result.add("state", back != Proof::none ? "rolled back" : "lost");
-        throw back != Proof::none ? rolledBack(target.name) : lost(target.name, refusal);
     }
 
-    IpWish wish;
+    IpOptions ipOptions;
     InterfaceConfig wanted;
     bool isAlone = true;
 };

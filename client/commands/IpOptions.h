@@ -9,7 +9,7 @@
 #include <string>
 
 // The options that say what an interface shall be: of `ip set` and `ip rescue`.
-class IpWish
+class IpOptions
 {
 public:
     void declare(OptionSet& options);
@@ -27,3 +27,6 @@ private:
     bool dhcp = false;
     bool disabled = false;
 };
+
+// What the state `stored` means, for people.
+[[nodiscard]] std::string onlyStored(const std::string& interface);

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/commands/IpWish.h"
+#include "client/commands/IpOptions.h"
 
 #include "client/model/Failure.h"
 #include "client/plan/IpPlan.h"
 
-void IpWish::declare(OptionSet& options)
+#include <fmt/core.h>
+
+void IpOptions::declare(OptionSet& options)
 {
     OptionSpec& name = options.value("--if", &interface, "INTERFACE", "the card's interface: VemkEth1 or VemkEth2");
     name.choices = {"VemkEth1", "VemkEth2"};
@@ -15,7 +17,7 @@ void IpWish::declare(OptionSet& options)
     options.value("--wait", &wait, "SECONDS", "how long the card may take to be back (30)");
 }
 
-InterfaceConfig IpWish::interfaceConfig() const
+InterfaceConfig IpOptions::interfaceConfig() const
 {
     requireInterfaceName(interface);
     if (modesGiven() != 1) {
@@ -25,4 +27,9 @@ InterfaceConfig IpWish::interfaceConfig() const
         return parseStatic(interface, *fixed);
     }
     return {interface, dhcp ? IpMode::dhcp : IpMode::disabled, std::nullopt, std::nullopt, std::nullopt};
+}
+
+std::string onlyStored(const std::string& interface)
+{
+    return fmt::format("the card's settings are as wanted, but whether {} works cannot be seen from here", interface);
 }

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/AddressCheck.h"
+
+#include "client/card/Census.h"
+#include "client/wire/HostInterfaces.h"
+
+#include <fmt/core.h>
+
+namespace
+{
+
+constexpr Seconds patience{1}; // for a host to tell its link-layer address
+
+} // namespace
+
+Task<AddressFinding> AddressCheck::look(std::string address, std::string present, bool isOwn) const
+{
+    if (isOwnAddress(address)) {
+        co_return AddressFinding{"in use", fmt::format("{} is this machine's own address", address)};
+    }
+    if (!isOnLinkAnywhere(address)) {
+        co_return AddressFinding{
+            "not checked",
+            fmt::format("{} is in none of this machine's networks, so whether it is free was not checked", address)};
+    }
+    if (!network.admitsProbes()) {
+        co_return AddressFinding{"not checked", ""};
+    }
+    AddressFinding finding = co_await lookForHosts(address, present, isOwn);
+    co_return finding;
+}
+
+Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::string present, bool isOwn) const
+{
+    const int answers = co_await answersFrom(address);
+    if (answers > (isOwn ? 1 : 0)) {
+        co_return AddressFinding{"in use", fmt::format("another card has {} already", address)};
+    }
+    if (isOwn) {
+        co_return AddressFinding{"its own", ""};
+    }
+    const std::optional<bool> isTaken = co_await network.seekNeighbour(address, present, patience);
+    if (isTaken.value_or(false)) {
+        co_return AddressFinding{"in use", fmt::format("a host has {} already", address)};
+    }
+    co_return AddressFinding{isTaken ? "free" : "not checked", ""};
+}
+
+Task<int> AddressCheck::answersFrom(std::string address) const
+{
+    if (!probe) {
+        co_return 0;
+    }
+    Census census;
+    co_await census.take(network);
+    co_return census.answersFrom(address);
+}

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/engine/Task.h"
+#include "client/messages/IpConfiguration.h"
+#include "client/model/Result.h"
+
+#include <optional>
+
+struct Context;
+
+// Looks at the address that a card shall get, if it is a static one, and tells what it saw as `address_state`. `now` is
+// what the card has, if it is known. Throws unless the address may be given, or --force goes over that with a warning.
+Task<void> lookAtAddress(Context& context, InterfaceConfig wanted, std::optional<IpConfiguration> now, Result& result);

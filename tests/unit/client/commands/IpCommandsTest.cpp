@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+namespace
+{
+
+// The card has from then on what it is set to. It is heard from 127.0.0.1, whatever that is.
+class IpCommandsTest : public ProgramFixture
+{
+protected:
+    IpCommandsTest()
+    {
+        card.behave(ipSet, [this](const FakeCard::Request& request) {
+            const std::size_t start = request.text.find("<Interface");
+            const std::size_t end = request.text.find("</IpConfiguration>");
+            card.answer(ipGet, says(ipXmlWith(request.text.substr(start, end - start))));
+            return done;
+        });
+    }
+
+    int set(std::vector<std::string> what, const std::vector<std::string>& globals = {})
+    {
+        std::vector<std::string> line = globals;
+        line.insert(line.end(), {"-o", "json", "ip", "set", "--if", "VemkEth1"});
+        line.insert(line.end(), what.begin(), what.end());
+        line.emplace_back("card1");
+        return run(line);
+    }
+
+    // An answer from 127.0.0.1 is then none from the card's former address, which would prove nothing.
+    void isElsewhere() { card.answer(ipGet, says(ipXmlWith(interfaceXml("VemkEth1", "10.0.0.9")))); }
+
+    static std::string request(const std::string& interface)
+    {
+        return R"(<IpConfiguration From="tarvelctl" To="card1">)" + interface + "</IpConfiguration>";
+    }
+
+    static constexpr const char* dhcp = R"(<Interface Name="VemkEth1" Mode="Dhcp"/>)";
+    const std::string former = interfaceXml("VemkEth1", "127.0.0.1");
+};
+
+TEST_F(IpCommandsTest, GetPrintsTheInterfaces)
+{
+    EXPECT_EQ(run({"ip", "get", "card1"}), 0);
+    EXPECT_EQ(out, "TARGET  HEARD FROM  HEARD ON  INTERFACE  MODE    ADDRESS    NETMASK    GATEWAY\n"
+                   "card1   127.0.0.1   lo        VemkEth1   Static  127.0.0.1  255.0.0.0\n"
+                   "card1   127.0.0.1   lo        VemkEth2   Static  10.0.1.11  255.0.0.0\n");
+}
+
+TEST_F(IpCommandsTest, GetTakesNoAddress)
+{
+    EXPECT_EQ(run({"ip", "get", "127.0.0.1"}), 2);
+    EXPECT_TRUE(errHas("127.0.0.1 is an address, but this command addresses cards by name"));
+}
+
+TEST_F(IpCommandsTest, SetSeesTheChangeThrough)
+{
+    isElsewhere();
+    EXPECT_EQ(set({"--dhcp"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"applied\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_EQ(card.texts(ipSet), Texts{request(dhcp)});
+    EXPECT_TRUE(errHas("  now:    Static 10.0.0.9/255.0.0.0\n  wanted: Dhcp\n"));
+}
+
+TEST_F(IpCommandsTest, SetDoesNothingThatIsDoneAlready)
+{
+    card.answer(ipGet, says(ipXmlWith(dhcp)));
+    EXPECT_EQ(set({"--dhcp"}), 0);
+    EXPECT_TRUE(card.texts(ipSet).empty());
+}
+
+TEST_F(IpCommandsTest, SetIsNotSentInADryRun)
+{
+    EXPECT_EQ(set({"--dhcp"}, {"--dry-run"}), 0);
+    EXPECT_TRUE(card.texts(ipSet).empty());
+    EXPECT_FALSE(sandbox.exists("/tmp/state/tarvelctl"));
+}
+
+TEST_F(IpCommandsTest, SetRollsBackACardThatIsNotSeenToChange)
+{
+    EXPECT_EQ(set({"--static", "198.51.100.20/24", "--wait", "1.5"}, {"--force"}), 7);
+    EXPECT_TRUE(outHas("\"state\": \"rolled back\""));
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    EXPECT_TRUE(errHas("warning: card1: not back with the new configuration; rolling back"));
+    ASSERT_EQ(card.texts(ipSet).size(), 2U);
+    EXPECT_EQ(card.texts(ipSet).back(), request(former));
+}
+
+TEST_F(IpCommandsTest, SetLooksForTheEffectOfAChangeThatIsNotAnswered)
+{
+    isElsewhere();
+    card.behave(ipSet, [this](const FakeCard::Request&) {
+        card.answer(ipGet, says(ipXmlWith(dhcp)));
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(set({"--dhcp"}, {"--timeout", "2"}), 0);
+    EXPECT_TRUE(errHas("card1: no answer to the change; looking for its effect"));
+    EXPECT_EQ(card.texts(ipSet).size(), 1U);
+}
+
+TEST_F(IpCommandsTest, SetTellsThatACardIsLost)
+{
+    card.behave(ipSet, [this](const FakeCard::Request&) {
+        card.answer(ipGet, {.hangsUp = true});
+        return done;
+    });
+    EXPECT_EQ(set({"--dhcp", "--wait", "0.1"}), 7);
+    EXPECT_TRUE(outHas("\"state\": \"lost\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("did not take the former one either; try `tarvelctl ip rescue card1`"));
+}
+
+TEST_F(IpCommandsTest, SetTellsThatTheCardRefuses)
+{
+    card.answer(ipSet, {.status = refused});
+    EXPECT_EQ(set({"--dhcp"}), 3);
+}
+
+TEST_F(IpCommandsTest, SetWantsAnAgreementIfThereIsNoWayBack)
+{
+    card.answer(ipGet, {.status = refused});
+    EXPECT_EQ(set({"--dhcp"}), 2);
+    EXPECT_TRUE(errHas("--yes does it all the same"));
+    EXPECT_TRUE(card.texts(ipSet).empty());
+    EXPECT_EQ(set({"--dhcp"}, {"--yes"}), 0);
+    EXPECT_EQ(card.texts(ipSet), Texts{request(dhcp)});
+}
+
+TEST_F(IpCommandsTest, SetWantsForceForAnAddressThatCannotBeLookedAt)
+{
+    EXPECT_EQ(set({"--static", "198.51.100.20/24"}), 2);
+    EXPECT_TRUE(outHas("\"category\": \"needs-force\""));
+    EXPECT_TRUE(outHas("\"address_state\": \"not checked\""));
+    EXPECT_TRUE(card.texts(ipSet).empty());
+}
+
+TEST_F(IpCommandsTest, SetRefusesWhatMakesNoSense)
+{
+    EXPECT_EQ(set({}), 2);
+    EXPECT_TRUE(errHas("give one of --static, --dhcp and --disabled"));
+    EXPECT_EQ(set({"--static", "10.0.0.20/8", "card2"}), 2);
+    EXPECT_TRUE(errHas("one static address cannot be that of several cards"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
+} // namespace
