@@ -12,6 +12,7 @@ std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeFirmwareCheck();
 std::unique_ptr<Command> makeIpGet();
+std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
 std::unique_ptr<Command> makeTimeGet();
 std::unique_ptr<Command> makeTimeSet();
@@ -37,6 +38,10 @@ inline constexpr std::array commandRows = {
                "tarvelctl ip set --if VemkEth2 --dhcp card[01-16]\n"
                "tarvelctl --dry-run ip set --if VemkEth2 --disabled card01",
                makeIpSet},
+    CommandRow{"ip rescue", "give a lost card an IP configuration, the former one if none is told",
+               "tarvelctl ip rescue card01\n"
+               "tarvelctl ip rescue --if VemkEth1 --static 10.0.0.11/24 card01",
+               makeIpRescue},
     CommandRow{"firmware check", "look through a firmware archive before any card gets it",
                "tarvelctl firmware check firmware.tar.gz\n"
                "tarvelctl -o json firmware check firmware.tar.gz",

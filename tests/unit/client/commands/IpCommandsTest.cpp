@@ -145,4 +145,55 @@ TEST_F(IpCommandsTest, SetRefusesWhatMakesNoSense)
     EXPECT_TRUE(card.requests().empty());
 }
 
+TEST_F(IpCommandsTest, RescueGivesTheFormerConfigurationBack)
+{
+    EXPECT_EQ(set({"--dhcp"}), 0);
+    EXPECT_EQ(run({"ip", "rescue", "card1"}), 2);
+    EXPECT_TRUE(errHas("127.0.0.1 is this machine's own address"));
+    EXPECT_EQ(run({"--force", "-o", "json", "ip", "rescue", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"rescued\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_EQ(card.texts(ipSet).back(), request(former));
+}
+
+TEST_F(IpCommandsTest, RescueSeesTheEffectHoweverLongItWouldWaitForAnAnswer)
+{
+    isElsewhere();
+    card.behave(ipSet, [this](const FakeCard::Request&) {
+        card.answer(ipGet, says(ipXmlWith(dhcp)));
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"--timeout", "60", "ip", "rescue", "--if", "VemkEth1", "--dhcp", "--wait", "4", "card1"}), 0);
+    EXPECT_EQ(card.texts(ipSet).size(), 1U);
+}
+
+TEST_F(IpCommandsTest, RescueTellsWhatOnlyTheSettingsSay)
+{
+    EXPECT_EQ(run({"-o", "json", "ip", "rescue", "--if", "VemkEth1", "--dhcp", "--wait", "3", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"stored\""));
+    EXPECT_TRUE(outHas("whether VemkEth1 works cannot be seen from here"));
+}
+
+TEST_F(IpCommandsTest, RescueListsWhatItHasToGive)
+{
+    EXPECT_EQ(set({"--dhcp"}), 0);
+    EXPECT_EQ(run({"-o", "csv", "--columns", "number,interface,settings", "ip", "rescue", "--list", "card1"}), 0);
+    EXPECT_EQ(out, "number,interface,settings\n1,VemkEth1,Static 127.0.0.1/255.0.0.0\n");
+    EXPECT_EQ(run({"ip", "rescue", "--to", "2", "card1"}), 2);
+    EXPECT_TRUE(errHas("1 former settings of card1 are known, so there is none with number 2"));
+}
+
+TEST_F(IpCommandsTest, RescueNeedsSomethingToGive)
+{
+    EXPECT_EQ(run({"ip", "rescue", "card1"}), 2);
+    EXPECT_TRUE(errHas("no change of card1 was made from here"));
+}
+
+TEST_F(IpCommandsTest, RescueTellsThatTheCardHasSomethingElse)
+{
+    card.answer(ipSet, done);
+    EXPECT_EQ(run({"ip", "rescue", "--if", "VemkEth1", "--dhcp", "--wait", "1.5", "card1"}), 7);
+    EXPECT_TRUE(errHas("card1 answers, but has Static 127.0.0.1/255.0.0.0"));
+}
+
 } // namespace
