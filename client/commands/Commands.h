@@ -11,6 +11,8 @@
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
 std::unique_ptr<Command> makeFirmwareCheck();
+std::unique_ptr<Command> makeFirmwareUpgrade();
+std::unique_ptr<Command> makeFirmwareUpload();
 std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
@@ -46,6 +48,12 @@ inline constexpr std::array commandRows = {
                "tarvelctl firmware check firmware.tar.gz\n"
                "tarvelctl -o json firmware check firmware.tar.gz",
                makeFirmwareCheck},
+    CommandRow{"firmware upload", "send an archive and unpack it on the card, without installing it",
+               "tarvelctl firmware upload firmware.tar.gz card01", makeFirmwareUpload},
+    CommandRow{"firmware upgrade", "send an archive, install it, and compare the versions before and after",
+               "tarvelctl firmware upgrade firmware.tar.gz card[01-16]\n"
+               "tarvelctl --dry-run firmware upgrade firmware.tar.gz card01",
+               makeFirmwareUpgrade},
     CommandRow{"decode", "take the bytes of a message apart",
                "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
                "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"

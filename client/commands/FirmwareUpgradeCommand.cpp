@@ -1,99 +1,108 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+#include "client/card/Upgrade.h"
 #include "client/cli/Context.h"
+#include "client/cli/LocalFile.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
+#include "client/commands/ConsoleObserver.h"
 #include "client/commands/FirmwareCommand.h"
-#include "client/output/Console.h"
+#include "client/engine/Slots.h"
 #include "client/plan/VersionsDiff.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
+#include <map>
 
 namespace
 {
 
-constexpr const char* upgrading = "waiting for the end of the upgrade";
-constexpr Seconds pause{0.5}; // between two attempts to reach a card that may be restarting
-
-Failure unchanged()
+Failure unchanged(bool confirmed)
 {
-    return {ExitCode::verification, "unchanged", "comparing the versions",
-            "the card took the archive, but its versions are what they were: the upgrade script failed, or these "
-            "versions were installed already; the card's log tells which"};
+    constexpr const char* took = "the card took the archive, but its versions are what they were: the upgrade script "
+                                 "failed, or these versions were installed already; the card's log tells which";
+    constexpr const char* tookOrNot =
+        "the card did not confirm the archive, and its versions are what they were: it did not upgrade, or the upgrade "
+        "script failed, or these versions were installed already; the card's log tells which";
+    return {ExitCode::verification, Category::unchanged, "comparing the versions", confirmed ? took : tookOrNot};
 }
 
-Failure unknown(const Failure& cause)
+Failure notAsExpected(bool confirmed, const std::vector<Component>& unmet)
 {
-    return {cause.code, cause.category, upgrading,
-            fmt::format("the card took the archive, but it is not known whether it upgraded: {}", cause.hint)};
-}
-
-Failure stillUpgrading()
-{
-    return {ExitCode::interrupted, "interrupted", upgrading, "the card goes on with the upgrade all the same"};
+    std::vector<std::string> ids;
+    ids.reserve(unmet.size());
+    for (const Component& component : unmet) {
+        ids.push_back(component.id);
+    }
+    return {ExitCode::verification, Category::notAsExpected, "comparing the versions",
+            fmt::format("the card {}, {} has not the expected versions of {}",
+                        confirmed ? "took the archive" : "did not confirm the archive", confirmed ? "but" : "and",
+                        fmt::join(ids, ", "))};
 }
 
 class FirmwareUpgradeCommand final : public FirmwareCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "firmware upgrade"; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        return {{"bytes"},           {"seconds"},   {"bytes_per_second"}, {"verdict"},
+                {"upgrade_seconds"}, {"component"}, {"before"},           {"after"}};
+    }
+
+    void declareOwn(OptionSet& options) override
+    {
+        options.value("--expect", &expectFile, "FILE",
+                      "what the card shall have then: a component and its version a line");
+        FirmwareCommand::declareOwn(options);
+        options.value("--batch", &batch, "N", "begin with N cards, and go on to the next N only if all are well");
+    }
+
+    void prepare(Context& context, const std::vector<Target>& targets) override
+    {
+        if (expectFile) {
+            expected = parseExpectedVersions(readLocalFile(*expectFile), *expectFile);
+        }
+        FirmwareCommand::prepare(context, targets);
+    }
+
+    [[nodiscard]] std::size_t batchSize() const override { return static_cast<std::size_t>(batch); }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const Endpoint endpoint = co_await locate(context, target);
-        const Versions before = co_await getVersions(context, endpoint);
-        const bool sent = co_await sendArchive(context, target, endpoint, CommandId::firmwareUpgrade, result);
-        if (!sent) {
+        const Endpoint endpoint = co_await locate(context.network, target);
+        Slots& turns = turnsAt.try_emplace(endpoint.address, context.loop, 1).first->second;
+        const Slots::Held turn = co_await turns;
+        const Versions before = co_await queryVersions(context.network, endpoint);
+        if (expectFile && unmetExpectations(before.components, expected).empty()) {
+            result.add("verdict", std::string("already there"));
+            result.hint = "the card has the expected versions already; nothing was sent";
+            co_return;
+        }
+        const Delivery delivery = co_await sendArchive(context, target, endpoint, CommandId::firmwareUpgrade, result);
+        if (!delivery.sent) {
             result.add("verdict", std::string("not sent"));
             co_return;
         }
         result.add("verdict", std::string("unknown")); // until the versions tell
         const TimePoint start = Clock::now();
-        const Versions afterwards = co_await versionsAfterwards(context, target, endpoint);
-        result.add("upgrade_seconds", Seconds(Clock::now() - start).count());
-        judge(before, afterwards, result);
+        ConsoleObserver observer(context.console, target.label);
+        const Versions afterwards =
+            co_await awaitUpgrade(context.network, observer, endpoint, patience(), delivery.silence);
+        const bool confirmed = !delivery.silence;
+        if (confirmed) {
+            result.add("upgrade_seconds", Seconds(Clock::now() - start).count());
+        }
+        judge(before, afterwards, confirmed, result);
+        if (!confirmed) {
+            result.hint = "the card did not confirm the archive in time, but has upgraded";
+        }
     }
 
 private:
-    // The card says success before it upgrades and serves nobody while it does: the next answer is the script's end.
-    Task<Versions> versionsAfterwards(Context& context, const Target& target, Endpoint endpoint) const
-    {
-        const TimePoint end = after(patience());
-        bool interrupted = false;
-        Failure last;
-        while (!interrupted) {
-            try {
-                Versions versions = co_await askVersions(context, target, endpoint, end);
-                co_return versions;
-            } catch (const Failure& failure) {
-                last = failure;
-            } catch (const Interrupted&) {
-                interrupted = true;
-            }
-            if (last.code == ExitCode::protocol || Clock::now() >= end) {
-                throw unknown(last);
-            }
-            if (!interrupted) {
-                co_await context.loop.until(std::min(end, after(pause)));
-            }
-        }
-        throw stillUpgrading();
-    }
-
-    static Task<Versions> askVersions(Context& context, const Target& target, Endpoint endpoint, TimePoint end)
-    {
-        context.console.progress(fmt::format("{}: upgrading", target.label));
-        const Request request = bareRequest(CommandId::versions);
-        TcpConnection connection = co_await TcpConnection::open(context.loop, context.console, endpoint, end);
-        co_await connection.sendAll(encode(request), end, upgrading);
-        const Reply reply = co_await connection.receiveReply(request, end, upgrading);
-        context.console.progress("");
-        checkStatus(reply.header, upgrading);
-        co_return parseVersions(textOf(reply, upgrading), upgrading);
-    }
-
-    static void judge(const Versions& before, const Versions& afterwards, Result& result)
+    void judge(const Versions& before, const Versions& afterwards, bool confirmed, Result& result) const
     {
         result.malformed = before.malformed || afterwards.malformed;
         result.listName = "changes";
@@ -104,9 +113,17 @@ private:
                 {{"component", id}, {"before", old ? Cell(*old) : Cell()}, {"after", now ? Cell(*now) : Cell()}});
         }
         const bool upgraded = !result.list.empty();
+        if (upgraded) {
+            result.changed = true;
+        }
+        const std::vector<Component> unmet = unmetExpectations(afterwards.components, expected);
+        if (!unmet.empty()) {
+            setVerdict(result, "not as expected");
+            throw notAsExpected(confirmed, unmet);
+        }
         setVerdict(result, upgraded ? "upgraded" : "unchanged");
         if (!upgraded) {
-            throw unchanged();
+            throw unchanged(confirmed);
         }
     }
 
@@ -116,6 +133,11 @@ private:
                                         [](const Field& one) { return one.name == "verdict"; });
         field->value = verdict;
     }
+
+    std::optional<std::string> expectFile;
+    std::vector<Component> expected;
+    std::map<std::string, Slots> turnsAt; // by address: two upgrade scripts of one card would spoil each other's work
+    int batch = 0;
 };
 
 } // namespace

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+namespace
+{
+
+// A gzip-compressed tar archive of one file, pnr/kernel, with the line "KERN-7.0.0".
+constexpr std::string_view archiveHex =
+    "1f8b0800000000000203edcd310ac2401404d0ad3d851748fc218b7b022bc1c21b58a45282ac7a7f973482bd82f85e33c334"
+    "739debe63cd579baa48f89669bf392cd7b460ce3ab2f7b297948eb485ff0b8dd4fb55da6ffb4df1d0f5de9a38f5502000000"
+    "0000000000e0773c0129cf890000280000";
+
+std::string archiveBytes()
+{
+    std::string bytes;
+    for (std::size_t index = 0; index < archiveHex.size(); index += 2) {
+        bytes += static_cast<char>(std::stoi(std::string(archiveHex.substr(index, 2)), nullptr, 16));
+    }
+    return bytes;
+}
+
+class FirmwareCommandsTest : public ProgramFixture
+{
+protected:
+    FirmwareCommandsTest()
+    {
+        sandbox.write("/tmp/firmware.tar.gz", archiveBytes());
+        card.answer(upload, done);
+        card.behave(upgrade, [this](const FakeCard::Request&) {
+            card.answer(versions, says(versionsXml("KERN-7.0.0")));
+            return done;
+        });
+    }
+
+    // The card has the archive, does with it what it would, and is not heard of it.
+    void upgradeUnconfirmed(const FakeCard::Answer& instead, const FakeCard::Answer& afterwards)
+    {
+        card.behave(upgrade, [this, instead, afterwards](const FakeCard::Request&) {
+            card.answer(versions, afterwards);
+            return instead;
+        });
+    }
+
+    int upgradeExpecting(const std::string& expected)
+    {
+        sandbox.write("/tmp/expected", expected);
+        return run(
+            {"-o", "json", "firmware", "upgrade", "--expect", sandbox.path("/tmp/expected"), archive, "127.0.0.1"});
+    }
+
+    const FakeCard::Answer old = says(versionsXml("KERN-6.1.0"));
+    const FakeCard::Answer upgraded = says(versionsXml("KERN-7.0.0"));
+    const FakeCard::Answer hangUp{.hangsUp = true};
+    const FakeCard::Answer silence{.keepsSilent = true};
+    std::string archive = sandbox.path("/tmp/firmware.tar.gz");
+};
+
+TEST_F(FirmwareCommandsTest, CheckListsTheMembers)
+{
+    EXPECT_EQ(run({"-o", "json", "firmware", "check", archive}), 0);
+    EXPECT_TRUE(outHas("\"path\": \"pnr/kernel\""));
+    EXPECT_TRUE(outHas("\"bytes\": 117"));
+    EXPECT_TRUE(errHas("nothing in it that a card must not get"));
+}
+
+TEST_F(FirmwareCommandsTest, CheckTellsWhatIsNoArchive)
+{
+    sandbox.write("/tmp/firmware.tar.gz", "no archive");
+    EXPECT_EQ(run({"firmware", "check", archive}), 10);
+}
+
+TEST_F(FirmwareCommandsTest, UploadSendsTheArchiveAsItIs)
+{
+    EXPECT_EQ(run({"-o", "json", "firmware", "upload", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"unpacked\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    ASSERT_EQ(card.texts(upload).size(), 1U);
+    EXPECT_EQ(card.texts(upload).front() + '\0', archiveBytes()); // its last byte is no text's end, but is 0
+}
+
+TEST_F(FirmwareCommandsTest, UploadTellsThatTheCardRefuses)
+{
+    card.answer(upload, {.status = refused});
+    EXPECT_EQ(run({"firmware", "upload", archive, "127.0.0.1"}), 3);
+}
+
+TEST_F(FirmwareCommandsTest, UploadIsNotRepeatedWhenTheCardHangsUp)
+{
+    card.answer(upload, {.hangsUp = true});
+    EXPECT_EQ(run({"firmware", "upload", archive, "127.0.0.1"}), 5);
+    EXPECT_EQ(card.texts(upload).size(), 1U);
+}
+
+TEST_F(FirmwareCommandsTest, UploadThatIsNotConfirmedIsNotKnown)
+{
+    card.answer(upload, silence);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upload", "--patience", "0.5", archive, "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"state\": \"unknown\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(outHas("\"phase\": \"waiting for the card to unpack\""));
+    EXPECT_TRUE(errHas("whether the card has unpacked the archive is not known"));
+}
+
+TEST_F(FirmwareCommandsTest, UploadSendsNothingInADryRun)
+{
+    EXPECT_EQ(run({"--dry-run", "-o", "json", "firmware", "upload", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"not sent\""));
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeTellsWhatChanged)
+{
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_TRUE(outHas("\"before\": \"KERN-6.1.0\""));
+    EXPECT_TRUE(outHas("\"after\": \"KERN-7.0.0\""));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeTellsThatNothingChanged)
+{
+    card.answer(upgrade, done);
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 7);
+    EXPECT_TRUE(errHas("the card took the archive, but its versions are what they were"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeSendsNothingToACardThatHasWhatIsExpected)
+{
+    EXPECT_EQ(upgradeExpecting("kernel KERN-6.1.0\n"), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"already there\""));
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    EXPECT_TRUE(card.texts(upgrade).empty());
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeIsJudgedByWhatIsExpected)
+{
+    EXPECT_EQ(upgradeExpecting("kernel KERN-7.0.0\n"), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_EQ(upgradeExpecting("kernel KERN-8.0.0\n"), 7);
+    EXPECT_TRUE(outHas("\"verdict\": \"not as expected\""));
+    EXPECT_TRUE(outHas("\"category\": \"not-as-expected\""));
+    EXPECT_TRUE(errHas("has not the expected versions of kernel"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeStopsAfterTheFirstBatchWithAFailure)
+{
+    EXPECT_EQ(run({"-o", "csv", "--columns", "target,code,category,changed", "firmware", "upgrade", "--batch", "1",
+                   archive, "127.0.0.1:1", "127.0.0.1", "127.0.0.2"}),
+              6);
+    EXPECT_EQ(out, "target,code,category,changed\n"
+                   "127.0.0.1:1,6,refused,no\n"
+                   "127.0.0.1,6,untouched,no\n"
+                   "127.0.0.2,6,untouched,no\n");
+    EXPECT_TRUE(errHas("error: 127.0.0.2: untouched while waiting: a card of an earlier batch failed\n"));
+    EXPECT_TRUE(err.ends_with("\n0 ok, 1 refused, 2 untouched\n"));
+    EXPECT_TRUE(card.texts(upgrade).empty());
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeFinishesABatchBeforeItStops)
+{
+    EXPECT_EQ(run({"-o", "csv", "--columns", "target,code", "firmware", "upgrade", "--batch", "2", archive,
+                   "127.0.0.1:1", "127.0.0.1", "127.0.0.2"}),
+              8);
+    EXPECT_EQ(out, "target,code\n127.0.0.1:1,6\n127.0.0.1,0\n127.0.0.2,6\n");
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeGoesOnToTheNextBatch)
+{
+    EXPECT_EQ(run({"firmware", "upgrade", "--batch", "1", archive, "127.0.0.1", "127.0.0.1:1"}), 8);
+    EXPECT_FALSE(errHas("untouched"));
+    EXPECT_EQ(card.texts(upgrade).size(), 1U);
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeAsksUntilTheCardServesAgain)
+{
+    card.behave(upgrade, [this](const FakeCard::Request&) {
+        card.behave(versions, [this](const FakeCard::Request&) {
+            card.answer(versions, says(versionsXml("KERN-7.0.0")));
+            return FakeCard::Answer{.hangsUp = true};
+        });
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_EQ(card.texts(versions).size(), 3U);
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeTellsWhenTheOutcomeIsNotKnown)
+{
+    card.behave(upgrade, [this](const FakeCard::Request&) {
+        card.answer(versions, says("nonsense"));
+        return done;
+    });
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 4);
+    EXPECT_TRUE(errHas("it is not known whether it upgraded"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedIsReadBack)
+{
+    upgradeUnconfirmed(silence, upgraded);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", "--patience", "3", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_TRUE(outHas("\"after\": \"KERN-7.0.0\""));
+    EXPECT_TRUE(errHas("the card did not confirm the archive in time, but has upgraded"));
+    EXPECT_EQ(card.texts(upgrade).size(), 1U);
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeWhoseConnectionIsLostIsReadBack)
+{
+    upgradeUnconfirmed(hangUp, upgraded);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_EQ(card.texts(upgrade).size(), 1U);
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedAndNotDoneIsUnchanged)
+{
+    upgradeUnconfirmed(hangUp, old);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 7);
+    EXPECT_TRUE(outHas("\"verdict\": \"unchanged\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("the card did not confirm the archive, and its versions are what they were"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedAndCannotBeReadBackIsNotKnown)
+{
+    upgradeUnconfirmed(silence, silence);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", "--patience", "0.5", archive, "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"verdict\": \"unknown\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("what the card has now is not known"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedIsJudgedByWhatIsExpected)
+{
+    upgradeUnconfirmed(hangUp, upgraded);
+    EXPECT_EQ(upgradeExpecting("kernel KERN-7.0.0\n"), 0);
+    EXPECT_TRUE(outHas("\"verdict\": \"upgraded\""));
+    EXPECT_EQ(upgradeExpecting("kernel KERN-8.0.0\n"), 7);
+    EXPECT_TRUE(outHas("\"verdict\": \"not as expected\""));
+    EXPECT_TRUE(errHas("the card did not confirm the archive, and has not the expected versions of kernel"));
+}
+
+// Each answers by the name that it is asked by, from one address: only --force goes on then.
+TEST_F(FirmwareCommandsTest, UpgradesOfOneCardNeverOverlap)
+{
+    card.behave(ipGet, [](const FakeCard::Request& request) {
+        const bool isFirst = request.text.find("To=\"card1\"") != std::string::npos;
+        return says(std::string("<IpConfiguration From=\"") + (isFirst ? "card1" : "card2") + "\" To=\"tarvelctl\">" +
+                    interfaceXml("VemkEth1", "127.0.0.1") + "</IpConfiguration>");
+    });
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "card1", "card2"}), 11);
+    EXPECT_TRUE(card.texts(upgrade).empty());
+    EXPECT_EQ(run({"--force", "firmware", "upgrade", archive, "card1", "card2"}), 8); // the second finds it done
+    std::vector<std::uint16_t> served;
+    for (const FakeCard::Request& request : card.requests()) {
+        if (request.command == versions || request.command == upgrade) {
+            served.push_back(request.command);
+        }
+    }
+    EXPECT_EQ(served, (std::vector<std::uint16_t>{versions, upgrade, versions, versions, upgrade, versions}));
+}
+
+} // namespace
