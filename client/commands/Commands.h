@@ -16,6 +16,7 @@ std::unique_ptr<Command> makeFirmwareUpload();
 std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
+std::unique_ptr<Command> makeReboot();
 std::unique_ptr<Command> makeTimeGet();
 std::unique_ptr<Command> makeTimeSet();
 std::unique_ptr<Command> makeVersions();
@@ -54,6 +55,7 @@ inline constexpr std::array commandRows = {
                "tarvelctl firmware upgrade firmware.tar.gz card[01-16]\n"
                "tarvelctl --dry-run firmware upgrade firmware.tar.gz card01",
                makeFirmwareUpgrade},
+    CommandRow{"reboot", "reboot cards", "tarvelctl reboot --wait card01", makeReboot},
     CommandRow{"decode", "take the bytes of a message apart",
                "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
                "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+#include <chrono>
+#include <thread>
+
+namespace
+{
+
+using RebootCommandTest = ProgramFixture;
+
+TEST_F(RebootCommandTest, AsksForTheReboot)
+{
+    card.answer(reboot, done);
+    EXPECT_EQ(run({"-o", "json", "reboot", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"rebooting\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_EQ(card.texts(reboot).size(), 1U);
+}
+
+TEST_F(RebootCommandTest, IsNotRepeated)
+{
+    EXPECT_NE(run({"--timeout", "0.5", "reboot", "card1"}), 0);
+    EXPECT_EQ(card.texts(reboot).size(), 1U);
+}
+
+TEST_F(RebootCommandTest, TellsThatACardWithoutAnAnswerDidNotReboot)
+{
+    EXPECT_EQ(run({"-o", "json", "--timeout", "2", "reboot", "card1"}), 7);
+    EXPECT_TRUE(outHas("\"category\": \"stayed-up\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+}
+
+TEST_F(RebootCommandTest, DoesNotJudgeACardThatHadNoTimeToGoDown)
+{
+    EXPECT_EQ(run({"--timeout", "0.5", "reboot", "card1"}), 5);
+    EXPECT_TRUE(errHas("a longer --timeout tells more"));
+}
+
+TEST_F(RebootCommandTest, TellsThatTheOutcomeOfASilentCardIsNotKnown)
+{
+    card.behave(reboot, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        card.answer(ipGet, {.hangsUp = true});
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"-o", "json", "--timeout", "2", "reboot", "card1"}), 5);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(outHas("it may reboot, or be out of reach"));
+}
+
+TEST_F(RebootCommandTest, SeesThroughARebootThatWasNotConfirmed)
+{
+    card.behave(reboot, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"-o", "json", "--timeout", "2", "reboot", "--wait", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"back\""));
+    EXPECT_TRUE(errHas("did not confirm the reboot, but went down and came back"));
+}
+
+TEST_F(RebootCommandTest, IsNotSentInADryRun)
+{
+    EXPECT_EQ(run({"--dry-run", "reboot", "--wait", "card1"}), 0);
+    EXPECT_TRUE(card.texts(reboot).empty());
+}
+
+TEST_F(RebootCommandTest, TellsThatTheCardStayedUp)
+{
+    card.answer(reboot, done);
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "0.1", "card1"}), 7);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("waiting for the card to go down"));
+}
+
+TEST_F(RebootCommandTest, DoesNotTakeASlowCardForOneThatIsDown)
+{
+    card.answer(reboot, done);
+    card.behave(ipGet, [this](const FakeCard::Request&) {
+        card.refuseConnections(); // so that only its answers tell that it is up
+        card.behave(ipGet, [](const FakeCard::Request&) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(450));
+            return says(ipXml("127.0.0.1"));
+        });
+        return says(ipXml("127.0.0.1"));
+    });
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "2", "card1"}), 7);
+    EXPECT_TRUE(outHas("\"category\": \"stayed-up\""));
+}
+
+TEST_F(RebootCommandTest, SeesTheCardGoDownAndComeBack)
+{
+    card.behave(reboot, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        card.behave(ipGet, [this](const FakeCard::Request&) { // the first question comes too early
+            card.answer(ipGet, says(ipXml("127.0.0.1")));
+            return FakeCard::Answer{.hangsUp = true};
+        });
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"back\""));
+    EXPECT_TRUE(outHas("\"down_after\""));
+    EXPECT_TRUE(outHas("\"back_after\""));
+}
+
+} // namespace
