@@ -17,9 +17,11 @@ std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
 std::unique_ptr<Command> makeReboot();
+std::unique_ptr<Command> makeStatus();
 std::unique_ptr<Command> makeTimeGet();
 std::unique_ptr<Command> makeTimeSet();
 std::unique_ptr<Command> makeVersions();
+std::unique_ptr<Command> makeWait();
 
 // The table of commands, in the order of the help.
 inline constexpr std::array commandRows = {
@@ -56,6 +58,13 @@ inline constexpr std::array commandRows = {
                "tarvelctl --dry-run firmware upgrade firmware.tar.gz card01",
                makeFirmwareUpgrade},
     CommandRow{"reboot", "reboot cards", "tarvelctl reboot --wait card01", makeReboot},
+    CommandRow{"status", "tell whether cards are idle, busy, without daemon or out of reach",
+               "tarvelctl status card[01-16]", makeStatus},
+    CommandRow{"wait", "wait until cards are up, down, idle, or have the versions of a file",
+               "tarvelctl wait --for up card[01-16]\n"
+               "tarvelctl wait --for idle --wait-time 300 10.0.0.11\n"
+               "tarvelctl wait --for versions=release.txt card01",
+               makeWait},
     CommandRow{"decode", "take the bytes of a message apart",
                "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
                "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"

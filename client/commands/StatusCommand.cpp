@@ -1,48 +1,47 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+#include "client/cli/Context.h"
+#include "client/commands/CardState.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
 #include "client/commands/TargetCommand.h"
-#include "client/engine/EventLoop.h"
 
 namespace
 {
-
-std::string stateOf(const Failure& failure)
-{
-    if (failure.category == "refused") {
-        return "daemon down";
-    }
-    if (failure.category == "connect-timeout") {
-        return "no connection";
-    }
-    if (failure.code == ExitCode::noAnswer) {
-        return "busy";
-    }
-    return failure.code == ExitCode::unreachable ? "unreachable" : "strange";
-}
 
 class StatusCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "status"; }
+    [[nodiscard]] std::vector<Column> columns() const override { return {{"state"}, {"seconds"}}; }
+
+    void tellNotFound(Result& result) override
+    {
+        result.add("state", std::string(notFound));
+        result.add("seconds", Cell());
+    }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         TimePoint start = Clock::now();
         bool isFound = false;
         try {
-            const Endpoint endpoint = co_await locate(context, target);
+            const Endpoint endpoint = co_await locate(context.network, target);
             isFound = true;
             start = Clock::now();
-            const Versions versions = co_await getVersions(context, endpoint);
+            const Versions versions = co_await queryVersions(context.network, endpoint);
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
-            result.add("state", isFound ? stateOf(failure) : "not found");
-            result.add("seconds", Cell());
+            if (isFound) {
+                result.add("state", std::string(stateOf(failure)));
+                result.add("seconds", Cell());
+            } else {
+                tellNotFound(result);
+            }
             throw;
         }
-        result.add("state", "up and idle");
+        result.add("state", std::string(upAndIdle));
         result.add("seconds", Seconds(Clock::now() - start).count());
     }
 };

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+namespace
+{
+
+using WaitCommandTest = ProgramFixture;
+
+TEST_F(WaitCommandTest, EndsAtOnceForACardThatIsUp)
+{
+    EXPECT_EQ(run({"-o", "json", "wait", "--for", "up", "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"state\": \"up\""));
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    EXPECT_EQ(run({"wait", "--for", "up", "card1"}), 0);
+}
+
+TEST_F(WaitCommandTest, LooksAgainUntilTheCardIsIdle)
+{
+    card.behave(versions, [this](const FakeCard::Request&) {
+        card.answer(versions, says(versionsXml("KERN-6.1.0")));
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"wait", "--for", "idle", "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("up and idle"));
+    EXPECT_EQ(card.texts(versions).size(), 2U);
+}
+
+TEST_F(WaitCommandTest, LooksAgainUntilTheCardHasTheVersions)
+{
+    sandbox.write("/tmp/release", "kernel KERN-7.0.0\n");
+    card.behave(versions, [this](const FakeCard::Request&) {
+        card.answer(versions, says(versionsXml("KERN-7.0.0")));
+        return says(versionsXml("KERN-6.1.0"));
+    });
+    EXPECT_EQ(run({"wait", "--for", "versions=" + sandbox.path("/tmp/release"), "card1"}), 0);
+    EXPECT_EQ(card.texts(versions).size(), 2U);
+}
+
+TEST_F(WaitCommandTest, TellsWhatItSawWhenTheTimeIsOver)
+{
+    card.answer(versions, {.hangsUp = true});
+    EXPECT_EQ(run({"-o", "csv", "wait", "--for", "idle", "--wait-time", "0.1", "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("127.0.0.1,no,5,timeout,no,busy,"));
+    EXPECT_TRUE(errHas("error: 127.0.0.1: timeout while waiting for idle: busy when 0.1 s were over"));
+}
+
+TEST_F(WaitCommandTest, WaitsForACardToGoDown)
+{
+    EXPECT_EQ(run({"wait", "--for", "down", "--wait-time", "0.1", "127.0.0.1"}), 5);
+    EXPECT_EQ(run({"wait", "--for", "down", "127.0.0.1:1"}), 0);
+    EXPECT_TRUE(outHas("daemon down"));
+    EXPECT_TRUE(errHas("it was not seen up before"));
+}
+
+TEST_F(WaitCommandTest, TakesANameThatNobodyHasForDown)
+{
+    EXPECT_EQ(run({"--timeout", "0.05", "wait", "--for", "down", "card2"}), 0);
+    EXPECT_EQ(run({"--timeout", "0.05", "wait", "--for", "up", "--wait-time", "0.1", "card2"}), 5);
+    EXPECT_TRUE(outHas("not found"));
+}
+
+TEST_F(WaitCommandTest, RefusesWhatNobodyCanWaitFor)
+{
+    EXPECT_EQ(run({"wait", "--for", "godot", "127.0.0.1"}), 2);
+    EXPECT_TRUE(errHas("--for is up, down, idle or versions=FILE, not \"godot\""));
+    EXPECT_EQ(run({"wait", "127.0.0.1"}), 2);
+    EXPECT_EQ(run({"wait", "--for", "versions=" + sandbox.path("/tmp/nowhere"), "127.0.0.1"}), 10);
+    EXPECT_EQ(run({"--dry-run", "wait", "--for", "up", "127.0.0.1"}), 0);
+    EXPECT_TRUE(card.requests().empty());
+}
+
+} // namespace
