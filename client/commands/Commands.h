@@ -10,12 +10,14 @@
 // One maker per command, each defined at the end of the command's own file.
 std::unique_ptr<Command> makeCompletion();
 std::unique_ptr<Command> makeDecode();
+std::unique_ptr<Command> makeDiscover();
 std::unique_ptr<Command> makeFirmwareCheck();
 std::unique_ptr<Command> makeFirmwareUpgrade();
 std::unique_ptr<Command> makeFirmwareUpload();
 std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
+std::unique_ptr<Command> makeRaw();
 std::unique_ptr<Command> makeReboot();
 std::unique_ptr<Command> makeStatus();
 std::unique_ptr<Command> makeTimeGet();
@@ -25,6 +27,11 @@ std::unique_ptr<Command> makeWait();
 
 // The table of commands, in the order of the help.
 inline constexpr std::array commandRows = {
+    CommandRow{"discover", "find cards without knowing names or addresses (each of them logs warnings)",
+               "tarvelctl discover\n"
+               "tarvelctl discover -i eth0 --expect 16\n"
+               "tarvelctl discover --names card[01-64]",
+               makeDiscover},
     CommandRow{"versions", "show the component versions of cards",
                "tarvelctl versions card01\n"
                "tarvelctl versions --diff card[01-16]\n"
@@ -65,6 +72,10 @@ inline constexpr std::array commandRows = {
                "tarvelctl wait --for idle --wait-time 300 10.0.0.11\n"
                "tarvelctl wait --for versions=release.txt card01",
                makeWait},
+    CommandRow{"raw", "send any command, and show the answer as it is",
+               "tarvelctl raw --command 16 10.0.0.11\n"
+               "tarvelctl raw --command 17 --text-file time.xml 10.0.0.11",
+               makeRaw},
     CommandRow{"decode", "take the bytes of a message apart",
                "tarvelctl decode 81c39aff 01000504 01000001 2a000000 00000000\n"
                "tarvelctl -v versions card01 2>&1 | sed -n 's/.*bytes: //p' | tarvelctl decode\n"

@@ -1,29 +1,29 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/Discovery.h"
+#include "client/card/Lookup.h"
 #include "client/cli/Command.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Discovery.h"
-#include "client/commands/Exchanges.h"
+#include "client/commands/Findings.h"
+#include "client/commands/NameCost.h"
 #include "client/engine/Parallel.h"
 #include "client/model/Ranges.h"
 #include "client/output/Console.h"
+#include "client/output/Report.h"
 #include "client/output/Writer.h"
-#include "client/wire/Trace.h"
+#include "client/targets/Targets.h"
+#include "client/wire/HexText.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <iostream>
+#include <iterator>
+#include <utility>
 
 namespace
 {
-
-Failure nobody()
-{
-    return {ExitCode::noAnswer, "timeout", "listening for cards",
-            "no card answered: none is on this network, or a firewall here drops the replies, which come from port "
-            "50003, some of them as broadcasts"};
-}
 
 Result resultOf(const FoundCard& card)
 {
@@ -41,7 +41,7 @@ Result resultOf(const FoundCard& card)
 Result resultOf(const Request& probe)
 {
     Result result;
-    result.add("bytes", hexText(encode(probe)));
+    result.add("frame", hexText(encode(probe)));
     return result;
 }
 
@@ -50,28 +50,66 @@ class DiscoverCommand final : public Command
 public:
     void declare(OptionSet& options) override
     {
-        options.value("--expect", &expected, "N", "stop as soon as N addresses were heard; fewer are a failure");
-        options.value("--names", &names, "NAMES", "ask for these names, too: a range such as card[1-64] (repeatable)");
+        options.value("--expect", &expected, "N",
+                      "stop as soon as N names, or addresses on one interface, were heard; fewer are a failure");
+        options.value("--names", &nameWords, "NAMES",
+                      "ask for these names, too: a range such as card[1-64] (repeatable)");
     }
 
     ExitCode run(Context& context) override
     {
-        for (const std::string& range : names) {
-            const std::vector<std::string> expanded = expandRanges(range);
-            allNames.insert(allNames.end(), expanded.begin(), expanded.end());
-        }
-        std::vector<Column> columns = {{"target", 15}, {"interface", 9}, {"reachable", 9}};
-        if (!allNames.empty()) {
-            columns.push_back({"name", 4});
-        }
-        context.writer.begin("discover", std::move(columns));
+        names = namesIn(context);
+        checkExpectation(context);
+        context.writer.begin("discover", columnsWhen(context.options.dryRun));
         return context.options.dryRun ? showProbes(context) : search(context);
     }
 
 private:
+    [[nodiscard]] std::vector<std::string> namesIn(const Context& context) const
+    {
+        if (nameWords.empty()) {
+            return {};
+        }
+        const std::vector<Target> targets = withoutTargets(parseTargets(nameWords, context.inventory, std::cin),
+                                                           context.options.exclude, context.inventory, std::cin);
+        requireNames(targets);
+        std::vector<std::string> found;
+        std::transform(targets.begin(), targets.end(), std::back_inserter(found),
+                       [](const Target& target) { return target.name; });
+        return found;
+    }
+
+    // Cards have an address on each of their networks, so that addresses of several count no cards.
+    void checkExpectation(const Context& context) const
+    {
+        if (expected == 0) {
+            return;
+        }
+        if (names.empty() && context.network.openInterfaces().size() != 1) {
+            throw usageFailure("--expect counts the addresses of one interface: name it with -i, or name the cards "
+                               "with --names");
+        }
+        if (!names.empty() && enough() > names.size()) {
+            throw usageFailure(fmt::format("--expect {}, but {} names are given", expected, names.size()));
+        }
+    }
+
+    [[nodiscard]] std::size_t enough() const { return static_cast<std::size_t>(expected); }
+
+    [[nodiscard]] std::vector<Column> columnsWhen(bool dryRun) const
+    {
+        if (dryRun) {
+            return {{"frame"}};
+        }
+        std::vector<Column> columns = {{"target", 15}, {"interface", 9}, {"reachable", 9}};
+        if (!names.empty()) {
+            columns.emplace_back("name", 4);
+        }
+        return columns;
+    }
+
     static ExitCode showProbes(Context& context)
     {
-        context.writer.begin("discover");
         const auto probes = Discovery::makeProbes();
         context.writer.add(resultOf(probes.first));
         context.writer.add(resultOf(probes.second));
@@ -81,92 +119,93 @@ private:
 
     ExitCode search(Context& context)
     {
+        context.console.progress("", {"listening"});
         try {
-            Discovery discovery(context.network, [&](const FoundCard& card) { take(context, card); });
-            context.loop.run(discovery.run(static_cast<std::size_t>(std::max(expected, 0))));
             context.loop.run(findNames(context));
+            if (expected == 0 || names.empty() || findings.named.size() < enough()) {
+                Discovery discovery(context.network, [&](const FoundCard& card) { takeUnnamed(context, card); });
+                context.loop.run(discovery.run(names.empty() ? enough() : 0));
+            }
         } catch (const Interrupted&) {
             context.console.note("interrupted: there may be more cards");
         }
-        if (!allNames.empty()) {
-            for (const Result& result : found) {
-                print(context, result);
-            }
-        }
+        context.console.forgetJob("");
         const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : verdict(context);
         context.writer.end(code);
         return code;
     }
 
-    // With names to look for, nothing is printed before they are known.
-    void take(Context& context, const FoundCard& card)
+    Task<void> findNames(Context& context)
     {
-        found.push_back(resultOf(card));
-        if (allNames.empty()) {
-            print(context, found.back());
+        constexpr int repetitions = 2;
+        constexpr Seconds time(1.2); // as long as the probes listen
+        noteCostOfNames(context.console, names.size());
+        Lookup lookup(context.network, names, RetryPolicy{context.network.timeoutOr(time), repetitions});
+        const std::size_t all = names.size() + 1;
+        co_await inParallel(context.loop, all, all, [&](std::size_t index) {
+            return index == names.size() ? lookup.run(expected == 0 ? names.size() : enough())
+                                         : awaitName(context, lookup, names[index]);
+        });
+    }
+
+    Task<void> awaitName(Context& context, Lookup& lookup, std::string name)
+    {
+        const std::optional<CardReply> answer = co_await lookup.answerOf(name);
+        if (!answer) {
+            findings.silent.push_back(name);
+            co_return;
         }
+        findings.named.emplace_back(answer->interface, answer->address);
+        Result result = resultOf(cardAt(answer->address, answer->interface));
+        result.add("name", name);
+        print(context, result);
+    }
+
+    void takeUnnamed(Context& context, const FoundCard& card)
+    {
+        if (findings.isNamed(card)) {
+            return;
+        }
+        ++findings.unnamed;
+        Result result = resultOf(card);
+        if (!names.empty()) {
+            result.add("name", Cell());
+        }
+        print(context, result);
     }
 
     static void print(Context& context, const Result& result)
     {
+        context.console.eraseProgress();
         context.writer.add(result);
         if (!result.hint.empty()) {
             context.console.note(fmt::format("{}: {}", result.target, result.hint));
         }
     }
 
-    Task<void> findNames(Context& context)
+    static ExitCode tell(Context& context, const Result& result)
     {
-        if (allNames.empty()) {
-            co_return;
-        }
-        for (Result& result : found) {
-            result.add("name", Cell());
-        }
-        co_await inParallel(context.loop, allNames.size(), static_cast<std::size_t>(context.options.parallel),
-                            [&](std::size_t index) { return findName(context, allNames[index]); });
-    }
-
-    Task<void> findName(Context& context, std::string name)
-    {
-        constexpr Patience short_{Seconds(0.6), 1};
-        try {
-            const CardIp card = co_await getIpConfiguration(context, name, short_);
-            const auto same = [&](const Result& one) { return one.target == card.address; };
-            const auto known = std::find_if(found.begin(), found.end(), same);
-            if (known != found.end()) {
-                known->fields.back().value = name;
-            }
-        } catch (const Failure&) {
-            // On purpose: most names of a range are those of no card.
-        }
-    }
-
-    static ExitCode tell(Context& context, const Failure& failure)
-    {
-        Result result;
-        result.fail(failure);
         context.writer.add(result);
-        context.console.error(failure.hint);
-        return failure.code;
+        Report(context.console).tell(result);
+        return result.code;
     }
 
     ExitCode verdict(Context& context) const
     {
-        if (found.empty()) {
-            return tell(context, nobody());
+        const std::optional<Result> shortfall = findings.shortfall(enough(), !names.empty());
+        if (shortfall) {
+            return tell(context, *shortfall);
         }
-        if (found.size() < static_cast<std::size_t>(std::max(expected, 0))) {
-            return tell(context, {ExitCode::differs, "too-few", "listening",
-                                  fmt::format("{} addresses were heard, {} expected", found.size(), expected)});
+        if (expected == 0 && !findings.silent.empty()) {
+            context.console.note(fmt::format("these names did not answer: {}", foldRanges(findings.silent)));
         }
         return ExitCode::ok;
     }
 
     int expected = 0;
+    std::vector<std::string> nameWords;
     std::vector<std::string> names;
-    std::vector<std::string> allNames;
-    std::vector<Result> found;
+    Findings findings;
 };
 
 } // namespace

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/cli/GlobalOptions.h"
+#include "client/card/Identity.h"
+#include "client/cli/Context.h"
 #include "client/cli/LocalFile.h"
 #include "client/commands/Commands.h"
-#include "client/commands/Exchanges.h"
 #include "client/commands/TargetCommand.h"
-#include "client/wire/Trace.h"
+#include "client/wire/HexText.h"
+#include "client/wire/Phase.h"
 
 #include <cstring>
 #include <fmt/core.h>
@@ -34,6 +35,12 @@ class RawCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "raw"; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        return {{"status"}, {"format"}, {"length"}, {"text"}, {"payload"}};
+    }
+
+    [[nodiscard]] bool takesNetworks() const override { return false; } // its command may be one that changes cards
 
     void declareOwn(OptionSet& options) override
     {
@@ -59,23 +66,33 @@ protected:
         prototype = makePrototype();
     }
 
+    [[nodiscard]] bool looksUpNames() const override { return !udp; }
+
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         Request request = prototype;
-        request.header.sequenceId = bareRequest(CommandId::versions).header.sequenceId; // one of its own for each card
-        const std::string phase = "waiting for the answer";
-        Reply reply;
-        if (udp) {
-            reply = co_await broadcastOnce(context, request, phase);
-        } else {
-            const Endpoint endpoint = co_await locate(context, target);
-            reply = co_await context.network.askOnce(endpoint, request, phase);
+        if (!changesNothing(request)) {
+            result.changed = std::nullopt; // nobody knows what every command does
         }
+        request.header.sequenceId = bareRequest(CommandId::versions).header.sequenceId; // one of its own for each card
+        const Reply reply = co_await inPhase("waiting for the answer", send(context, target, std::move(request)));
         show(reply, result);
-        checkStatus(reply.header, phase);
+        inPhase("waiting for the answer", [&] { checkStatus(reply.header); });
     }
 
 private:
+    Task<Reply> send(Context& context, const Target& target, Request request) const
+    {
+        context.network.admit(request);
+        if (udp) {
+            Reply reply = co_await context.network.askAnybody(std::move(request));
+            co_return reply;
+        }
+        const Endpoint endpoint = co_await locate(context.network, target);
+        Reply reply = co_await context.network.askOnce(endpoint, std::move(request));
+        co_return reply;
+    }
+
     Request makePrototype() const
     {
         const auto number = static_cast<CommandId>(requireNumber<std::uint16_t>(command, "--command"));
@@ -91,27 +108,7 @@ private:
         request.header.device = requireNumber<std::uint8_t>(device, "--device");
         request.header.service = requireNumber<std::uint8_t>(service, "--service");
         request.header.version = requireNumber<std::uint8_t>(version, "--protocol-version");
-        request.changesCard = true; // who knows; in no case is it repeated
         return request;
-    }
-
-    // The first answer of any card, whatever its status.
-    static Task<Reply> broadcastOnce(Context& context, Request request, std::string phase)
-    {
-        context.network.holdBack(request);
-        const std::vector<BroadcastSocket> sockets = context.network.openInterfaces();
-        context.network.broadcast(sockets, request);
-        const TimePoint deadline = context.network.deadline();
-        for (;;) {
-            const std::optional<Datagram> datagram = co_await context.network.receive(sockets, deadline);
-            if (!datagram) {
-                throw Failure{ExitCode::noAnswer, "timeout", phase, "no card answered in time"};
-            }
-            std::optional<Reply> reply = replyIn(*datagram, request);
-            if (reply) {
-                co_return std::move(*reply);
-            }
-        }
     }
 
     static void show(const Reply& reply, Result& result)
@@ -120,11 +117,11 @@ private:
         result.add("format", std::int64_t{reply.header.messageFormat});
         result.add("length", static_cast<std::int64_t>(reply.payload.size()));
         try {
-            result.add("text", reply.payload.empty() ? Cell() : Cell(textOf(reply, "")));
+            result.add("text", reply.payload.empty() ? Cell() : Cell(textOf(reply)));
         } catch (const Failure&) {
             result.add("text", Cell());
         }
-        result.add("bytes", hexText(reply.payload));
+        result.add("payload", hexText(reply.payload));
     }
 
     int command = 0;
