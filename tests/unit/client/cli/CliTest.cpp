@@ -3,7 +3,9 @@
 #include "client/cli/Cli.h"
 
 #include "client/model/Failure.h"
+#include "unit/client/FailureOf.h"
 
+#include <fmt/core.h>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -39,6 +41,13 @@ TEST(CommandLine, LeavesTargetsBehindAnInterfaceAlone)
     EXPECT_EQ(line.options.interfaces, std::vector<std::string>{"lan0"});
 }
 
+TEST(CommandLine, TakesATargetThatIsCalledLikeACommand)
+{
+    CommandLine line;
+    parse(line, {"time", "get", "ip", "set"});
+    EXPECT_EQ(line.commandName, "time get");
+}
+
 TEST(CommandLine, IsRefusedWithAUsageFailure)
 {
     const std::vector<std::vector<const char*>> wrong = {{},
@@ -48,27 +57,20 @@ TEST(CommandLine, IsRefusedWithAUsageFailure)
                                                          {"versions", "--nonsense", "card1"},
                                                          {"-o", "xml", "versions", "card1"},
                                                          {"--parallel", "0", "versions", "card1"},
+                                                         {"--timeout", "nan", "versions", "card1"},
+                                                         {"--timeout", "-NaN", "versions", "card1"},
+                                                         {"reboot", "--wait-time", "nan", "card1"},
                                                          {"--timeout", "soon", "versions", "card1"}};
     for (const std::vector<const char*>& words : wrong) {
         CommandLine line;
-        try {
-            parse(line, words);
-            ADD_FAILURE() << testing::PrintToString(words);
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.code, ExitCode::usage);
-        }
+        EXPECT_EQ(failureOf([&] { parse(line, words); }).code, ExitCode::usage) << testing::PrintToString(words);
     }
 }
 
 std::string complaintAbout(const std::vector<const char*>& words)
 {
     CommandLine line;
-    try {
-        parse(line, words);
-    } catch (const Failure& failure) {
-        return failure.hint;
-    }
-    return {};
+    return failureOf([&] { parse(line, words); }).hint;
 }
 
 TEST(CommandLine, NamesTheCommandsWhenNoneIsGiven)
@@ -92,10 +94,32 @@ TEST(CommandLine, KeepsTheNameOfACommandWithWrongWords)
 
 TEST(CommandLine, TellsTheVersion)
 {
+    const std::vector<std::vector<const char*>> ways = {{"--version"}, {"-V"}, {"-q", "--version"}, {"versions", "-V"}};
+    for (const std::vector<const char*>& words : ways) {
+        CommandLine line;
+        parse(line, words);
+        EXPECT_TRUE(line.text.starts_with("tarvelctl ")) << testing::PrintToString(words);
+        EXPECT_TRUE(line.text.ends_with("\n")) << testing::PrintToString(words);
+        EXPECT_FALSE(line.command);
+    }
+}
+
+TEST(CommandLine, TakesAnotherWordForNoQuestionForTheVersion)
+{
     CommandLine line;
-    parse(line, {"--version"});
-    EXPECT_TRUE(line.text.starts_with("tarvelctl "));
-    EXPECT_FALSE(line.command);
+    EXPECT_THROW(parse(line, {"-v"}), Failure);
+    EXPECT_TRUE(line.text.empty());
+}
+
+TEST(CommandLine, ListsEveryExitStatusInItsHelp)
+{
+    CommandLine line;
+    parse(line, {"--help"});
+    for (const ExitStatus& status : exitStatuses()) {
+        EXPECT_NE(line.text.find(fmt::format("\n  {:<5}{}", static_cast<int>(status.code), status.meaning)),
+                  std::string::npos)
+            << status.meaning;
+    }
 }
 
 TEST(CommandTable, NamesEachCommandOnce)

@@ -2,8 +2,12 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/cli/LocalFile.h"
 #include "client/completion/CommandShape.h"
+#include "client/model/ExitCode.h"
 
+#include <cctype>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace
 {
@@ -56,6 +60,35 @@ TEST(Manual, DescribesNoCommandThatIsNotThere)
         ++headings;
     }
     EXPECT_EQ(headings, shapeOfProgram().commands.size());
+}
+
+// The list of the exit statuses as "0 all well" and so on, without the marks around them.
+std::vector<std::string> exitStatusesTold()
+{
+    std::istringstream lines(section(manual(), "# EXIT STATUS"));
+    std::vector<std::string> told;
+    for (std::string line; std::getline(lines, line);) {
+        std::erase_if(line,
+                      [](char letter) { return std::string_view("|[*<:").find(letter) != std::string_view::npos; });
+        line.erase(0, line.find_first_not_of(' '));
+        if (!line.empty() && std::isdigit(static_cast<unsigned char>(line.front())) != 0) {
+            told.push_back(line);
+        } else if (!told.empty() && !line.empty()) {
+            told.back() += " " + line;
+        }
+    }
+    return told;
+}
+
+TEST(Manual, ListsTheExitStatusesAsTheHelpDoes)
+{
+    std::vector<std::string> expected;
+    for (const ExitStatus& status : exitStatuses()) {
+        std::string meaning(status.meaning);
+        std::erase(meaning, ':');
+        expected.push_back(fmt::format("{} {}", static_cast<int>(status.code), meaning));
+    }
+    EXPECT_EQ(exitStatusesTold(), expected);
 }
 
 TEST(Manual, WarnsOfWhatDiscoveryCosts)
