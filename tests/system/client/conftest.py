@@ -8,10 +8,11 @@ from pathlib import Path
 
 import pytest
 import tarvelsim
+from support.archives import archive, large_archive
 from support.ctl import Ctl
 
 RACK = 8
-REBOOT_TIME = 1.5  # seconds; short, but long enough to be seen as more than a lost datagram
+REBOOT_TIME = 3.0  # seconds; short, but long enough to be seen as more than a busy card
 
 
 @pytest.fixture(scope="session")
@@ -36,7 +37,7 @@ def whole_rack(lan: tarvelsim.Lan, daemon: list[str]) -> Iterator[list[tarvelsim
         for card in cards:
             card.start(wait=False)
         for card in cards:
-            card.wait_ready(timeout=30)
+            card.daemon.wait_ready(timeout=30)
         yield cards
     finally:
         for card in cards:
@@ -54,3 +55,34 @@ def scratch(whole_rack: list[tarvelsim.Card]) -> Iterator[tarvelsim.Card]:
     """The first card of the rack, with which the test may do what it likes."""
     yield whole_rack[0]
     whole_rack[0].reset()
+
+
+@pytest.fixture
+def scratches(whole_rack: list[tarvelsim.Card]) -> Iterator[list[tarvelsim.Card]]:
+    """The first three cards of the rack, likewise."""
+    yield whole_rack[:3]
+    for card in whole_rack[:3]:
+        card.reset()
+
+
+@pytest.fixture
+def twin(lan: tarvelsim.Lan, daemon: list[str], rack: list[tarvelsim.Card]) -> Iterator[tarvelsim.Card]:
+    """Another card that is called rack1."""
+    with lan.card("twin", command=daemon, hostname="rack1") as card:
+        yield card
+
+
+@pytest.fixture
+def firmware(tmp_path: Path) -> str:
+    """An archive with a newer kernel than the cards have."""
+    path = tmp_path / "firmware.tar.gz"
+    path.write_bytes(archive({"pnr/kernel": b"KERN-7.0.0\n"}))
+    return str(path)
+
+
+@pytest.fixture
+def large(tmp_path: Path) -> str:
+    """An archive that takes a while to send."""
+    path = tmp_path / "large.tar.gz"
+    path.write_bytes(large_archive())
+    return str(path)

@@ -2,13 +2,19 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The contract with scripts: exit codes, streams and formats."""
 
+import ast
+import itertools
 import json
+import re
 import subprocess
+import time
+from pathlib import Path
 
 import pytest
 from support.ctl import Ctl
 from support.fake_card import FakeTcpCard
 from tarvelsim import Card
+from wire import Message
 
 
 @pytest.mark.parametrize("words", [(), ("nonsense",), ("versions",), ("-o", "xml", "versions", "rack1"), ("time",)])
@@ -24,6 +30,28 @@ def test_help_and_version_are_exit_0(ctl: Ctl) -> None:
         assert answer.code == 0
         assert answer.out
         assert answer.err == ""
+
+
+def commands(ctl: Ctl, *group: str) -> list[tuple[str, ...]]:
+    """All that the help lists, those of groups with both words."""
+    listed = ctl(*group, "--help").out.partition("Subcommands:\n")[2].partition("\n\n")[0]
+    names = re.findall(r"^  (\S+) ", listed, re.MULTILINE)
+    return [command for name in names for command in commands(ctl, *group, name)] or [group]
+
+
+def literals_given_to_the_client() -> list[str]:
+    """Of each call of `ctl` in the tests beside this one: its literal arguments, each with a blank on both sides."""
+    trees = (ast.parse(path.read_text(encoding="utf-8")) for path in Path(__file__).parent.glob("test_*.py"))
+    calls = (node for tree in trees for node in ast.walk(tree) if isinstance(node, ast.Call))
+    to_ctl = (call for call in calls if ast.unparse(call.func).partition(".")[0] == "ctl")
+    return ["".join(f" {arg.value} " for arg in call.args if isinstance(arg, ast.Constant)) for call in to_ctl]
+
+
+def test_every_command_is_run_by_a_test(ctl: Ctl) -> None:
+    given = literals_given_to_the_client()
+    listed = ["".join(f" {word} " for word in command) for command in commands(ctl)]
+    assert " ip  rescue " in listed
+    assert [command for command in listed if not any(command in words for words in given)] == []
 
 
 def test_a_usage_error_is_json_too(ctl: Ctl) -> None:
@@ -91,20 +119,60 @@ def test_an_internal_error_at_one_target_costs_no_other_its_result(ctl: Ctl) -> 
 
 def test_every_failure_has_the_same_fields(ctl: Ctl) -> None:
     result = ctl.json("versions", "127.0.0.99").result
-    assert set(result) == {"target", "ok", "code", "category", "phase", "hint"}
+    assert set(result) == {"target", "ok", "code", "category", "phase", "hint", "changed"}
     assert result["ok"] is False
     assert all(isinstance(result[field], str) for field in ("target", "category", "phase", "hint"))
 
 
 def test_json_lines_carry_failures_too(ctl: Ctl) -> None:
     line = json.loads(ctl("-o", "jsonl", "versions", "127.0.0.99").out)
-    assert (line["schema"], line["command"], line["code"]) == (1, "versions", 6)
+    assert (line["schema"], line["command"], line["code"]) == (2, "versions", 6)
 
 
 def test_a_failure_leaves_no_data_in_a_table(ctl: Ctl) -> None:
     answer = ctl("versions", "127.0.0.99")
-    assert answer.out == ""
+    assert answer.out == "TARGET  COMPONENT  VERSION\n"
     assert answer.err.startswith("error: 127.0.0.99: refused")
+
+
+def test_a_failure_is_a_row_of_csv(ctl: Ctl) -> None:
+    (row,) = ctl("-o", "csv", "versions", "127.0.0.99").rows
+    assert (row["target"], row["ok"], row["code"], row["category"]) == ("127.0.0.99", "no", "6", "refused")
+
+
+READINGS = [
+    ("versions", "rack1"),
+    ("time", "get", "rack1"),
+    ("ip", "get", "rack1"),
+    ("status", "rack1"),
+    ("raw", "--command", "1", "rack1"),
+    ("decode", "81c39aff010005040100000107000000 00000000"),
+    ("--dry-run", "ip", "set", "--if", "VemkEth2", "--disabled", "rack1"),
+    ("--dry-run", "time", "set", "--manual", "now", "rack1"),
+    ("--dry-run", "reboot", "rack1"),
+]
+
+
+@pytest.mark.parametrize("words", READINGS)
+def test_every_field_of_json_has_a_column(ctl: Ctl, rack: list[Card], words: tuple[str, ...]) -> None:
+    result = ctl.json(*words).result
+    assert result["changed"] is False
+    lists = [name for name, value in result.items() if isinstance(value, list)]
+    fields = {field for name in lists for row in result[name] for field in row}
+    fields |= set(result) - set(lists) - {"phase", "hint"}
+    assert fields <= set(ctl("-o", "csv", *words).rows[0])
+
+
+def test_columns_are_chosen(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl("-o", "csv", "--columns", "code,target", "status", "rack1", "127.0.0.99")
+    assert answer.out == "code,target\n0,rack1\n6,127.0.0.99\n"
+
+
+@pytest.mark.parametrize("words", [("--columns", "colour"), ("-o", "json", "--columns", "target")])
+def test_columns_that_are_none_are_refused_before_anything_is_sent(ctl: Ctl, words: tuple[str, ...]) -> None:
+    with FakeTcpCard(lambda request: None) as card:
+        assert ctl(*words, "status", card.address).code == 2
+    assert card.requests == []
 
 
 def test_a_row_too_wide_for_a_line_is_printed_as_a_block(ctl: Ctl, rack: list[Card]) -> None:
@@ -118,11 +186,49 @@ def test_quiet_drops_the_notes(ctl: Ctl, rack: list[Card]) -> None:
     assert ctl("--quiet", "versions", "--diff", "rack[1-2]").err == ""
 
 
-def test_a_closed_output_is_no_crash(ctl: Ctl, rack: list[Card]) -> None:
-    running = ctl.start("versions", "rack[1-8]")
-    assert running.stdout
+@pytest.mark.parametrize("format", ["table", "csv", "json", "jsonl"])
+def test_a_reader_that_goes_away_is_no_error(ctl: Ctl, rack: list[Card], format: str) -> None:
+    running = ctl.start("-o", format, "versions", "rack[1-8]")
+    assert running.stdout and running.stderr
     running.stdout.close()
-    assert running.wait(timeout=30) in (0, 1)
+    assert running.stderr.read() == ""
+    assert running.wait(timeout=30) == 0
+
+
+def test_messages_that_nobody_reads_stop_nothing(ctl: Ctl) -> None:
+    running = ctl.start("-o", "jsonl", "-v", "versions", "127.0.0.[98-99]")
+    assert running.stdout and running.stderr
+    running.stderr.close()
+    assert len(running.stdout.read().splitlines()) == 2
+    assert running.wait(timeout=30) == 6
+
+
+def test_a_time_that_is_none_is_told_by_what_is_wrong(ctl: Ctl) -> None:
+    for text, flaw in (("2026-02-30T00:00:00Z", "date"), ("2026-02-03T00:00:00 CET", "zone")):
+        answer = ctl("time", "set", "--manual", text, "127.0.0.99")
+        assert answer.code == 2
+        assert flaw in answer.err
+
+
+def test_a_dry_run_of_a_raw_command_shows_its_own_frame(ctl: Ctl) -> None:
+    for words in ((), ("--udp",)):
+        answer = ctl.json("--dry-run", "raw", "--command", "9", *words, "card1")
+        assert answer.code == 0
+        assert answer.result["frame"].split()[2] == "09000001"
+
+
+def test_a_connection_that_closes_is_tried_again_after_a_pause(ctl: Ctl) -> None:
+    times: list[float] = []
+
+    def close(request: Message) -> bytes:
+        times.append(time.monotonic())
+        return b""
+
+    with FakeTcpCard(close) as card:
+        assert ctl("versions", card.address).code == 5
+    assert len(times) == 3
+    # a lower bound, which no slow machine breaks
+    assert all(later - earlier >= 0.3 for earlier, later in itertools.pairwise(times))
 
 
 def test_a_request_is_one_segment_without_payload(ctl: Ctl) -> None:

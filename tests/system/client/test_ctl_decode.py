@@ -21,16 +21,16 @@ def test_a_request_is_taken_apart(ctl: Ctl) -> None:
     assert answer.code == 0
     assert fields(answer) == {
         "start pattern": "0xff9ac381",
-        "version": 1,
+        "version": "1",
         "message format": "0x01",
-        "device": 5,
-        "service": 4,
-        "command": 3,
-        "status": 0,
-        "command version": 1,
+        "device": "5",
+        "service": "4",
+        "command": "3",
+        "status": "0",
+        "command version": "1",
         "sequence": "0x0000002a",
-        "payload length": len(REQUEST) - 20,
-        "8-bit section count": len(REQUEST) - 24,
+        "payload length": str(len(REQUEST) - 20),
+        "8-bit section count": str(len(REQUEST) - 24),
         "text": '<IpConfiguration From="me" To="card1"/>',
     }
 
@@ -59,7 +59,8 @@ def test_a_table_has_a_line_for_each_line_of_the_text(ctl: Ctl) -> None:
 
 def test_csv_has_a_line_for_each_field(ctl: Ctl) -> None:
     rows = ctl("-o", "csv", "decode", REQUEST.hex()).rows
-    assert rows[5] == {"offset": "8", "field": "command", "value": "3", "meaning": "IP configuration get, request"}
+    expected = {"offset": "8", "field": "command", "value": "3", "meaning": "IP configuration get, request"}
+    assert expected.items() <= rows[5].items()
 
 
 @pytest.mark.parametrize(

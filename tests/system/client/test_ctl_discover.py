@@ -2,7 +2,9 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """tarvelctl discover"""
 
-from support.ctl import Ctl
+import signal
+
+from support.ctl import Ctl, interrupt
 from tarvelsim import Card
 
 
@@ -39,24 +41,50 @@ def test_names_are_mapped_to_addresses(ctl: Ctl, rack: list[Card]) -> None:
     assert "rack9" not in names.values()
 
 
+def test_stopped_cards_are_not_made_up_for_by_the_addresses_of_others(ctl: Ctl, rack: list[Card]) -> None:
+    for card in rack[4:]:
+        card.daemon.kill(signal.SIGSTOP)
+    try:
+        answer = ctl.json("discover", "--names", "rack[1-8]", "--expect", "8")
+    finally:
+        for card in rack[4:]:
+            card.daemon.kill(signal.SIGCONT)
+    assert answer.code == 9
+    named = {result["name"] for result in answer.results if result["ok"] and result["name"]}
+    assert named == {"rack1", "rack2", "rack3", "rack4"}
+    (shortfall,) = [result for result in answer.results if not result["ok"]]
+    assert {row["name"] for row in shortfall["silent"]} == {"rack5", "rack6", "rack7", "rack8"}
+
+
+def test_addresses_of_several_interfaces_count_no_cards(ctl: Ctl, rack: list[Card]) -> None:
+    assert ctl("discover", "--expect", "8").code == 2
+
+
+def test_a_name_is_printed_while_others_are_awaited(ctl: Ctl, rack: list[Card]) -> None:
+    running = ctl.start("-o", "jsonl", "--timeout", "60", "discover", "--names", "nobody,rack1")
+    assert running.stdout
+    assert '"name":"rack1"' in running.stdout.readline()
+    interrupt(running)
+
+
 def test_a_card_with_a_wrong_address_is_heard(ctl: Ctl, scratch: Card) -> None:
-    scratch.run(["ip", "addr", "flush", "dev", "eth0"])
-    scratch.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
+    scratch.inside.run(["ip", "addr", "flush", "dev", "eth0"])
+    scratch.inside.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
     found = {result["target"]: result["reachable"] for result in ctl.json("discover", "-i", "lan0").results}
     assert found["172.16.5.5"] is False
 
 
 def test_a_card_without_any_address_is_heard(ctl: Ctl, scratch: Card) -> None:
     for device in ("eth0", "eth1"):  # without one of its own, the other's address would serve
-        scratch.run(["ip", "addr", "flush", "dev", device])
+        scratch.inside.run(["ip", "addr", "flush", "dev", device])
     assert "0.0.0.0" in {result["target"] for result in ctl.json("discover", "-i", "lan0").results}
 
 
 def test_a_dry_run_shows_both_probes(ctl: Ctl, rack: list[Card]) -> None:
-    mark = rack[0].log_mark()
-    probes = [result["bytes"] for result in ctl.json("--dry-run", "discover").results]
+    mark = rack[0].records.log_mark()
+    probes = [result["frame"] for result in ctl.json("--dry-run", "discover").results]
     assert [probe.split()[2] for probe in probes] == ["f07f0001", "03000001"]
-    assert rack[0].log_lines(mark) == []
+    assert rack[0].records.log_lines(mark) == []
 
 
 def test_an_interface_that_does_not_exist_is_exit_6(ctl: Ctl) -> None:

@@ -18,17 +18,17 @@ def test_an_idle_card_is_up(ctl: Ctl, rack: list[Card]) -> None:
 
 def test_a_card_with_another_client_is_busy(ctl: Ctl, rack: list[Card]) -> None:
     address = rack[0].address("eth0") or ""
-    mark = rack[0].log_mark()
+    mark = rack[0].records.log_mark()
     with socket.create_connection((address, PORT)):
-        rack[0].wait_log("accept", since=mark)
+        rack[0].records.wait_log("accept", since=mark)
         answer = ctl.json("--timeout", "0.5", "status", address)
     assert (answer.code, answer.result["state"]) == (5, "busy")
 
 
 def test_a_card_without_daemon_refuses(ctl: Ctl, scratch: Card) -> None:
     address = scratch.address("eth0") or ""
-    scratch.supervise(False)
-    scratch.stop_daemon()
+    scratch.daemon.supervise(False)
+    scratch.daemon.stop()
     answer = ctl.json("status", address)
     assert (answer.code, answer.result["state"]) == (6, "daemon down")
 
@@ -41,9 +41,9 @@ def test_an_address_without_a_host_is_out_of_reach(ctl: Ctl) -> None:
 
 def test_a_stalled_card_delays_no_other(ctl: Ctl, rack: list[Card]) -> None:
     address = rack[0].address("eth0") or ""
-    mark = rack[0].log_mark()
+    mark = rack[0].records.log_mark()
     with socket.create_connection((address, PORT)):
-        rack[0].wait_log("accept", since=mark)
+        rack[0].records.wait_log("accept", since=mark)
         running = ctl.start("-o", "jsonl", "--timeout", "60", "versions", address, "rack[2-8]")
         assert running.stdout
         seen = [running.stdout.readline() for _ in range(7)]  # while the first still waits
@@ -54,7 +54,7 @@ def test_a_stalled_card_delays_no_other(ctl: Ctl, rack: list[Card]) -> None:
 
 def test_a_card_without_an_address_is_not_mistaken_for_this_host(ctl: Ctl, scratch: Card) -> None:
     for device in ("eth0", "eth1"):
-        scratch.run(["ip", "address", "flush", "dev", device])
+        scratch.inside.run(["ip", "address", "flush", "dev", device])
     answer = ctl.json("-i", "lan0", "status", "rack1")
     assert (answer.code, answer.result["category"]) == (6, "no-address")
 
@@ -69,9 +69,9 @@ def test_a_card_that_nobody_finds_is_in_no_state_of_its_own(ctl: Ctl) -> None:
 def test_only_a_reboot_is_proof_of_one(ctl: Ctl, scratch: Card, address: str) -> None:
     """A card that no connection reaches has not gone down for that."""
     for device in ("eth0", "eth1"):
-        scratch.run(["ip", "address", "flush", "dev", device])
+        scratch.inside.run(["ip", "address", "flush", "dev", device])
     if address:
-        scratch.run(["ip", "address", "add", address, "dev", "eth0"])
+        scratch.inside.run(["ip", "address", "add", address, "dev", "eth0"])
     boots = scratch.boots
     answer = ctl.json("-i", "lan0", "reboot", "--wait", "rack1")
     assert (answer.code, answer.result["state"]) == (0, "back")
@@ -88,37 +88,37 @@ def test_cards_reboot_and_come_back(ctl: Ctl, scratch: Card) -> None:
 
 
 def test_a_reboot_is_asked_for_once(ctl: Ctl, scratch: Card) -> None:
-    mark = scratch.calls_mark()
+    mark = scratch.records.calls_mark()
     boots = scratch.boots
     assert ctl("reboot", "rack1").code == 0
     scratch.wait_boot(boots + 1)
-    assert len(scratch.calls("reboot", since=mark)) == 1
+    assert len(scratch.records.calls("reboot", since=mark)) == 1
 
 
 def test_a_card_that_refuses_to_tell_its_addresses_reboots_all_the_same(ctl: Ctl, scratch: Card) -> None:
-    scratch.run(["uci", "set", "network.lanvemt2eth2.proto=pppoe"])
+    scratch.inside.run(["uci", "set", "network.lanvemt2eth2.proto=pppoe"])
     boots = scratch.boots
     assert ctl.json("reboot", "--wait", "rack1").result["state"] == "back"
     scratch.wait_boot(boots + 1)
 
 
 def test_a_card_that_confirms_but_stays_up_is_exit_7(ctl: Ctl, scratch: Card) -> None:
-    scratch.fail("reboot")
+    scratch.inside.fail("reboot")
     answer = ctl.json("reboot", "--wait", "--wait-time", "2", "rack1")
     assert (answer.code, answer.result["category"]) == (7, "stayed-up")
 
 
 def test_a_dry_run_reboots_nothing(ctl: Ctl, rack: list[Card]) -> None:
-    mark = rack[0].calls_mark()
+    mark = rack[0].records.calls_mark()
     assert ctl.json("--dry-run", "reboot", "rack1").result["xml"] == '<RebootCard From="tarvelctl" To="rack1"/>'
-    assert rack[0].calls("reboot", since=mark) == []
+    assert rack[0].records.calls("reboot", since=mark) == []
 
 
 def test_ctrl_c_while_waiting_is_exit_130(ctl: Ctl, scratch: Card) -> None:
-    scratch.fail("reboot")
-    mark = scratch.calls_mark()
+    scratch.inside.fail("reboot")
+    mark = scratch.records.calls_mark()
     running = ctl.start("-o", "json", "reboot", "--wait", "rack1")
-    scratch.wait_call("reboot", since=mark)
+    scratch.records.wait_call("reboot", since=mark)
     answer = interrupt(running)
     assert answer.code == 130
     assert answer.result["category"] == "interrupted"

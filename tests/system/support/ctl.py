@@ -12,7 +12,7 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
-SCHEMA = 1
+SCHEMA = 2
 
 
 @dataclass(frozen=True)
@@ -53,7 +53,8 @@ class Ctl:
         self.program = program
         self.config = folder / "config" / "tarvelctl"
         self.config.mkdir(parents=True)
-        self._environment = {
+        self.state = folder / "state" / "tarvelctl"
+        self.environment = {
             **os.environ,
             "HOME": str(folder),
             "XDG_CONFIG_HOME": str(folder / "config"),
@@ -67,11 +68,16 @@ class Ctl:
             capture_output=True,
             text=True,
             errors="surrogateescape",
-            env=self._environment,
+            env=self.environment,
             timeout=timeout,
             check=False,
         )
         return Answer(ended.returncode, ended.stdout, ended.stderr)
+
+    def remember(self, name: str, text: str) -> None:
+        """As if an earlier run had written this."""
+        self.state.mkdir(parents=True, exist_ok=True)
+        (self.state / name).write_text(text)
 
     def json(self, *words: str, input: str = "") -> Answer:
         return self("-o", "json", *words, input=input)
@@ -83,7 +89,7 @@ class Ctl:
             stdout=subprocess.PIPE,
             stderr=subprocess.PIPE,
             text=True,
-            env=self._environment,
+            env=self.environment,
         )
 
 
