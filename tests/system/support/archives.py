@@ -6,6 +6,7 @@ import gzip
 import io
 import random
 import tarfile
+import zlib
 from collections.abc import Mapping
 
 
@@ -25,6 +26,16 @@ def archive(members: Mapping[str, bytes]) -> bytes:
     return gzip.compress(packed.getvalue(), mtime=0)
 
 
+def archive_of_one(name: str, uid: int = 0, gid: int = 0, mode: int = 0o644) -> bytes:
+    """Of one empty file, with an owner and a mode of its own."""
+    packed = io.BytesIO()
+    with tarfile.open(fileobj=packed, mode="w:gz") as tar:
+        member = tarfile.TarInfo(name)
+        member.uid, member.gid, member.mode = uid, gid, mode
+        tar.addfile(member)
+    return packed.getvalue()
+
+
 def archive_of_size(size: int) -> bytes:
     """An archive of exactly so many bytes, with `pnr/padding` in it."""
     noise = random.Random(size)
@@ -40,3 +51,31 @@ def archive_of_size(size: int) -> bytes:
 def large_archive() -> bytes:
     """More than the buffers between a client and a card hold."""
     return archive({"pnr/padding": random.Random(0).randbytes(30_000_000)})
+
+
+def archive_of_zeros() -> bytes:
+    """1000 MiB in one MiB: it takes a while to look through."""
+    member = tarfile.TarInfo("pnr/padding")
+    member.size = 1000 << 20
+    header = member.tobuf(tarfile.USTAR_FORMAT)
+    return gzip.compress(header) + gzip.compress(bytes(1 << 20), mtime=0) * 1000 + gzip.compress(bytes(1024))
+
+
+def archive_of_many(number: int, kind: bytes) -> bytes:
+    """So many members without content; links lead to a name beside them."""
+    member = tarfile.TarInfo("usr/lib/component000/member000000")
+    member.type = kind
+    member.linkname = "target" if kind == tarfile.SYMTYPE else ""
+    header = member.tobuf(tarfile.USTAR_FORMAT)
+    packer = zlib.compressobj(1, wbits=31)
+    packed = []
+    for index in range(number):
+        name = f"usr/lib/component{index // 1000:03}/member{index:06}".encode()
+        packed.append(packer.compress(_renamed(header, name)))
+    return b"".join((*packed, packer.compress(bytes(1024)), packer.flush()))
+
+
+def _renamed(header: bytes, name: bytes) -> bytes:
+    """The same with another name, of the same length."""
+    checksum = int(header[148:154], 8) + sum(name) - sum(header[: len(name)])
+    return b"".join((name, header[len(name) : 148], b"%06o" % checksum, header[154:]))
