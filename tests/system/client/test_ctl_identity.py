@@ -1,0 +1,161 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""Nothing is changed as long as another card could be meant."""
+
+from collections.abc import Iterator
+
+import pytest
+from support.ctl import Answer, Ctl
+from support.snapshot import Snapshot
+from tarvelsim import Card
+
+ETH2 = ("--if", "VemkEth2")
+CHANGES = [
+    ("ip", "set", *ETH2, "--dhcp"),
+    ("ip", "rescue", *ETH2, "--dhcp"),
+    ("reboot",),
+    ("time", "set", "--ntp", "10.0.0.99"),
+    ("firmware", "upgrade", "FILE"),
+]
+
+
+@pytest.fixture
+def doubled(rack: list[Card]) -> Iterator[str]:
+    """rack2 has the address of rack1, too."""
+    address = rack[0].address("eth0") or ""
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    yield address
+    rack[1].reset()
+
+
+def with_file(words: tuple[str, ...], firmware: str) -> list[str]:
+    return [firmware if word == "FILE" else word for word in words]
+
+
+def expect_refused(answer: Answer, *senders: str | None) -> None:
+    assert {result["code"] for result in answer.results} == {11}
+    assert {result["category"] for result in answer.results} == {"ambiguous"}
+    for sender in senders:
+        assert all(str(sender) in result["hint"] for result in answer.results)
+
+
+@pytest.mark.parametrize("words", CHANGES)
+def test_two_cards_with_one_name_are_left_alone(
+    ctl: Ctl, rack: list[Card], twin: Card, firmware: str, words: tuple[str, ...]
+) -> None:
+    before = Snapshot([*rack, twin])
+    answer = ctl.json(*with_file(words, firmware), "rack1")
+    expect_refused(answer, rack[0].address("eth0"), twin.address("eth0"))
+    assert answer.code == 11
+    assert Snapshot([*rack, twin]) == before
+
+
+def test_force_goes_over_a_second_card(ctl: Ctl, scratch: Card, twin: Card) -> None:
+    answer = ctl.json("--force", "-i", "lan0", "ip", "set", *ETH2, "--dhcp", "rack1")
+    assert answer.code == 0
+    assert "two cards have this name" in answer.err
+
+
+@pytest.mark.usefixtures("doubled")
+@pytest.mark.parametrize("words", [words for words in CHANGES if words[0] in ("time", "firmware")])
+def test_two_names_of_one_address_are_both_refused(
+    ctl: Ctl, rack: list[Card], firmware: str, words: tuple[str, ...]
+) -> None:
+    """Also where the probe, which sees it from its two answers, is left out."""
+    before = Snapshot(rack)
+    answer = ctl.json("-i", "lan0", "--no-probe", *with_file(words, firmware), "rack[1-2]")
+    expect_refused(answer, rack[0].address("eth0"))
+    assert Snapshot(rack) == before
+
+
+def test_a_shared_address_is_seen_by_its_two_answers(ctl: Ctl, rack: list[Card], doubled: str, firmware: str) -> None:
+    before = Snapshot(rack)
+    answer = ctl.json("firmware", "upgrade", firmware, doubled)
+    expect_refused(answer, doubled)
+    assert Snapshot(rack) == before
+
+
+def test_the_address_of_one_card_was_checked(ctl: Ctl, scratch: Card, firmware: str) -> None:
+    assert ctl.json("firmware", "upload", firmware, "rack1").result["checked"] is True
+
+
+def test_without_the_probe_no_address_is_checked(ctl: Ctl, scratch: Card, firmware: str) -> None:
+    mark = scratch.records.log_mark()
+    answer = ctl.json("--no-probe", "firmware", "upload", firmware, scratch.address("eth0") or "")
+    assert (answer.code, answer.result["checked"]) == (0, False)
+    assert not any("Unknown command" in line.text for line in scratch.records.log_lines(mark))
+
+
+def test_a_dry_run_does_not_probe(ctl: Ctl, rack: list[Card], firmware: str) -> None:
+    mark = rack[0].records.log_mark()
+    answer = ctl.json("--dry-run", "firmware", "upload", firmware, "rack1")
+    assert answer.result["checked"] is False
+    assert not any("Unknown command" in line.text for line in rack[0].records.log_lines(mark))
+
+
+@pytest.mark.parametrize("other", ["address", "second address", "port"])
+def test_a_card_that_is_given_twice_is_one_job(ctl: Ctl, scratch: Card, firmware: str, other: str) -> None:
+    address = scratch.address("eth0") or ""
+    again = {"address": address, "second address": scratch.address("eth1") or "", "port": f"{address}:50003"}[other]
+    mark = scratch.records.calls_mark()
+    answer = ctl.json("-i", "lan0", "firmware", "upgrade", firmware, "rack1", again)  # not heard from the second
+    assert answer.code == 0
+    assert answer.result["target"] == "rack1"
+    assert f"{again} is rack1" in answer.err
+    assert len(scratch.records.calls("fwupgrade", since=mark)) == 1
+
+
+@pytest.mark.parametrize("words", [words for words in CHANGES if words[0] in ("time", "firmware")])
+def test_a_stale_line_of_the_groups_file_changes_nothing(
+    ctl: Ctl, rack: list[Card], firmware: str, words: tuple[str, ...]
+) -> None:
+    (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
+    before = Snapshot(rack)
+    answer = ctl.json("-i", "lan0", *with_file(words, firmware), "rack1")
+    expect_refused(answer, rack[2].address("eth0"), f"rack1 {rack[0].address('eth0')}")
+    assert Snapshot(rack) == before
+
+
+def test_a_stale_name_of_the_groups_file_changes_nothing(ctl: Ctl, rack: list[Card]) -> None:
+    address = rack[2].address("eth0") or ""
+    (ctl.config / "groups").write_text(f"rack1 {address}\n")
+    before = Snapshot(rack)
+    expect_refused(ctl.json("ip", "set", *ETH2, "--dhcp", address), address)
+    assert Snapshot(rack) == before
+
+
+def test_a_line_of_the_groups_file_is_believed_for_reading(ctl: Ctl, rack: list[Card]) -> None:
+    (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
+    answer = ctl.json("versions", "rack1", "rack2")
+    assert answer.code == 0
+    assert [result.get("address_from") for result in answer.results] == ["groups", None]
+
+
+def test_a_true_line_of_the_groups_file_does_no_harm(ctl: Ctl, scratch: Card, firmware: str) -> None:
+    (ctl.config / "groups").write_text(f"rack1 {scratch.address('eth0')}\n")
+    assert ctl.json("firmware", "upload", firmware, "rack1").code == 0
+
+
+def test_an_unheard_name_is_changed_only_if_the_groups_file_is_trusted(
+    ctl: Ctl, scratch: Card, firmware: str
+) -> None:
+    (ctl.config / "groups").write_text(f"routed {scratch.address('eth0')}\n")
+    words = ("--timeout", "0.5", "firmware", "upload", firmware, "routed")
+    before = Snapshot([scratch])
+    answer = ctl.json(*words)
+    assert (answer.code, "--trust-groups" in answer.result["hint"]) == (5, True)
+    assert Snapshot([scratch]) == before
+    assert ctl.json("--timeout", "2", "--trust-groups", *words[2:]).code == 0
+
+
+def test_reading_from_a_name_of_two_cards_warns_of_the_second(ctl: Ctl, rack: list[Card], twin: Card) -> None:
+    """It may come too late to be seen; a name of nobody keeps this run waiting for it."""
+    answer = ctl("--timeout", "2", "versions", "rack1", "nobody")
+    assert "rack1: two cards have this name" in answer.err
+    assert f"{rack[0].address('eth0')} on lan0" in answer.err
+    assert f"{twin.address('eth0')} on lan0" in answer.err
+
+
+def test_reading_from_one_card_warns_of_none(ctl: Ctl, rack: list[Card]) -> None:
+    assert "warning" not in ctl("--timeout", "2", "versions", "rack1", "nobody").err
