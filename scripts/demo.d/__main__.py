@@ -36,15 +36,15 @@ def set_time(client: Client, card: tarvelsim.Card) -> None:
     client.time()
     say("Set the clock by hand. The kernel refuses that here, as it must: a simulated card never moves the clock of")
     say("the machine it runs on. The client is told, and the card logs why:")
-    mark = card.log_mark()
+    mark = card.records.log_mark()
     client.set_manual("2021-03-04T05:06:07")
-    show([str(card.wait_log("clock_settime() FAILED", since=mark))])
+    show([str(card.records.wait_log("clock_settime() FAILED", since=mark))])
 
     say(f"Let it follow the NTP server {NEW_SERVER}.")
     client.set_ntp(NEW_SERVER)
     client.time()
-    check(card.uci("get", "system.ntp.server") == NEW_SERVER, "the card did not take the new NTP server")
-    check(card.exists("/etc/rc.d/S65ntpd"), "NTP is not enabled on the card")
+    check(card.inside.uci("get", "system.ntp.server") == NEW_SERVER, "the card did not take the new NTP server")
+    check(card.inside.exists("/etc/rc.d/S65ntpd"), "NTP is not enabled on the card")
 
 
 def set_ip(client: Client, card: tarvelsim.Card) -> None:
@@ -65,7 +65,7 @@ def upgrade(client: Client, card: tarvelsim.Card, directory: Path) -> None:
     client.upgrade(archive)
     client.versions()
     for component, version in NEW_VERSIONS.items():
-        check(card.read(f"/etc/pnr/{component}").strip() == version, f"{component} was not upgraded")
+        check(card.inside.read(f"/etc/pnr/{component}").strip() == version, f"{component} was not upgraded")
 
 
 def reboot(client: Client, card: tarvelsim.Card) -> None:
@@ -81,13 +81,14 @@ def reboot(client: Client, card: tarvelsim.Card) -> None:
 
 def show_log(card: tarvelsim.Card) -> None:
     chapter("What the card logged")
-    show(shortened(str(line) for line in card.log_lines(ident=None)))
+    show(shortened(str(line) for line in card.records.log_lines(ident=None)))
 
 
 def tour() -> None:
     lan = tarvelsim.Lan.current()
     chapter("A simulated card starts")
-    with lan.card("card1") as card:
+    with lan.card("card1", delays=tarvelsim.REAL_DELAYS) as card:
+        say("Whatever takes a while on a real card takes as long on this one: a restart of the network, say, a second.")
         say(f"card1 serves on {card.address('eth0')} (eth0) and {card.address('eth1')} (eth1).")
         client = Client(os.environ["TARVELCTL"], card.name)
         show_versions(client)
