@@ -1,0 +1,65 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""One TCP connection: what the daemon sends for everything that a client sends before it ends its side."""
+
+from . import firmware, header, time_reference, versions
+from .card import Card
+from .header import Header
+from .stream import Stream
+
+_SCRATCH = 4096
+
+
+def serve_connection(card: Card, client: str, client_port: int, sent: bytes) -> bytes:
+    """The bytes of all replies."""
+    card.info(f"Connection from {client} accepted on ports 50003/{client_port}")
+    stream = Stream(card, sent)
+    while (request := _next_request(stream)) is not None:
+        _handle(card, stream, request)
+    card.info("Socket (N) successfully closed")
+    return stream.answered
+
+
+def _next_request(stream: Stream) -> Header | None:
+    """None ends the connection."""
+    data = stream.receive(header.SIZE)
+    if data is None:
+        return None
+    request = Header.decode(data)
+    status = _refusal(request)
+    if status is None:
+        return request
+    stream.answer(header.reply(request, status))
+    return None
+
+
+def _refusal(request: Header) -> int | None:
+    if request.version != header.VERSION:
+        return header.WRONG_VERSION
+    if request.device != header.DEVICE:
+        return header.WRONG_DEVICE
+    return None if request.service == header.SERVICE else header.WRONG_SERVICE
+
+
+def _handle(card: Card, stream: Stream, request: Header) -> None:
+    if request.command == 1:
+        versions.report(card, stream, request)
+    elif request.command in (7, 8):
+        firmware.upload(card, stream, request)
+    elif request.command == 16:
+        time_reference.get(card, stream, request)
+    elif request.command == 17:
+        time_reference.set_(card, stream, request)
+    else:
+        _unknown(card, stream, request)
+
+
+def _unknown(card: Card, stream: Stream, request: Header) -> None:
+    left = request.payload_length
+    while left > 0:
+        piece = min(left, _SCRATCH)
+        if stream.receive(piece) is None:
+            return
+        left -= piece
+    card.warning(f"Unknown command ID: 0x{request.command:x}")
+    stream.answer(header.reply(request, header.UNKNOWN_COMMAND))
