@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""What is played before anything random: each command as the protocol's page shows it, so that none is without a twin;
+and the actions in which model and card once differed, each by the name of what was wrong in one of them.
+"""
+
+from model.card import PART_NUMBERS
+from wire import golden, request
+
+from .actions import Action, Connection, Datagrams, Setup
+
+Case = tuple[Setup, Action]
+
+CASES: dict[str, Case] = {
+    **{str(exchange): (Setup(), Connection(exchange.request)) for exchange in golden.TCP},
+    **{str(exchange): (Setup(), Datagrams("lan0", (exchange.request,))) for exchange in golden.UDP},
+    "a datagram too short for a header is told": (Setup(), Datagrams("lan0", (b"", b"x" * 19))),
+    "a versions report that is full is told": (
+        Setup(files={f"{PART_NUMBERS}{letter}": b"v" * 900 + b"\n" for letter in "abc"}),
+        Connection(request(1)),
+    ),
+}
