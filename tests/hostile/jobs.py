@@ -1,0 +1,52 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""One request of each kind, and what the card may answer to it when something fails on the way."""
+
+from dataclasses import dataclass
+
+from support.documents import ip_configuration, time_reference
+from wire import Command, Format, Header, Sections, golden, request
+
+
+@dataclass(frozen=True)
+class Job:
+    name: str
+    over_tcp: bool
+    data: bytes
+
+    @property
+    def command(self) -> int:
+        return Header.decode(self.data).command
+
+
+def _upload(command: Command) -> bytes:
+    exchange = golden.UPLOAD if command == Command.UPLOAD else golden.UPGRADE
+    return exchange.request
+
+
+def _manual() -> bytes:
+    return request(Command.TIME_SET, time_reference("Manual", "10.0.0.9"))
+
+
+def _damaged() -> bytes:
+    payload = Sections(data=b"no archive").encode()
+    header = Header(command=Command.UPLOAD, message_format=Format.SECTION_8, payload_length=len(payload))
+    return header.encode() + payload
+
+
+JOBS = (
+    Job("versions", True, request(Command.VERSIONS)),
+    Job("unknown command over TCP", True, request(0x42, "text")),
+    Job("wrong service", True, request(Command.VERSIONS, service=3)),
+    Job("upload", True, _upload(Command.UPLOAD)),
+    Job("damaged upload", True, _damaged()),
+    Job("upgrade", True, _upload(Command.UPGRADE)),
+    Job("time reference get", True, request(Command.TIME_GET)),
+    Job("time reference by NTP", True, request(Command.TIME_SET, time_reference("Ntp", "10.0.0.9"))),
+    Job("time reference by hand", True, _manual()),
+    Job("IP configuration get", False, request(Command.IP_GET, ip_configuration())),
+    Job("IP configuration set", False, golden.IP_SET.request),
+    Job("reboot", False, golden.REBOOT.request),
+)
+# Those that change settings, and so could leave half of a change behind.
+CHANGES = tuple(job for job in JOBS if job.name in ("upload", "time reference by NTP", "IP configuration set"))
