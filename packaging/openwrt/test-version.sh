@@ -1,14 +1,17 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-# The daemon takes no options, so it cannot be asked for its version: what can be told is that it is installed and that
-# its shared libraries are all there. Called with the package's name and its version.
+# Called with a package's name and its version. The daemon takes no options, so it cannot be asked: what can be told is
+# that it is installed and that its shared libraries are all there.
 
 case "$1" in
 tarveld)
 	[ -x /usr/sbin/tarveld ] || exit 1
 	ldd /usr/sbin/tarveld | grep 'not found' && exit 1
 	exit 0
+	;;
+tarvelctl)
+	tarvelctl --version | grep -F "$2"
 	;;
 *)
 	exit 0
