@@ -34,9 +34,15 @@ build_tree() {
         flock 9
         [[ $toolchain != *-musl ]] || describe_zig "$toolchain"
         configure_tree "$toolchain" "$directory" -DTARVELD_SYSROOT="$roots" -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests \
-            -DTARVELD_CLIENT=$client
+            -DTARVELD_CLIENT=$client -DTARVELD_BENCH=$client
         quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
     ) 9>"$directory/.lock"
+}
+
+# The programs that the card's daemon is measured beside.
+build_floors() {
+    build_tree powerpc-musl
+    quietly "$root/build/target/floors.log" cmake --build "$root/build/target" --target bench_same bench_bare
 }
 
 # For ccache, which sees but a script of ours.
@@ -48,9 +54,12 @@ describe_zig() {
 
 # The warnings by the environment: on the command line they would replace the flags that the toolchain file starts with.
 configure_tree() {
-    local toolchain=$1 directory=$2
+    local toolchain=$1 directory=$2 fresh=()
     shift 2
+    # CMake looks but once at the flags that a toolchain file starts with.
+    [[ -z $(find "$root/cmake/toolchains" -type f -newer "$directory/CMakeCache.txt" 2>/dev/null) ]] || fresh=(--fresh)
     CXXFLAGS="-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror" \
-        quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" -DCMAKE_BUILD_TYPE=MinSizeRel \
-        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" -DTARVELD_UNITY_TESTS=ON "$@"
+        quietly "$directory/configure.log" cmake "${fresh[@]}" -G Ninja -S "$root" -B "$directory" \
+        -DCMAKE_BUILD_TYPE=MinSizeRel -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchains/$toolchain.cmake" \
+        -DTARVELD_UNITY_TESTS=ON "$@"
 }

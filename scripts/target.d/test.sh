@@ -22,13 +22,14 @@ run_system_tests() {
     say "system tests, powerpc-musl under qemu-ppc"
     TARVELD="qemu-ppc $directory/tarveld" TARVEL_SIM_BIN="$root/build/target-host/sim/bin" \
         PYTHONPATH="$root/tools/target" \
-        timeout -k 10 900 "$root/sim/lan" /usr/bin/python3 -m pytest -p no:cacheprovider -p emulated -q \
+        /usr/bin/python3 -m pytest -p no:cacheprovider -p emulated -q --timeout 600 --timeout-method thread \
+        -d --tx "$(nproc)*popen//python=$root/sim/lan /usr/bin/python3" --dist loadfile \
         --ignore "$root/tests/system/client" "$root/tests/system"
 }
 
 build_host_sim() {
     local directory="$root/build/target-host"
-    need_packages g++ libxml2-dev iproute2 python3-pytest strace
+    need_packages g++ libxml2-dev iproute2 python3-pytest python3-pytest-timeout python3-pytest-xdist strace
     quietly "$directory/configure.log" cmake -G Ninja -S "$root" -B "$directory" -DTARVELD_SIM=ON -DTARVELD_CLIENT=OFF
-    quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)" --target sim_uci sim_gate
+    quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)" --target sim_programs
 }
