@@ -20,7 +20,16 @@ make_image() {
     install -m 755 "$root/build/target/tarveld" "$tree/usr/sbin/tarveld"
     install -m 755 "$root/build/target/sim/bin/uci" "$tree/sbin/uci"
     [[ ! -x $root/build/target/tarvelctl ]] || install -m 755 "$root/build/target/tarvelctl" "$tree/usr/bin/tarvelctl"
+    install_floors "$tree"
     (cd "$tree" && find . -print0 | LC_ALL=C sort -z | cpio -0 -o -H newc -R 0:0 --quiet) | gzip -1 >"$vcard/initramfs.gz"
+}
+
+# For measurements only, which build them first.
+install_floors() {
+    local floor
+    for floor in bench_same bench_bare; do
+        [[ ! -x $root/build/target/$floor ]] || install -m 755 "$root/build/target/$floor" "$1/usr/bin/$floor"
+    done
 }
 
 install_busybox() {

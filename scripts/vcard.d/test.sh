@@ -9,7 +9,7 @@
 
 test_card() {
     say "running tests/vcard"
-    in_network timeout -k 10 900 /usr/bin/python3 -m pytest -p no:cacheprovider -q "$root/tests/vcard" "$@"
+    in_network /usr/bin/python3 -m pytest -p no:cacheprovider -q --timeout 600 --timeout-method thread "$root/tests/vcard" "$@"
 }
 
 measure_card() {

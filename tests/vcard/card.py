@@ -54,6 +54,7 @@ class VirtualCard:
     def wait_for_boot(self) -> None:
         self._line.wait_until_ready()
         self.wait_for(lambda: "BindToDevice (eth1) was successful" in self.log(), "tarveld listens")
+        self.wait_for(lambda: self.status("kill -0 $(cat /var/run/netifd.pid)") != 0, "the network is configured")
 
     def run(self, command: str) -> str:
         """Output of a shell command that has to succeed on the card."""
@@ -72,7 +73,11 @@ class VirtualCard:
             time.sleep(0.05)
 
     def log(self) -> str:
-        return self._line.ask("cat /var/log/messages")[1]
+        return self._line.ask("logread")[1]
+
+    def console(self) -> str:
+        """What the card has said on its first serial line since it was powered on."""
+        return (self._directory / "console.log").read_text(errors="replace")
 
     def wait_for_log(self, text: str) -> None:
         self.wait_for(lambda: text in self.log(), f"log line {text!r}")

@@ -57,3 +57,11 @@ def test_bytes_that_are_no_archive_are_refused(card: VirtualCard) -> None:
     before = installed_version(card)
     assert upload(Command.UPGRADE, b"no archive") == Status.FAILURE
     assert installed_version(card) == before
+
+
+def test_the_listing_of_a_large_archive_pushes_older_lines_out_of_the_log(card: VirtualCard) -> None:
+    members = {f"pnr/a-part-with-a-long-name-{number}": b"" for number in range(3000)}
+    assert upload(Command.UPLOAD, archive({"pnr/": b"", **members})) == Status.SUCCESS
+    card.wait_for_log("a-part-with-a-long-name-2999")
+    assert "Starting..." not in card.log()
+    card.run("rm -r /tmp/upgrade/pnr")

@@ -3,10 +3,11 @@
 """The card's addresses changed for real, and kept."""
 
 import pytest
-from asking import ask, ask_udp, connect
+from asking import ask, ask_udp, connect, udp_peer
 from card import ADDRESSES, VirtualCard
 from support.documents import interface, ip_configuration
-from wire import Command, Status
+from support.peers import BROADCAST
+from wire import Command, Status, request
 
 NAMES = {"eth0": "VemkEth1", "eth1": "VemkEth2"}
 NEW_ADDRESSES = {"eth0": "10.0.0.99", "eth1": "10.0.1.99"}
@@ -47,6 +48,16 @@ def test_the_card_has_the_new_address_after_the_power_was_cut(fresh_card: Virtua
 def test_a_disabled_interface_has_no_address(fresh_card: VirtualCard) -> None:
     set_interface(interface("VemkEth2", "Disabled"))
     fresh_card.wait_for(lambda: "inet addr" not in fresh_card.run("ifconfig eth1"), "eth1 has no address")
+
+
+def test_a_disabled_interface_hears_broadcasts_and_answers_from_the_other_one_s_address(fresh_card: VirtualCard) -> None:
+    set_interface(interface("VemkEth2", "Disabled"))
+    ask(Command.VERSIONS)  # which is answered when the network has been restarted
+    fresh_card.wait_for(lambda: " UP " in fresh_card.run("ifconfig eth1"), "eth1 is up again")
+    with udp_peer("eth1") as peer:
+        peer.send(request(Command.IP_GET, ip_configuration()), to=BROADCAST)
+        _, sender = peer.socket.recvfrom(65536)
+    assert sender[0] == ADDRESSES["eth0"]
 
 
 def test_a_gateway_becomes_the_default_route(fresh_card: VirtualCard) -> None:

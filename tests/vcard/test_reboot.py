@@ -17,6 +17,15 @@ def test_a_reboot_request_reboots_the_card(card: VirtualCard, device: str) -> No
     assert ask(Command.VERSIONS, address=ADDRESSES[device]).header.status == Status.SUCCESS
 
 
+def test_a_reboot_stops_the_daemon_first_and_the_network_last(card: VirtualCard) -> None:
+    card.run("/etc/init.d/ntpd enable")
+    before = len(card.console())
+    reboot(card)
+    card.run("/etc/init.d/ntpd disable")
+    said = card.console()[before:].split()
+    assert [word for word in said if word.startswith("K")] == ["K10tarveld", "K65ntpd", "K89log", "K90network"]
+
+
 def test_a_reboot_request_for_another_card_is_dropped(card: VirtualCard) -> None:
     with udp_peer("eth0") as peer:
         assert peer.is_ignored(request(Command.REBOOT, reboot_card(to="card2")))
