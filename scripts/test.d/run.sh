@@ -2,61 +2,85 @@
 # SPDX-FileCopyrightText: The tarveld authors
 # shellcheck shell=bash
 #
-# Runs the steps and counts what passed and what failed.
+# Runs the planned steps and counts what passed and what failed.
+
+# shellcheck source=scripts/test.d/plan.sh
+source "${BASH_SOURCE[0]%/*}/plan.sh"
 
 passed=0
 failed=0
 skipped=0
 outcome=
 failed_steps=()
-side_names=()
-side_jobs=()
 logs=build/test-logs
+step_limit=2400 # seconds, many times what a step needs: one that hangs must not cost the report of all others
 
-# step PART NAME COMMAND...: runs the command if its part was asked for. What it prints goes to a log, of which the
-# terminal sees the lines marked "note:" and, if the step fails, the end.
-step() {
-    side_step "$@"
-    join_steps
+# Runs the planned steps, those of a stage at the same time.
+run_steps() {
+    local index
+    trap 'kill "${running[@]}" 2>/dev/null; exit 130' INT TERM
+    first_look
+    for index in "${!names[@]}"; do
+        if [ "$index" -eq 0 ] || [ "${stages[index]}" -ne "${stages[index - 1]}" ]; then
+            start_stage "${stages[index]}"
+        fi
+        finish_step "$index"
+    done
 }
 
-# The same beside the steps that follow, until join_steps. For steps that mostly wait.
-side_step() {
-    wants "$1" || return 0
-    side_names+=("$2")
-    run_logged "$2" "${@:3}" &
-    side_jobs+=($!)
+start_stage() {
+    local index
+    running=()
+    for index in "${!names[@]}"; do
+        [ "${stages[index]}" -eq "$1" ] || continue
+        run_logged "${names[index]}" "${commands[index]}" &
+        running[index]=$!
+    done
 }
 
+# What the command prints goes to a log, of which the terminal sees the lines marked "note:" and, if the step fails, the end.
 run_logged() {
-    local started=$SECONDS log status
+    local started=$SECONDS log status command guard
     log=$(log_of "$1")
     set +e
+    set -m # each job is a group of its own, which can be ended as a whole
     (
         set -e
-        "${@:2}"
-    ) >"$log" 2>&1 </dev/null
+        eval "$2"
+    ) >"$log" 2>&1 </dev/null &
+    command=$!
+    end_what_hangs "$command" >>"$log" &
+    guard=$!
+    set +m
+    disown "$guard"
+    trap 'kill -- "-$command" "-$guard"' TERM
+    wait "$command" 2>/dev/null # not the shell's own word of a job that was ended
     status=$?
+    kill -- "-$guard"
     echo $((SECONDS - started)) >"$log.seconds"
     return $status
+}
+
+end_what_hangs() {
+    sleep "$step_limit"
+    echo "ended after $step_limit s, not being done"
+    kill -TERM -- "-$1"
+    sleep 30
+    kill -KILL -- "-$1"
 }
 
 log_of() {
     echo "$logs/${1// /-}.log"
 }
 
-# Waits for the steps that have been started and reports them in their order.
-join_steps() {
-    local index name status log
-    for index in "${!side_names[@]}"; do
-        name=${side_names[index]} status=0
-        log=$(log_of "$name")
-        printf '%-34s' "$name"
-        wait "${side_jobs[index]}" || status=$?
-        count "$name" "$status" "$log"
-        report "$status" "$(<"$log.seconds")" "$log"
-    done
-    side_names=() side_jobs=()
+# Waits for the end of a step and reports it.
+finish_step() {
+    local index=$1 name=${names[$1]} status=0 log
+    log=$(log_of "$name")
+    printf '%2d/%d  %-34s' $((index + 1)) "${#names[@]}" "$name"
+    wait "${running[index]}" || status=$?
+    count "$name" "$status" "$log"
+    report "$status" "$(<"$log.seconds")" "$log" "$(left_after "$index")"
 }
 
 # Adds the numbers of the test runners that wrote into a log, or one for a step that ran none.
@@ -76,9 +100,9 @@ count() {
 }
 
 report() {
-    local status=$1 seconds=$2 log=$3
+    local status=$1 seconds=$2 log=$3 left=$4
     if [ "$status" -eq 0 ]; then
-        printf 'ok      %4d s  %s\n' "$seconds" "$outcome"
+        printf 'ok      %4d s  %-12s %s\n' "$seconds" "$outcome" "$left"
         sed -n 's/^note:/   /p' "$log"
     else
         printf 'FAILED  %4d s  %s\n' "$seconds" "$log"

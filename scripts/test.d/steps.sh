@@ -13,13 +13,14 @@ tracked() {
 }
 
 check_formatting() {
-    tracked '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+    tracked '*.h' '*.c' '*.cpp' | xargs clang-format --dry-run --Werror
 }
 
 # Every tracked file that says it is a shell script.
 check_shell_scripts() {
     local scripts
-    mapfile -t scripts < <(tracked | xargs grep -lE -m1 '^#!.*\b(ba)?sh\b|^# shellcheck shell=')
+    # A makefile may hold a script in the middle.
+    mapfile -t scripts < <(tracked | grep -v Makefile | xargs grep -lE -m1 '^#!.*\b(ba)?sh\b|^# shellcheck shell=')
     shellcheck --external-sources "${scripts[@]}"
 }
 
@@ -48,17 +49,76 @@ run_clang_tidy() {
     tools/run_clang_tidy build/asan
 }
 
-# The daemon of one build on simulated cards. A sanitizer's finding ends the daemon, and with it the test.
-system_tests() {
-    TARVELD=build/$1/tarveld sim/lan /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/system
+# Runs on a simulated LAN. A test that hangs ends its process, which says where; on a busy machine, too, a test needs a small
+# part of that time. (A signal would end the test only, and its fixtures might hang once more.)
+python_on_lan=(sim/lan /usr/bin/python3)
+pytest=(-m pytest -q -p no:cacheprovider --timeout 600 --timeout-method thread)
+
+# on_lan PRESET TESTS...: with the daemon of one build.
+on_lan() {
+    TARVELD=build/$1/tarveld "${python_on_lan[@]}" "${pytest[@]}" "${@:2}"
 }
 
-# Prints the share of the lines of src/ that were reached, and names the others.
+# The same on several LANs, since the tests mostly wait: the next that has nothing to do takes the next file.
+on_lans() {
+    TARVELD=build/$1/tarveld /usr/bin/python3 "${pytest[@]}" -d --dist loadfile \
+        --tx "$((2 * jobs))*popen//python=${python_on_lan[*]}" "${@:2}"
+}
+
+# A sanitizer's finding ends the daemon, and with it the test.
+system_tests() {
+    on_lans "$1" tests/system
+}
+
+# The attacks of SECURITY.md; the other builds meet them among their system tests.
+attacks() {
+    on_lan "$1" "${@:2}" tests/system/attacks
+}
+
+# That the C programs of bench/floors do what the daemon does, so that the ratios to them mean something.
+test_floors() {
+    scripts/bench --build
+    on_lan release tests/bench
+}
+
+count_instructions() {
+    bench/gate | sed 's/^/note: /'
+}
+
+# Printed, not judged: other machines, and other programs on them, are faster and slower.
+measure_shortly() {
+    scripts/bench --short | sed 's/^/note: /'
+}
+
+# Those that wait for the daemon's own time-outs.
+long_system_tests() {
+    on_lans "$1" -m long tests/system
+}
+
+plant_faults_of_byte_order() {
+    scripts/target setup powerpc-gnu
+    tools/mutate --big-endian
+}
+
+# Its last line is the sum of all.
+hostile_world() {
+    TARVELD=build/release/tarveld scripts/hostile --short | sed 's/^/note: /'
+}
+
+# What we bring for other programs, tried with those programs.
+integrations() {
+    on_lan release tests/integrations
+}
+
+# line_coverage FOLDER ENOUGH: prints the share of the folder's lines that were reached, and names the others.
 line_coverage() {
-    local report=build/coverage/lines.txt enough=yes
-    gcovr --root . --object-directory build/coverage --filter src/ --fail-under-line 95 --output "$report" \
+    local report=build/coverage/lines-$1.txt enough=yes
+    gcovr --root . --object-directory build/coverage --filter "$1/" --fail-under-line "$2" --output "$report" \
         build/coverage || enough=no
-    awk '/^TOTAL/ { print "note: " $NF " of " $2 " lines of src/ are reached by the unit tests" }
-         /^src\// && $4 != "100%" { print "note: not reached: " $1 " " $5 }' "$report"
+    awk -v folder="$1/" '
+        /^TOTAL/ { print "note: " $NF " of " $2 " lines of " folder " are reached by the unit tests" }
+        NF == 1 && index($1, folder) == 1 { long_name = $1; next } # the rest is on a line of its own
+        long_name { $0 = long_name " " $0; long_name = "" }
+        index($1, folder) == 1 && $4 != "100%" { print "note: not reached: " $1 " " $5 }' "$report"
     [ "$enough" = yes ]
 }
