@@ -77,11 +77,12 @@ TEST_F(FileTest, TheModeLetterKeepsTheDescriptorFromShellCommands)
 TEST_F(FileTest, AGivenBufferIsReadInto)
 {
     sandbox.write("/tmp/file", "text");
-    std::array<char, 8> buffer = {};
+    std::array<char, 64> buffer = {};
     File file(sandbox.path("/tmp/file").c_str(), "r");
     file.useBuffer(buffer);
     EXPECT_EQ(std::fgetc(file.get()), 't');
-    EXPECT_EQ(std::string_view(buffer.data(), 4), "text");
+    const std::string_view content(buffer.data(), buffer.size());
+    EXPECT_NE(content.find("text"), content.npos) << "some C libraries leave room in front of what they read";
 }
 
 TEST_F(FileTest, WithAnEmptyBufferNoMoreIsReadThanWasAskedFor)
