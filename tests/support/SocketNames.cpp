@@ -8,6 +8,7 @@
 #include <cstring>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 namespace
 {
@@ -18,11 +19,12 @@ struct Option {
     const char* name;
 };
 
-constexpr std::array<Option, 10> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
+constexpr std::array<Option, 11> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
                                           {SOL_SOCKET, SO_BROADCAST, "SO_BROADCAST"},
                                           {SOL_SOCKET, SO_DONTROUTE, "SO_DONTROUTE"},
                                           {SOL_SOCKET, SO_KEEPALIVE, "SO_KEEPALIVE"},
                                           {SOL_SOCKET, SO_BINDTODEVICE, "SO_BINDTODEVICE"},
+                                          {SOL_SOCKET, SO_RCVTIMEO, "SO_RCVTIMEO"},
                                           {IPPROTO_TCP, TCP_NODELAY, "TCP_NODELAY"},
                                           {IPPROTO_TCP, TCP_KEEPIDLE, "TCP_KEEPIDLE"},
                                           {IPPROTO_TCP, TCP_KEEPINTVL, "TCP_KEEPINTVL"},
@@ -56,6 +58,11 @@ std::string describeOption(int level, int option, const void* value, socklen_t l
     const std::string name = nameOfOption(level, option) + " ";
     if (level == SOL_SOCKET && option == SO_BINDTODEVICE) {
         return name + std::string(static_cast<const char*>(value), strnlen(static_cast<const char*>(value), length));
+    }
+    if (level == SOL_SOCKET && option == SO_RCVTIMEO && length == sizeof(timeval)) {
+        timeval limit = {};
+        std::memcpy(&limit, value, sizeof limit);
+        return name + std::to_string(limit.tv_sec) + " s " + std::to_string(limit.tv_usec) + " us";
     }
     int number = 0;
     std::memcpy(&number, value, std::min<std::size_t>(length, sizeof number));
