@@ -48,6 +48,11 @@ extern "C" int access(const char* /*path*/, int /*mode*/) noexcept
     return -1;
 }
 
+// All of the log, since a static C library has it in one piece: what is missing here would bring in the rest once more.
+extern "C" void openlog(const char* /*ident*/, int /*options*/, int /*facility*/) {}
+
+extern "C" void closelog() {}
+
 extern "C" void vsyslog(int /*priority*/, const char* format, va_list arguments)
 {
     note(format, arguments);
