@@ -20,4 +20,4 @@ def udp_rows(card: Card, effort: Effort) -> Iterator[Row]:
         for name, request in (("device", messages.OTHER_DEVICE), ("name", messages.OTHER_NAME)):
             timing = timed(started, "burst", request, rounds=effort.quick, size=_BURST)
             yield from compare(f"datagram for another {name}", *timing)
-        yield from compare("IP configuration get", *timed(started, "datagram", messages.IP_GET, rounds=effort.shell // 2))
+        yield from compare("IP configuration get", *timed(started, "datagram", messages.IP_GET, rounds=effort.shell))

@@ -6,13 +6,13 @@ What is sent is no archive, so that tar refuses it at once and the receiving is 
 """
 
 import os
-from collections.abc import Iterator
+from collections.abc import Iterator, Sequence
 
 import cores
 import load
 import messages
 from card import servers
-from effort import Effort
+from effort import MEBIBYTE, Effort
 from jobs_tcp import timed
 from rows import Row
 from samples import Ratio
@@ -45,7 +45,18 @@ def _memory_row(card: Card, effort: Effort) -> Row:
     fitting = [size for size in effort.memory_sizes if size < free.f_bavail * free.f_frsize]
     with servers(card, ["daemon"]) as (daemon,):
         peaks = [_peak_memory(daemon, size) for size in fitting]
-    return Row("upload, memory growth", value=peaks[-1] - peaks[0], unit="kB")
+    return growth_row(peaks, [size for size in effort.memory_sizes if size not in fitting])
+
+
+def growth_row(peaks: Sequence[int], left_out: Sequence[int]) -> Row:
+    """From the first of the peaks to the last; a single one tells nothing."""
+    note = " and ".join(f"{size // MEBIBYTE} MiB" for size in left_out)
+    return Row(
+        "upload, memory growth",
+        value=peaks[-1] - peaks[0] if len(peaks) > 1 else None,
+        unit="kB",
+        note=note and f"without {note}, for which /tmp has no room",
+    )
 
 
 def _peak_memory(daemon: Server, size: int) -> int:

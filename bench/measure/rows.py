@@ -12,7 +12,7 @@ from samples import Ratio, Samples, ratio
 
 @dataclass(frozen=True)
 class Row:
-    """One job beside one floor, or one value that has no floor."""
+    """One job beside one floor, or one value that has no floor. With neither it could not be measured: `note` says why."""
 
     job: str
     against: str | None = None
@@ -22,6 +22,7 @@ class Row:
     times: Samples | None = None
     floor_times: Samples | None = None
     cpu: float | None = None
+    note: str = ""
 
     @property
     def goal(self) -> Goal | None:
@@ -42,6 +43,8 @@ class Row:
         figures |= _times("", self.times) | _times("floor_", self.floor_times)
         if self.cpu is not None:
             figures["cpu_ratio"] = self.cpu
+        if self.note:
+            figures["note"] = self.note
         return figures | {"goal": self.goal.to_json() if self.goal else None, "met": self.met}
 
 
@@ -77,7 +80,7 @@ def cells(row: Row) -> list[str]:
     if row.ratio is not None:
         figure, spread = f"{row.ratio.median:.3f}", f"{row.ratio.lower:.3f}-{row.ratio.upper:.3f}"
     else:
-        figure, spread = f"{row.value:g} {row.unit}".rstrip(), ""
+        figure, spread = "-" if row.value is None else f"{row.value:g} {row.unit}".rstrip(), ""
     met = {None: "", True: "yes", False: "NO"}[row.met]
     goal = str(row.goal) if row.goal else ""
     spans = [_span(row, percent) for percent in (50, 99, 100)]
@@ -92,9 +95,12 @@ def _span(row: Row, percent: float) -> str:
 
 
 def table(rows: Iterable[Row]) -> list[str]:
-    lines = [list(HEADINGS), *(cells(row) for row in rows)]
+    """Headings, a line for each row, and below them the notes."""
+    measured = list(rows)
+    lines = [list(HEADINGS), *(cells(row) for row in measured)]
     widths = [max(len(line[column]) for line in lines) for column in range(len(HEADINGS))]
-    return ["  ".join(_aligned(line, widths)).rstrip() for line in lines]
+    notes = [f"{row.job}: {row.note}" for row in measured if row.note]
+    return [*("  ".join(_aligned(line, widths)).rstrip() for line in lines), *([""] if notes else []), *notes]
 
 
 def _aligned(line: Sequence[str], widths: Sequence[int]) -> Iterable[str]:
