@@ -4,8 +4,8 @@
 # What a flag of the compiler costs on the card.
 # shellcheck shell=bash
 
-# shellcheck source=scripts/target.d/build.sh
-. "${BASH_SOURCE[0]%/*}/build.sh"
+# shellcheck source=scripts/target.d/sizes.sh
+. "${BASH_SOURCE[0]%/*}/sizes.sh"
 
 # print_cost FLAG...: the daemon's own sources compiled once more, with the flags behind those that they have.
 print_cost() {
@@ -31,5 +31,3 @@ commands_with() {
     compile_commands "$1" | sed -E "s| -MD -MT [^ ]+ -MF [^ ]+||" |
         awk -v place="$2" -v flags="$3" '{ sub(/ -o src\/[^ ]*/, " " flags " -o " place "/" NR ".o"); print }'
 }
-
-text_of() { xargs size | awk 'NR > 1 { text += $1 } END { print text }'; }

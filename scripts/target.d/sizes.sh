@@ -15,8 +15,14 @@ print_sizes() {
             file=$(build_directory "$toolchain")/$program
             [[ ! -x $file ]] || print_size "$toolchain" "$program" "$file"
         done
+        printf '%-14s %-12s %10s %10s\n' "$toolchain" "own, daemon" "" "$(own_libraries "$toolchain" | text_of)"
     done
 }
+
+# One library is for others, and has the daemon's objects once more.
+own_libraries() { find "$(build_directory "$1")/src" -name '*.a' ! -name libtimesettings.a; }
+
+text_of() { xargs size | awk 'NR > 1 { text += $1 } END { print text }'; }
 
 print_size() {
     local text data bss
