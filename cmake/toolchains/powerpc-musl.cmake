@@ -13,4 +13,6 @@ include("${CMAKE_CURRENT_LIST_DIR}/zig-musl.cmake")
 string(APPEND CMAKE_C_FLAGS_INIT " -Xclang -mrelocation-model -Xclang static")
 string(APPEND CMAKE_CXX_FLAGS_INIT " -Xclang -mrelocation-model -Xclang static")
 
+string(APPEND CMAKE_CXX_STANDARD_LIBRARIES_INIT " ${CMAKE_CURRENT_LIST_DIR}/unwinding.cpp")
+
 set(CMAKE_CROSSCOMPILING_EMULATOR "${_tools}/run-powerpc")
