@@ -3,7 +3,7 @@
 """tarvelctl ip set on a slow card: the verdict is the same"""
 
 import pytest
-from support.ctl import Ctl
+from support.ctl import Answer, Ctl
 from support.slow import slowed
 from tarvelsim import Card
 
@@ -45,3 +45,13 @@ def test_what_only_the_other_interface_says_is_called_stored(ctl: Ctl, scratch: 
     with slowed(scratch):
         answer = ctl.json("-i", "lan0", *PATIENT, "rack1")
     assert (answer.code, answer.result["state"]) == (0, "stored")
+
+
+def test_a_card_that_is_heard_no_more_is_lost_after_half_a_minute(ctl: Ctl, scratch: Card) -> None:
+    scratch.inside.hold("network")
+    running = ctl.start("-o", "json", *CHANGE, "--wait", "0.1", "rack1")
+    out, err = running.communicate(timeout=180)
+    scratch.inside.release("network")
+    answer = Answer(running.returncode, out, err)
+    assert (answer.code, answer.result["state"], answer.result["changed"]) == (7, "lost", None)
+    assert "did not take the former one either; try `tarvelctl ip rescue rack1`" in answer.result["hint"]
