@@ -133,6 +133,9 @@ Task<void> Lookup::askUnheard()
             co_await listen(after(burstTime));
             inBurst = 0;
         }
+        if (isDone()) {
+            co_return;
+        }
         if (one.answers.empty()) {
             ask(one);
             ++inBurst;

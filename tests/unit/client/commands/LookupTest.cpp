@@ -7,6 +7,8 @@
 #include "client/engine/EventLoop.h"
 #include "client/wire/Network.h"
 
+#include <thread>
+
 namespace
 {
 
@@ -45,6 +47,20 @@ TEST_F(LookupTest, AsksForFiftyNamesAtATime)
     EXPECT_EQ(sent(), 100U); // and no more before it has turned again
     loop.run(untilSent(101));
     EXPECT_EQ(sent(), 120U);
+}
+
+TEST_F(LookupTest, AsksForNoMoreNamesOnceEnoughHaveAnswered)
+{
+    std::vector<std::string> names = nobodies(119);
+    names.insert(names.begin(), "card1");
+    Lookup lookup(network, names);
+    Task<void> asking = lookup.run(1);
+    asking.start();
+    while (card.requests().size() < 2) { // the first is answered then
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_TRUE(loop.run(lookup.answerOf("card1")));
+    EXPECT_EQ(sent(), 50U);
 }
 
 class IdentificationOfManyTest : public LookupTest
