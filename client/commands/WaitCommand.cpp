@@ -75,11 +75,11 @@ protected:
                 co_await look(context, target, sight);
             }
             wasUp = wasUp || !isDown(sight.state);
-            if (isReached(sight) || next >= end) {
+            if (isReached(sight) || Clock::now() >= end) {
                 break;
             }
             context.console.progress(target.label, {.phase = std::string(sight.state)});
-            co_await context.loop.until(next);
+            co_await context.loop.until(std::min(next, end)); // the last look is when the time is over
         }
         tell(sight, wasUp, result);
     }

@@ -45,6 +45,15 @@ TEST_F(WaitCommandTest, TellsWhatItSawWhenTheTimeIsOver)
     EXPECT_TRUE(errHas("error: 127.0.0.1: timeout while waiting for idle: busy when 0.1 s were over"));
 }
 
+TEST_F(WaitCommandTest, LooksOnceMoreWhenTheTimeIsOver)
+{
+    card.behave(versions, [this](const FakeCard::Request&) {
+        card.answer(versions, says(versionsXml("KERN-6.1.0")));
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"wait", "--for", "idle", "--wait-time", "1", "127.0.0.1"}), 0); // less than between two looks
+}
+
 TEST_F(WaitCommandTest, WaitsForACardToGoDown)
 {
     EXPECT_EQ(run({"wait", "--for", "down", "--wait-time", "0.1", "127.0.0.1"}), 5);
