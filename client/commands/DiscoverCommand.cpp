@@ -68,6 +68,9 @@ private:
     [[nodiscard]] std::vector<std::string> namesIn(const Context& context) const
     {
         if (nameWords.empty()) {
+            if (!context.options.exclude.empty()) {
+                throw usageFailure("--exclude takes names of --names away, and none are given");
+            }
             return {};
         }
         const std::vector<Target> targets = withoutTargets(parseTargets(nameWords, context.inventory, std::cin),

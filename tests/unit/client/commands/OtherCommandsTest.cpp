@@ -63,6 +63,13 @@ TEST_F(DiscoverCommandTest, ExpectsAddressesOfOneInterfaceOnly)
     EXPECT_TRUE(card.requests().empty());
 }
 
+TEST_F(DiscoverCommandTest, ExcludesNamesOnly)
+{
+    EXPECT_EQ(run({"discover", "--exclude", "127.0.0.1"}), 2);
+    EXPECT_TRUE(errHas("--exclude takes names of --names away"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
 TEST_F(DiscoverCommandTest, TellsThatNobodyAnswered)
 {
     card.answer(ipGet, {.hangsUp = true});
