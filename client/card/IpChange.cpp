@@ -8,6 +8,7 @@
 #include "client/wire/Phase.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -70,9 +71,11 @@ Task<bool> IpChange::send(InterfaceConfig wanted, std::string interface, Seconds
     ByName how;
     how.onlyInterface = std::move(interface);
     how.policy = RetryPolicy{std::min(time, network.retryPolicy().timeout), 0};
+    const bool wasSentBefore = std::exchange(sent, true);
     try {
         co_await inPhase("changing the IP configuration", network.askByName(card, std::move(request), std::move(how)));
     } catch (const Failure& failure) {
+        sent = wasSentBefore || !wasNotSent(failure);
         if (failure.code != ExitCode::noAnswer) {
             throw;
         }

@@ -39,6 +39,8 @@ public:
 
     // What the card answered last, and why it refused the rollback.
     [[nodiscard]] const std::optional<InterfaceConfig>& lastSeen() const { return seen; }
+    // Has anything left this machine that changes the card?
+    [[nodiscard]] bool isSent() const { return sent; }
     [[nodiscard]] const std::string& rollbackRefusal() const { return refusal; }
 
 private:
@@ -52,4 +54,5 @@ private:
     IpBefore before;
     std::optional<InterfaceConfig> seen;
     std::string refusal;
+    bool sent = false;
 };

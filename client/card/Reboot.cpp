@@ -97,6 +97,9 @@ Task<bool> Reboot::send(std::string interface)
     try {
         co_await inPhase(phase, network.askByName(name, std::move(request), std::move(how)));
     } catch (const Failure& failure) {
+        if (wasNotSent(failure)) {
+            sent.reset();
+        }
         if (failure.code != ExitCode::noAnswer) {
             throw;
         }
@@ -116,14 +119,14 @@ Task<void> Reboot::readBack(std::string address, std::optional<Endpoint> openPor
     }
     const bool wentDown = co_await seeItGoDown(openPort, network.deadline());
     if (!wentDown) {
-        throw Clock::now() - sent > longestRest ? notDone() : tooEarly();
+        throw Clock::now() - *sent > longestRest ? notDone() : tooEarly();
     }
     if (!waitTime) {
         throw notConfirmed();
     }
-    down = Clock::now() - sent;
+    down = Clock::now() - *sent;
     co_await seeItComeBack(after(*waitTime));
-    back = Clock::now() - sent;
+    back = Clock::now() - *sent;
 }
 
 Task<void> Reboot::seeThrough(std::optional<Endpoint> openPort, Seconds waitTime)

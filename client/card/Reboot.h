@@ -20,6 +20,7 @@ public:
     Task<void> run(std::optional<Seconds> waitTime);
 
     // How far it got.
+    [[nodiscard]] bool isSent() const { return sent.has_value(); }
     [[nodiscard]] bool isConfirmed() const { return confirmed; }
     [[nodiscard]] std::optional<Seconds> downAfter() const { return down; }
     [[nodiscard]] std::optional<Seconds> backAfter() const { return back; }
@@ -37,7 +38,7 @@ private:
     std::string name;
     std::string phase = "asking for the reboot";
     bool confirmed = false;
-    TimePoint sent;
+    std::optional<TimePoint> sent;
     std::optional<Seconds> down;
     std::optional<Seconds> back;
 };

@@ -18,7 +18,7 @@ Failure interruptedSetting()
 
 Failure notTaken(std::string hint)
 {
-    return {ExitCode::verification, Category::notTaken, "reading the time reference back", std::move(hint)};
+    return {ExitCode::verification, Category::notTaken, readingBack, std::move(hint)};
 }
 
 void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passed)
@@ -64,7 +64,10 @@ Task<TimeOutcome> setAndReadBack(Network& network, Endpoint endpoint, TimeReques
     }
     const TimePoint end = after(timeToAnswer(network, wanted.mode));
     const std::function<Task<void>()> ask = [&] { return readOnce(network, endpoint, end, reading); };
-    const std::optional<Failure> cause = co_await readBack(network.eventLoop(), end, ask);
+    std::optional<Failure> cause = co_await readBack(network.eventLoop(), end, ask);
+    if (cause) {
+        cause->phase = readingBack; // or it would look as if the card had not been told
+    }
     if (failure && cause) {
         throw unread(*failure, *cause);
     }

@@ -8,6 +8,9 @@
 #include "client/messages/TimeReference.h"
 #include "client/wire/Network.h"
 
+// The phase of a Failure after the card was told.
+inline constexpr const char* readingBack = "reading the time reference back";
+
 enum class TimeOutcome { done, doneLate }; // late: the answer did not come in time, but the card has it
 
 // How long a card may take to answer. Told to follow NTP, it first asks time servers of its own, each for some seconds,

@@ -28,6 +28,7 @@ public:
     Task<void> send(Endpoint endpoint);
 
     // Does the card have the whole archive, or may it have it? Then it goes on, whatever becomes of the connection.
+    [[nodiscard]] bool hasBegun() const { return sent > 0; }
     [[nodiscard]] bool isWhole() const { return sent == total; }
     [[nodiscard]] double seconds() const { return duration; }  // of the transfer
     [[nodiscard]] double rate() const { return meter.rate(); } // bytes a second

@@ -70,6 +70,9 @@ Task<FirmwareCommand::Delivery> FirmwareCommand::sendArchive(Context& context, c
         result.hint = "dry run: this header and the archive behind it were not sent";
         co_return delivery;
     } catch (const Failure& failure) {
+        if (!upload.hasBegun()) {
+            result.changed = false;
+        }
         if (!upload.isWhole() || failure.code != ExitCode::noAnswer) {
             throw;
         }

@@ -152,8 +152,15 @@ protected:
         IpChange change(context.network, observer, target.name);
         co_await change.lookBefore(wanted.settings, settingsOf(now, wanted.settings.name));
         result.changed = std::nullopt; // until the card is heard
-        const Proof proof = co_await change.force(wanted.settings, Seconds(ipOptions.wait));
-        report(proof, change, target.name, wanted.settings.name, result);
+        try {
+            const Proof proof = co_await change.force(wanted.settings, Seconds(ipOptions.wait));
+            report(proof, change, target.name, wanted.settings.name, result);
+        } catch (...) {
+            if (!change.isSent()) {
+                result.changed = false;
+            }
+            throw;
+        }
     }
 
 private:

@@ -97,8 +97,17 @@ protected:
             const IpOutcome outcome = co_await change.run(plan, Seconds(ipOptions.wait));
             report(outcome, change, target.name, plan, result);
         } catch (const Interrupted&) {
+            if (!change.isSent()) {
+                result.changed = false;
+                throw;
+            }
             result.add("state", "unknown");
             throw interruptedWhileWaiting(target.name);
+        } catch (const Failure&) {
+            if (!change.isSent()) {
+                result.changed = false;
+            }
+            throw;
         }
     }
 

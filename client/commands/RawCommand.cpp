@@ -71,16 +71,30 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         Request request = prototype;
+        request.header.sequenceId = bareRequest(CommandId::versions).header.sequenceId; // one of its own for each card
         if (!changesNothing(request)) {
             result.changed = std::nullopt; // nobody knows what every command does
         }
-        request.header.sequenceId = bareRequest(CommandId::versions).header.sequenceId; // one of its own for each card
-        const Reply reply = co_await inPhase("waiting for the answer", send(context, target, std::move(request)));
+        const Reply reply =
+            co_await inPhase("waiting for the answer", sendOrNot(context, target, std::move(request), result));
         show(reply, result);
         inPhase("waiting for the answer", [&] { checkStatus(reply.header); });
     }
 
 private:
+    Task<Reply> sendOrNot(Context& context, const Target& target, Request request, Result& result) const
+    {
+        try {
+            Reply reply = co_await send(context, target, std::move(request));
+            co_return reply;
+        } catch (const Failure& failure) {
+            if (wasNotSent(failure)) {
+                result.changed = false;
+            }
+            throw;
+        }
+    }
+
     Task<Reply> send(Context& context, const Target& target, Request request) const
     {
         context.network.admit(request);

@@ -33,13 +33,22 @@ protected:
             co_await reboot.run(returnTime);
         } catch (...) {
             report(reboot, result);
-            result.changed = reboot.downAfter() ? std::optional(true) : std::nullopt; // it may have stayed up
+            result.changed = whatChanged(reboot);
             throw;
         }
         report(reboot, result);
     }
 
 private:
+    // Nothing if nobody knows: a card that was told may have stayed up.
+    static std::optional<bool> whatChanged(const Reboot& reboot)
+    {
+        if (reboot.downAfter()) {
+            return true;
+        }
+        return reboot.isSent() ? std::nullopt : std::optional(false);
+    }
+
     static void report(const Reboot& reboot, Result& result)
     {
         if (reboot.isConfirmed() || reboot.backAfter()) {

@@ -121,6 +121,9 @@ private:
         if (reading && isAnother(before, reading->reference)) {
             return true;
         }
+        if (wasNotSent(failure) && failure.phase != readingBack) {
+            return false;
+        }
         return reading && failure.code == ExitCode::refusedByCard ? std::optional(false) : std::nullopt;
     }
 

@@ -17,6 +17,12 @@ struct Failure {
     std::string hint;  // a sentence for people: what happened, likely causes, what to do
 };
 
+// Did the request that failed so never leave this machine?
+[[nodiscard]] inline bool wasNotSent(const Failure& failure)
+{
+    return failure.code == ExitCode::unreachable || failure.category == Category::noSocket;
+}
+
 [[nodiscard]] inline Failure usageFailure(std::string hint)
 {
     return {ExitCode::usage, Category::usage, "reading the command line", std::move(hint)};

@@ -102,6 +102,12 @@ TEST_F(FirmwareCommandsTest, UploadThatIsNotConfirmedIsNotKnown)
     EXPECT_TRUE(errHas("whether the card has unpacked the archive is not known"));
 }
 
+TEST_F(FirmwareCommandsTest, UploadChangesNothingWhereNoConnectionIsTaken)
+{
+    EXPECT_EQ(run({"-o", "json", "firmware", "upload", archive, "127.0.0.1:1"}), 6);
+    EXPECT_TRUE(outHas("\"changed\": false"));
+}
+
 TEST_F(FirmwareCommandsTest, UploadSendsNothingInADryRun)
 {
     EXPECT_EQ(run({"--dry-run", "-o", "json", "firmware", "upload", archive, "127.0.0.1"}), 0);

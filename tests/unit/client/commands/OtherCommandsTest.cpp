@@ -135,6 +135,15 @@ TEST_F(RawCommandTest, SendsByBroadcast)
     EXPECT_TRUE(errHas("no card answered in time"));
 }
 
+TEST_F(RawCommandTest, ChangesNothingWhereNoConnectionIsTaken)
+{
+    EXPECT_EQ(run({"-o", "json", "raw", "--command", "9", "127.0.0.1:1"}), 6);
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    card.answer(9, {.hangsUp = true});
+    EXPECT_EQ(run({"-o", "json", "raw", "--command", "9", "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+}
+
 TEST_F(RawCommandTest, SendsAFileAsItIs)
 {
     sandbox.write("/tmp/payload", std::string("\4\0\0\0abc\0", 8));

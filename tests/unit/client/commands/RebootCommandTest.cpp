@@ -10,6 +10,16 @@ namespace
 
 using RebootCommandTest = ProgramFixture;
 
+TEST_F(RebootCommandTest, ChangesNothingWhereTheCardFallsSilentBefore)
+{
+    card.behave(ipGet, [this](const FakeCard::Request&) {
+        card.answer(ipGet, {.hangsUp = true});
+        return says(ipXml("127.0.0.1"));
+    });
+    EXPECT_EQ(run({"--timeout", "0.3", "-o", "json", "reboot", "card1"}), 5);
+    EXPECT_TRUE(outHas("\"changed\": false"));
+}
+
 TEST_F(RebootCommandTest, AsksForTheReboot)
 {
     card.answer(reboot, done);

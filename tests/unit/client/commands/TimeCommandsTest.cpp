@@ -87,6 +87,27 @@ TEST_F(TimeCommandsTest, SetIsNotRepeatedWhenTheCardHangsUp)
     EXPECT_EQ(card.texts(timeSet).size(), 1U);
 }
 
+TEST_F(TimeCommandsTest, SetChangesNothingOnACardThatTakesNoConnectionForIt)
+{
+    card.behave(timeGet, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        return says(timeXml("Manual", "10.0.0.1", "2021-03-04T05:06:07"));
+    });
+    EXPECT_EQ(run({"-o", "json", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 6);
+    EXPECT_TRUE(outHas("\"changed\": false"));
+}
+
+TEST_F(TimeCommandsTest, SetDoesNotKnowWhatChangedOnACardThatCannotBeReadBack)
+{
+    card.behave(timeSet, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "--timeout", "0.5", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 6);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(outHas("\"phase\": \"reading the time reference back\""));
+}
+
 TEST_F(TimeCommandsTest, SetReadsButChangesNothingInADryRun)
 {
     EXPECT_EQ(run({"--dry-run", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);
