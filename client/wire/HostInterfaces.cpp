@@ -38,6 +38,13 @@ bool canBroadcast(const ifaddrs& interface)
            interface.ifa_addr->sa_family == AF_INET;
 }
 
+// The list names a further address of an interface by a label of its own, if it has one: "eth0:1".
+std::string nameOf(const ifaddrs& interface)
+{
+    const std::string label = interface.ifa_name;
+    return label.substr(0, label.find(':'));
+}
+
 in_addr_t numberOf(const std::string& address)
 {
     return socketAddress({address, 0}).sin_addr.s_addr;
@@ -68,8 +75,8 @@ std::vector<std::string> broadcastInterfaces()
     std::vector<std::string> names;
     for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
         // The list has an interface once for each of its addresses.
-        if (canBroadcast(*one) && std::find(names.begin(), names.end(), one->ifa_name) == names.end()) {
-            names.emplace_back(one->ifa_name);
+        if (canBroadcast(*one) && std::find(names.begin(), names.end(), nameOf(*one)) == names.end()) {
+            names.push_back(nameOf(*one));
         }
     }
     return names;
@@ -78,7 +85,7 @@ std::vector<std::string> broadcastInterfaces()
 bool isOnLink(const std::string& interface, const std::string& address)
 {
     return hasInterface(
-        [&](const ifaddrs& one) { return interface == one.ifa_name && reaches(one, numberOf(address)); });
+        [&](const ifaddrs& one) { return interface == nameOf(one) && reaches(one, numberOf(address)); });
 }
 
 bool isOnLinkAnywhere(const std::string& address)

@@ -3,7 +3,10 @@
 """tarvelctl discover"""
 
 import signal
+import subprocess
+from collections.abc import Iterator
 
+import pytest
 from support.ctl import Ctl, interrupt
 from tarvelsim import Card
 
@@ -72,6 +75,23 @@ def test_a_card_with_a_wrong_address_is_heard(ctl: Ctl, scratch: Card) -> None:
     scratch.inside.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
     found = {result["target"]: result["reachable"] for result in ctl.json("discover", "-i", "lan0").results}
     assert found["172.16.5.5"] is False
+
+
+@pytest.fixture
+def second_network() -> Iterator[None]:
+    """This machine has an address of another network on lan0, with a name of its own."""
+    subprocess.run(["ip", "address", "add", "172.16.5.1/24", "dev", "lan0", "label", "lan0:1"], check=True)
+    yield
+    subprocess.run(["ip", "address", "delete", "172.16.5.1/24", "dev", "lan0"], check=True)
+
+
+@pytest.mark.usefixtures("second_network")
+def test_every_network_of_an_interface_is_reached(ctl: Ctl, scratch: Card) -> None:
+    scratch.inside.run(["ip", "addr", "flush", "dev", "eth0"])
+    scratch.inside.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
+    results = ctl.json("discover").results
+    assert {result["reachable"] for result in results if result["target"] == "172.16.5.5"} == {True}
+    assert {result["interface"] for result in results} == {"lan0", "lan1"}
 
 
 def test_a_card_without_any_address_is_heard(ctl: Ctl, scratch: Card) -> None:
