@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -43,6 +44,8 @@ struct Result {
     [[nodiscard]] bool ok() const { return code == ExitCode::ok; }
     [[nodiscard]] bool hasList() const { return !list.empty() || longList; }
     void eachRow(const RowVisitor& visit) const; // of its list
+    // The hint as it would be of a target with that name: what is true of several cards is told once.
+    [[nodiscard]] std::string hintAbout(std::string_view name) const;
     void add(std::string name, Cell value) { fields.push_back({std::move(name), std::move(value)}); }
     // Takes over the outcome and leaves the data: what was learned before a failure is worth printing.
     void fail(Failure failure)

@@ -23,10 +23,18 @@ bool sameFields(const Row& one, const Row& other)
     });
 }
 
+// Stands for the names in what is said of several cards, as it does in the manual.
+constexpr std::string_view anyName = "NAME";
+
+bool sameHint(const Result& one, const Result& other)
+{
+    return one.hint == other.hint || one.hintAbout(anyName) == other.hintAbout(anyName);
+}
+
 bool sameAnswer(const Result& one, const Result& other)
 {
     return one.code == other.code && one.category == other.category && one.phase == other.phase &&
-           one.hint == other.hint && one.changed == other.changed && sameFields(one.fields, other.fields) &&
+           sameHint(one, other) && one.changed == other.changed && sameFields(one.fields, other.fields) &&
            one.list == other.list && !one.longList && !other.longList;
 }
 
@@ -53,6 +61,9 @@ std::vector<Result> fold(std::vector<Result> results)
         const auto found = std::find_if(groups.begin(), groups.end(),
                                         [&](const Group& group) { return sameAnswer(group.answer, result); });
         Group& group = found == groups.end() ? groups.emplace_back(Group{result, {}}) : *found;
+        if (group.answer.hint != result.hint) {
+            group.answer.hint = result.hintAbout(anyName);
+        }
         group.targets.push_back(result.target);
     }
     std::vector<Result> folded;

@@ -32,15 +32,6 @@ std::string headOf(const Result& failed)
     return isWide && !fits(line) ? fmt::format("{}\n  {}", cutTo(what, widestLine), target) : cutTo(line, widestLine);
 }
 
-// A hint that tells the same of another card is the same hint.
-std::string withoutTarget(std::string hint, const std::string& target)
-{
-    for (std::size_t at = hint.find(target); !target.empty() && at != std::string::npos; at = hint.find(target, at)) {
-        hint.erase(at, target.size());
-    }
-    return hint;
-}
-
 std::string wordsOf(Category category)
 {
     std::string words(wordOf(category));
@@ -52,8 +43,7 @@ std::string wordsOf(Category category)
 
 bool Report::isNews(const Result& failed)
 {
-    return hints.insert(fmt::format("{} {}", wordOf(failed.category), withoutTarget(failed.hint, failed.target)))
-        .second;
+    return hints.insert(fmt::format("{} {}", wordOf(failed.category), failed.hintAbout("NAME"))).second;
 }
 
 void Report::tell(const Result& result)
