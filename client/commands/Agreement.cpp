@@ -2,12 +2,15 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/commands/Agreement.h"
 
+#include "client/cli/Context.h"
+#include "client/engine/EventLoop.h"
 #include "client/model/Failure.h"
 #include "client/model/Ranges.h"
 #include "client/output/Console.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <unistd.h>
 
 namespace
 {
@@ -30,9 +33,20 @@ std::string textOf(const ChangePlan& plan)
 
 } // namespace
 
-void requireAgreement(const Console& console, const ChangePlan& plan)
+bool agrees(const Context& context, const std::string& question)
 {
-    if (!console.confirm(fmt::format("{}\nGo on?", textOf(plan)))) {
+    context.console.ask(question);
+    try {
+        context.loop.standStillUntilReadable(STDIN_FILENO);
+    } catch (const Interrupted&) {
+        throw Failure{ExitCode::interrupted, Category::interrupted, "asking", "interrupted; nothing was sent"};
+    }
+    return Console::isAnsweredYes();
+}
+
+void requireAgreement(const Context& context, const ChangePlan& plan)
+{
+    if (!agrees(context, fmt::format("{}\nGo on?", textOf(plan)))) {
         throw Failure{ExitCode::usage, Category::needsYes, "asking", "not agreed to; nothing was sent"};
     }
 }

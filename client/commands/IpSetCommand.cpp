@@ -5,6 +5,7 @@
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/commands/AddressCare.h"
+#include "client/commands/Agreement.h"
 #include "client/commands/Commands.h"
 #include "client/commands/ConsoleObserver.h"
 #include "client/commands/IpOptions.h"
@@ -134,7 +135,7 @@ private:
         if (context.options.yes || context.options.dryRun) {
             return;
         }
-        if (!isAlone || !context.console.canAsk() || !context.console.confirm("Change it all the same?")) {
+        if (!isAlone || !context.console.canAsk() || !agrees(context, "Change it all the same?")) {
             throw needsYes(plan.noRollback);
         }
     }

@@ -154,5 +154,5 @@ void TargetCommand::askForAgreement(Context& context, const std::vector<Identifi
     ChangePlan plan{planTitle(meant.size()), std::vector<std::pair<std::string, std::string>>(meant.size())};
     context.loop.run(inParallel(context.loop, meant.size(), static_cast<std::size_t>(options.parallel),
                                 [&](std::size_t index) { return planOne(context, meant[index], plan.cards[index]); }));
-    requireAgreement(context.console, plan);
+    requireAgreement(context, plan);
 }

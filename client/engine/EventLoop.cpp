@@ -106,6 +106,18 @@ void EventLoop::takeInterrupt()
     }
 }
 
+void EventLoop::standStillUntilReadable(int descriptor)
+{
+    std::array<pollfd, 2> polled = {pollfd{interruptDescriptor, POLLIN, 0}, pollfd{descriptor, POLLIN, 0}};
+    while (::poll(polled.data(), polled.size(), -1) == -1 && errno == EINTR) {
+    }
+    if (polled.front().revents != 0) {
+        takeSignals();
+        interrupt();
+        throw Interrupted();
+    }
+}
+
 void EventLoop::forget(const Wait* wait)
 {
     std::erase(waits, wait);

@@ -83,6 +83,8 @@ public:
 
     // For long work that does not wait: lets the ticker tick, and throws Interrupted if the user wants to stop.
     void takeInterrupt();
+    // For a question to the user: nothing else goes on until the descriptor is readable. Throws Interrupted likewise.
+    void standStillUntilReadable(int descriptor);
     [[nodiscard]] bool wasInterrupted() const { return interruptedOnce; }
     // For work that has not begun when the user wants to stop: its waits would be later ones.
     void refuseAfterInterrupt() const;

@@ -112,10 +112,14 @@ bool Console::canAsk() const
     return terminal && ::isatty(STDIN_FILENO) == 1;
 }
 
-bool Console::confirm(std::string_view question) const
+void Console::ask(std::string_view question) const
 {
     eraseProgress();
     writeMessage(fmt::format("{} [y/N] ", printableLines(question)));
+}
+
+bool Console::isAnsweredYes()
+{
     std::string answer;
     for (int letter = std::getchar(); letter != EOF && letter != '\n'; letter = std::getchar()) {
         answer += static_cast<char>(letter);

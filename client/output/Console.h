@@ -30,8 +30,9 @@ public:
 
     [[nodiscard]] bool isVerbose() const { return verbose; }
     [[nodiscard]] bool canAsk() const; // stdin and stderr are a terminal
-    // Asks on the terminal; anything but "y" or "yes" is no. Only if canAsk().
-    [[nodiscard]] bool confirm(std::string_view question) const;
+    // Only if canAsk(). The answer is the next line of stdin; anything but "y" or "yes" is no.
+    void ask(std::string_view question) const;
+    [[nodiscard]] static bool isAnsweredYes();
 
 private:
     void line(std::string_view label, std::string_view colour, std::string_view said) const;

@@ -49,6 +49,13 @@ def test_several_cards_are_changed_only_after_a_yes(ctl: Ctl, scratches: list[Ca
     assert kernels(ctl) == ["KERN-7.0.0"] * 2
 
 
+def test_ctrl_c_is_no_answer(ctl: Ctl, rack: list[Card], firmware: str) -> None:
+    session = on_terminal(ctl, "firmware", "upgrade", firmware, "rack[1-2]", interrupt_at="Go on? [y/N]")
+    assert session.code == 130
+    assert "interrupted; nothing was sent" in session.shown
+    assert kernels(ctl) == ["KERN-6.1.0"] * 2
+
+
 @pytest.mark.parametrize("words", [["--yes", "rack[1-2]"], ["rack1"], ["--dry-run", "rack[1-2]"]])
 def test_nothing_is_asked_where_it_is_plain(ctl: Ctl, scratches: list[Card], firmware: str, words: list[str]) -> None:
     session = on_terminal(ctl, "firmware", "upgrade", firmware, *words)

@@ -6,6 +6,7 @@ import fcntl
 import os
 import pty
 import re
+import signal
 import struct
 import subprocess
 import termios
@@ -30,8 +31,8 @@ class Session:
         return [piece.split("\r\n")[0] for piece in plain.split(ERASE) if piece]
 
 
-def on_terminal(ctl: Ctl, *words: str, columns: int = 80, says: str = "") -> Session:
-    """Both streams and the input are the terminal; `says` is typed before anything is asked."""
+def on_terminal(ctl: Ctl, *words: str, columns: int = 80, says: str = "", interrupt_at: str = "") -> Session:
+    """Both streams and the input are the terminal; `says` is typed before anything is asked, Ctrl-C when that is shown."""
     ours, theirs = pty.openpty()
     fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
     start = time.monotonic()
@@ -44,6 +45,9 @@ def on_terminal(ctl: Ctl, *words: str, columns: int = 80, says: str = "") -> Ses
     try:
         while piece := os.read(ours, 65536):
             shown += piece
+            if interrupt_at and interrupt_at.encode() in shown:
+                running.send_signal(signal.SIGINT)
+                interrupt_at = ""
     except OSError:  # the other side is closed
         pass
     os.close(ours)

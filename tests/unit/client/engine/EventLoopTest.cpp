@@ -212,6 +212,22 @@ TEST_F(ClientEventLoopTest, TicksWhileItWaitsAndNoOftenerThanWanted)
     EXPECT_LE(ticks, Seconds(Clock::now() - start) / Seconds(0.01));
 }
 
+TEST_F(ClientEventLoopTest, StandsStillUntilSomethingIsSaid)
+{
+    pair.say();
+    loop.standStillUntilReadable(pair.ours.get());
+    EXPECT_FALSE(loop.wasInterrupted());
+}
+
+TEST_F(ClientEventLoopTest, StandsStillOnlyUntilTheUserWantsToStop)
+{
+    const Pair interrupts;
+    loop.setInterruptDescriptor(interrupts.ours.get());
+    interrupts.say();
+    EXPECT_THROW(loop.standStillUntilReadable(pair.ours.get()), Interrupted);
+    EXPECT_TRUE(loop.wasInterrupted());
+}
+
 TEST_F(ClientEventLoopTest, TicksInLongWorkThatDoesNotWait)
 {
     bool hasTicked = false;

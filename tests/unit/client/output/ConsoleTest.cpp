@@ -141,7 +141,8 @@ bool isYes(const char* typed)
     }
     ::dup2(reading.get(), STDIN_FILENO);
     testing::internal::CaptureStderr();
-    const bool yes = Console(false, false).confirm("Go on?");
+    Console(false, false).ask("Go on?");
+    const bool yes = Console::isAnsweredYes();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Go on? [y/N] ");
     ::dup2(kept.get(), STDIN_FILENO);
     std::clearerr(stdin);
