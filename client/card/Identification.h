@@ -41,6 +41,9 @@ class Identification
 public:
     Identification(Network& newNetwork, Way newWay, Caution newCaution);
 
+    // Each of them once.
+    [[nodiscard]] std::vector<std::string> namesToAsk(const std::vector<Target>& targets) const;
+
     // Answers in the order of the targets; fails for none of them. All names share one time-out.
     Task<std::vector<Identified>> run(std::vector<Target> targets);
 
@@ -52,7 +55,6 @@ public:
 
 private:
     [[nodiscard]] bool asksFor(const Target& target) const;
-    [[nodiscard]] std::vector<std::string> namesToAsk(const std::vector<Target>& targets) const;
     void identify(Identified& card, Lookup& lookup) const;
     void takeSilence(Identified& card) const;
     static void preferReachable(std::vector<CardReply>& answers);

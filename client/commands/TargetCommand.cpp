@@ -5,6 +5,7 @@
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/commands/Agreement.h"
+#include "client/commands/NameCost.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/Parallel.h"
 #include "client/output/Console.h"
@@ -78,6 +79,7 @@ std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Ta
     const GlobalOptions& options = context.options;
     context.console.progress("", {"looking for the cards"});
     Identification identification(context.network, way(), {options.force, options.trustGroups, !options.noProbe});
+    noteCostOfChange(context.console, identification.namesToAsk(targets).size());
     std::vector<Identified> cards = context.loop.run(identification.run(std::move(targets)));
     context.console.forgetJob("");
     tellWarnings(context.console, cards);

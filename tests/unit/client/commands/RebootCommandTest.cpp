@@ -20,6 +20,14 @@ TEST_F(RebootCommandTest, ChangesNothingWhereTheCardFallsSilentBefore)
     EXPECT_TRUE(outHas("\"changed\": false"));
 }
 
+TEST_F(RebootCommandTest, TellsWhatManyNamesCostBefore)
+{
+    EXPECT_EQ(run({"--timeout", "0.1", "reboot", "nobody[1-65]"}), 5);
+    EXPECT_TRUE(errHas("65 names are asked for"));
+    EXPECT_EQ(run({"--timeout", "0.1", "reboot", "nobody[1-64]"}), 5);
+    EXPECT_FALSE(errHas("names are asked for"));
+}
+
 TEST_F(RebootCommandTest, AsksForTheReboot)
 {
     card.answer(reboot, done);
