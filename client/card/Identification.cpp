@@ -5,6 +5,7 @@
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
 #include "client/card/SameCard.h"
+#include "client/engine/Parallel.h"
 #include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
@@ -16,11 +17,6 @@ namespace
 {
 
 constexpr const char* waitingForIp = "waiting for the IP configuration";
-
-bool contains(const std::vector<std::string>& addresses, const std::string& address)
-{
-    return std::find(addresses.begin(), addresses.end(), address) != addresses.end();
-}
 
 template<typename Look>
 void forEachPair(const std::vector<Identified>& cards, const Look& look)
@@ -63,8 +59,10 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
     std::vector<Identified> cards(targets.size());
     for (std::size_t index = 0; index < cards.size(); ++index) {
         cards[index].target = std::move(targets[index]);
-        identify(cards[index], lookup);
     }
+    constexpr std::size_t atOnce = 64; // of those whose last address is looked at
+    co_await inParallel(network.eventLoop(), cards.size(), atOnce,
+                        [&](std::size_t index) { return identify(cards[index], lookup); });
     compare(cards);
     if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
         Census census;
@@ -98,16 +96,16 @@ std::vector<std::string> Identification::namesToAsk(const std::vector<Target>& t
     return names;
 }
 
-void Identification::identify(Identified& card, Lookup& lookup) const
+Task<void> Identification::identify(Identified& card, Lookup& lookup) const
 {
     if (!asksFor(card.target)) {
-        return;
+        co_return;
     }
     try {
         std::vector<CardReply> answers = inPhase(waitingForIp, [&] { return lookup.answersTo(card.target.name); });
         if (answers.empty()) {
-            takeSilence(card);
-            return;
+            co_await takeSilence(card, lookup);
+            co_return;
         }
         preferReachable(answers);
         takeAnswers(card, answers);
@@ -118,14 +116,13 @@ void Identification::identify(Identified& card, Lookup& lookup) const
     }
 }
 
-void Identification::takeSilence(Identified& card) const
+Task<void> Identification::takeSilence(Identified& card, Lookup& lookup) const
 {
     const Target& target = card.target;
     if (way == Way::byNameUnheard) {
-        return;
+        co_return;
     }
-    Failure silence = nobodyAnswered(target.name);
-    silence.phase = waitingForIp;
+    const Failure silence = co_await lookup.explainSilence(target.name);
     if (way != Way::overTcp || !target.endpoint) {
         throw Failure(silence);
     }

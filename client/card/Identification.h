@@ -55,8 +55,8 @@ public:
 
 private:
     [[nodiscard]] bool asksFor(const Target& target) const;
-    void identify(Identified& card, Lookup& lookup) const;
-    void takeSilence(Identified& card) const;
+    Task<void> identify(Identified& card, Lookup& lookup) const;
+    Task<void> takeSilence(Identified& card, Lookup& lookup) const;
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     void settleEndpoint(Identified& card) const;

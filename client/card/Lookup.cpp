@@ -34,6 +34,9 @@ Failure notFound()
 
 Task<std::string> whatIsAt(Network& network, Endpoint endpoint)
 {
+    if (!network.admitsProbes()) {
+        co_return "which was not looked at";
+    }
     const PortState port = co_await network.probe(endpoint, network.retryPolicy().timeout);
     if (port == PortState::closed) {
         co_return "which refuses connections";

@@ -14,11 +14,6 @@ bool isHeard(const Identified& card)
     return !card.heardFrom.empty();
 }
 
-bool contains(const std::vector<std::string>& addresses, const std::string& address)
-{
-    return std::ranges::find(addresses, address) != addresses.end();
-}
-
 // Does the card, heard by its name, have the address that the other target is?
 bool has(const Identified& card, const Identified& other)
 {
@@ -42,6 +37,11 @@ std::vector<Endpoint> endpointsOf(const Identified& card, Way way)
 }
 
 } // namespace
+
+bool contains(const std::vector<std::string>& addresses, const std::string& address)
+{
+    return std::ranges::find(addresses, address) != addresses.end();
+}
 
 bool isName(const Identified& card)
 {

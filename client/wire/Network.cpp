@@ -9,6 +9,9 @@
 #include <cstring>
 #include <fmt/core.h>
 
+namespace
+{
+
 Failure nobodyAnswered(const std::string& name)
 {
     return {
@@ -21,6 +24,8 @@ Failure nobodyAnswered(const std::string& name)
                     "broadcast from the card's port {}",
                     name, cardPort)};
 }
+
+} // namespace
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
 {

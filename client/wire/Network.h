@@ -107,7 +107,5 @@ private:
     Wire wire;
 };
 
-[[nodiscard]] Failure nobodyAnswered(const std::string& name);
-
 // The reply in a datagram, if it answers the request and is well formed; nothing otherwise.
 [[nodiscard]] std::optional<Reply> replyIn(const Datagram& datagram, const Request& request);

@@ -93,6 +93,18 @@ def test_a_stopped_card_is_not_heard_instead_of_not_found(ctl: Ctl, scratch: Car
     assert result["hint"].endswith("which accepts connections and does not answer")
 
 
+def test_a_stopped_card_is_not_heard_before_a_change_either(ctl: Ctl, scratch: Card) -> None:
+    address = scratch.address("eth0") or ""
+    assert ctl("-i", "lan0", "versions", "rack1").code == 0
+    scratch.daemon.kill(signal.SIGSTOP)
+    try:
+        result = ctl.json("-i", "lan0", "--timeout", "0.5", "time", "set", "--ntp", "10.0.0.9", "rack1").result
+    finally:
+        scratch.daemon.kill(signal.SIGCONT)
+    assert (result["code"], result["category"], result["changed"]) == (5, "not-heard", False)
+    assert result["hint"].startswith(f"not heard; last at {address}, ")
+
+
 def test_what_was_heard_before_is_never_an_address(ctl: Ctl, rack: list[Card]) -> None:
     """Another card answers there by now, and is not asked in the old one's place."""
     address = rack[0].address("eth0")

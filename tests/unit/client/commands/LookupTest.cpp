@@ -93,7 +93,7 @@ TEST_F(IdentificationOfManyTest, AsksAgainForNamesThatWereNotHeard)
     for (const Identified& silent : cards) {
         ASSERT_TRUE(silent.refusal) << silent.target.name;
         EXPECT_EQ(silent.refusal->code, ExitCode::noAnswer);
-        EXPECT_EQ(silent.refusal->phase, "waiting for the IP configuration");
+        EXPECT_EQ(silent.refusal->phase, "looking for the card");
     }
 }
 

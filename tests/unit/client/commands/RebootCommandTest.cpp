@@ -20,6 +20,17 @@ TEST_F(RebootCommandTest, ChangesNothingWhereTheCardFallsSilentBefore)
     EXPECT_TRUE(outHas("\"changed\": false"));
 }
 
+TEST_F(RebootCommandTest, TellsWhereASilentNameWasLastHeard)
+{
+    sandbox.write("/tmp/state/tarvelctl/heard", "card2 127.0.0.1 1000000000\n");
+    EXPECT_EQ(run({"--timeout", "0.1", "-o", "csv", "--columns", "target,category", "reboot", "card[2-3]"}), 5);
+    EXPECT_EQ(out, "target,category\ncard2,not-heard\ncard3,not-found\n");
+    EXPECT_TRUE(errHas("not heard; last at 127.0.0.1, "));
+    EXPECT_TRUE(errHas(", where a card answers, but not by this name"));
+    EXPECT_EQ(run({"--timeout", "0.1", "--dry-run", "reboot", "card2"}), 5);
+    EXPECT_TRUE(errHas(", which was not looked at"));
+}
+
 TEST_F(RebootCommandTest, TellsWhatManyNamesCostBefore)
 {
     EXPECT_EQ(run({"--timeout", "0.1", "reboot", "nobody[1-65]"}), 5);
