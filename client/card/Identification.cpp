@@ -4,6 +4,7 @@
 
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
+#include "client/card/ReadBack.h"
 #include "client/card/SameCard.h"
 #include "client/engine/Parallel.h"
 #include "client/wire/HostInterfaces.h"
@@ -65,11 +66,38 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
                         [&](std::size_t index) { return identify(cards[index], lookup); });
     compare(cards);
     if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
-        Census census;
-        co_await census.take(network);
-        check(cards, census);
+        co_await probe(cards);
     }
     co_return cards;
+}
+
+Task<void> Identification::probe(std::vector<Identified>& cards) const
+{
+    Census census;
+    const std::optional<Failure> failure = co_await failureOf(census.take(network));
+    if (failure) {
+        takeDeafness(cards, *failure);
+    } else {
+        check(cards, census);
+    }
+}
+
+// A machine that can hear nobody can do no more than go on, with what the user wrote; one that is told where to listen
+// and cannot is told wrongly.
+void Identification::takeDeafness(std::vector<Identified>& cards, const Failure& why) const
+{
+    const bool canHearNobody = why.category == Category::noInterface && !network.isToldInterfaces();
+    for (Identified& card : cards) {
+        if (card.refusal) {
+            continue;
+        }
+        if (canHearNobody) {
+            card.warnings.push_back(fmt::format("whether two cards share its address was not checked: {}", why.hint));
+        } else {
+            card.refusal = why;
+            card.refusal->hint += "; nothing was sent, --no-probe does not ask who shares the address";
+        }
+    }
 }
 
 // A card may also answer from an address that does not fit its network here, where no connection leads.

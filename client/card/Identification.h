@@ -62,6 +62,8 @@ private:
     void settleEndpoint(Identified& card) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
     void object(Identified& card, std::string why) const;
+    Task<void> probe(std::vector<Identified>& cards) const;
+    void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;
 
     Network& network;
     Way way;

@@ -93,6 +93,8 @@ public:
     {
         return options.timeoutGiven ? options.policy.timeout : longer;
     }
+    // Did the user say on which interfaces to broadcast?
+    [[nodiscard]] bool isToldInterfaces() const { return !options.interfaces.empty(); }
     // May something be sent for its own sake? Not in a dry run.
     [[nodiscard]] bool admitsProbes() const { return wire.gate.admitsProbes(); }
     [[nodiscard]] TimePoint deadline() const { return after(options.policy.timeout); }

@@ -108,6 +108,16 @@ TEST_F(TimeCommandsTest, SetDoesNotKnowWhatChangedOnACardThatCannotBeReadBack)
     EXPECT_TRUE(outHas("\"phase\": \"reading the time reference back\""));
 }
 
+TEST_F(TimeCommandsTest, SetTellsOfEachTargetThatNothingCanBeHeardWhereTheUserSays)
+{
+    EXPECT_EQ(runBare({"tarvelctl", "-i", "nowhere0", "-o", "csv", "--columns", "target,code,category", "time", "set",
+                       "--ntp", "10.0.0.5", "127.0.0.1", "127.0.0.2"}),
+              6);
+    EXPECT_EQ(out, "target,code,category\n127.0.0.1,6,no-interface\n127.0.0.2,6,no-interface\n");
+    EXPECT_TRUE(errHas("--no-probe"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
 TEST_F(TimeCommandsTest, SetReadsButChangesNothingInADryRun)
 {
     EXPECT_EQ(run({"--dry-run", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);
