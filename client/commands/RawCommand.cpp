@@ -67,6 +67,7 @@ protected:
     }
 
     [[nodiscard]] bool looksUpNames() const override { return !udp; }
+    [[nodiscard]] bool tellsWhereFrom() const override { return !udp; }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {

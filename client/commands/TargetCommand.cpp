@@ -60,6 +60,9 @@ std::vector<Column> TargetCommand::columnsWhen(bool dryRun) const
     if (takes() == Takes::namesOrAddresses && changesCards()) {
         all.emplace_back("checked");
     }
+    if (tellsWhereFrom()) {
+        all.emplace_back("address_from").isAside = true;
+    }
     if (dryRun) {
         all.insert(all.end(), {{"xml"}, {"frame"}});
     }

@@ -46,6 +46,8 @@ protected:
     // Is the name of a target asked for before the job, together with all others? What it told is in Target::heard. A
     // command that changes cards asks with more care, for itself.
     [[nodiscard]] virtual bool looksUpNames() const { return !changesCards(); }
+    // Does the result say, beside all else, what told the address that the job used?
+    [[nodiscard]] virtual bool tellsWhereFrom() const { return takes() == Takes::namesOrAddresses; }
     // After nobody answered by a name: the job is not begun.
     virtual void tellNotFound(Result& /*result*/) {}
     // Jobs that mostly wait: they begin all at once, and also for a card that was not heard.
@@ -62,6 +64,10 @@ protected:
     // What people are shown before they agree to a change of several cards: of all, and of one of them.
     [[nodiscard]] virtual std::string planTitle(std::size_t cards) const;
     virtual Task<std::string> planOf(Context& context, Target target);
+
+    // What told the address of a target that was given by its name; empty for one that is an address.
+    [[nodiscard]] static std::string addressFrom(const Target& target);
+    static void addAddressFrom(std::string from, Result& result);
 
     // True if finish() does something, so that no result is printed before it.
     [[nodiscard]] virtual bool comparesTargets() const { return false; }

@@ -4,6 +4,7 @@
 // The jobs of a TargetCommand: how they run at once, in batches, and end.
 #include "client/commands/TargetCommand.h"
 
+#include "client/card/Identity.h"
 #include "client/card/Lookup.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
@@ -45,6 +46,21 @@ void tellNotSent(Result& result, const Request& request)
 }
 
 } // namespace
+
+std::string TargetCommand::addressFrom(const Target& target)
+{
+    if (target.heard) {
+        return target.heard->address == noAddress ? "" : "lookup";
+    }
+    return target.hasNotedAddress() ? "groups" : "";
+}
+
+void TargetCommand::addAddressFrom(std::string from, Result& result)
+{
+    if (!from.empty()) {
+        result.add("address_from", std::move(from));
+    }
+}
 
 bool TargetCommand::mustLookUp(const Context& context, const Target& target) const
 {
@@ -102,8 +118,9 @@ void TargetCommand::tellHowFound(const Identified& card, Result& result) const
     }
     if (changesCards()) {
         result.add("checked", card.checked);
-    } else if (card.target.hasNotedAddress()) {
-        result.add("address_from", "groups");
+    }
+    if (tellsWhereFrom() && !card.refusal) {
+        addAddressFrom(addressFrom(card.target), result);
     }
 }
 

@@ -26,6 +26,7 @@ enum class Goal { up, down, idle, versions };
 struct Sight {
     std::string_view state = notFound;
     std::optional<Endpoint> endpoint; // where it is asked, if that is known
+    std::string addressFrom;          // what told that, if the target is a name
     std::vector<Component> components;
 };
 
@@ -46,7 +47,13 @@ class WaitCommand final : public TargetCommand
 {
 protected:
     [[nodiscard]] std::string_view name() const override { return "wait"; }
-    [[nodiscard]] std::vector<Column> columns() const override { return {{"state"}, {"seconds"}}; }
+    [[nodiscard]] std::vector<Column> columns() const override
+    {
+        std::vector<Column> all = {{"state"}, {"seconds"}};
+        all.emplace_back("address_from").isAside = true; // of the last look, which may be another than the first
+        return all;
+    }
+    [[nodiscard]] bool tellsWhereFrom() const override { return false; }
     [[nodiscard]] bool isPatient() const override { return true; }
 
     void declareOwn(OptionSet& options) override
@@ -120,7 +127,7 @@ private:
     // Names have been asked for already.
     static Sight firstSightOf(const Target& target)
     {
-        Sight sight{.endpoint = target.endpoint, .components = {}};
+        Sight sight{.endpoint = target.endpoint, .addressFrom = addressFrom(target), .components = {}};
         if (target.heard) {
             takeAnswer(*target.heard, sight);
         }
@@ -132,6 +139,7 @@ private:
         sight.state = up;
         if (answer.address != noAddress) {
             sight.endpoint = Endpoint{answer.address};
+            sight.addressFrom = "lookup";
         }
     }
 
@@ -180,6 +188,7 @@ private:
     {
         result.add("state", std::string(sight.state));
         result.add("seconds", Seconds(Clock::now() - start).count());
+        addAddressFrom(sight.addressFrom, result);
         if (!isReached(sight)) {
             throw Failure{ExitCode::noAnswer, Category::timeout, fmt::format("waiting for {}", wish),
                           fmt::format("{} when {:g} s were over", sight.state, waitTime)};

@@ -12,7 +12,8 @@ struct Column {
     Column(std::string newName, std::size_t newWidth = 0) : name(std::move(newName)), width(newWidth) {}
 
     std::string name;
-    std::size_t width; // of a table that is printed row by row, before all of its rows are known; else 0
+    std::size_t width;    // of a table that is printed row by row, before all of its rows are known; else 0
+    bool isAside = false; // is in a table only if the user chose it
 };
 
 // "ok,code" as its words.

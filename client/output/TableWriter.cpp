@@ -9,6 +9,7 @@
 #include <cctype>
 #include <cstdio>
 #include <fmt/core.h>
+#include <iterator>
 
 namespace
 {
@@ -97,12 +98,20 @@ std::vector<Column> withHeadings(std::vector<Column> columns)
     return columns;
 }
 
-// Without data, a line may have nothing but its target.
-bool saysNothing(const Result& result, const Row& line, const std::vector<Column>& columns)
+bool isNamed(const std::vector<Column>& columns, const std::string& name)
 {
-    return result.fields.empty() && !result.hasList() &&
-           std::all_of(columns.begin(), columns.end(),
-                       [&](const Column& column) { return column.name == "target" || cellText(line, column).empty(); });
+    return std::any_of(columns.begin(), columns.end(), [&](const Column& column) { return column.name == name; });
+}
+
+// Without data, a line may have nothing but its target.
+bool saysNothing(const Result& result, const Row& line, const std::vector<Column>& columns,
+                 const std::vector<Column>& aside)
+{
+    const bool hasData = std::any_of(result.fields.begin(), result.fields.end(),
+                                     [&](const Field& field) { return !isNamed(aside, field.name); });
+    return !hasData && !result.hasList() && std::all_of(columns.begin(), columns.end(), [&](const Column& column) {
+        return column.name == "target" || cellText(line, column).empty();
+    });
 }
 
 class TableWriter final : public Writer
@@ -113,7 +122,12 @@ public:
     void begin(std::string_view /*command*/, std::vector<Column> own) override
     {
         isRowByRow = std::any_of(own.begin(), own.end(), [](const Column& column) { return column.width > 0; });
+        std::copy_if(own.begin(), own.end(), std::back_inserter(aside),
+                     [](const Column& column) { return column.isAside; });
         columns = chosen.empty() ? allColumns({"target"}, own) : chooseColumns(chosen, own);
+        if (chosen.empty()) {
+            std::erase_if(columns, [](const Column& column) { return column.isAside; });
+        }
         if (isRowByRow) {
             columns = withHeadings(std::move(columns));
             printHeading(columns);
@@ -157,7 +171,7 @@ private:
     void eachPrinted(const Result& result, const RowVisitor& visit) const
     {
         eachLine(result, [&](const Row& line) {
-            if (!saysNothing(result, line, columns)) {
+            if (!saysNothing(result, line, columns, aside)) {
                 visit(line);
             }
         });
@@ -201,6 +215,7 @@ private:
     }
 
     std::vector<std::string> chosen;
+    std::vector<Column> aside; // of the command's own, those that only --columns shows
     std::vector<Column> columns;
     std::vector<Result> results; // rather than their lines, which may be many
     bool isRowByRow = false;

@@ -129,7 +129,7 @@ def test_a_line_of_the_groups_file_is_believed_for_reading(ctl: Ctl, rack: list[
     (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
     answer = ctl.json("versions", "rack1", "rack2")
     assert answer.code == 0
-    assert [result.get("address_from") for result in answer.results] == ["groups", None]
+    assert [result.get("address_from") for result in answer.results] == ["groups", "lookup"]
 
 
 def test_a_true_line_of_the_groups_file_does_no_harm(ctl: Ctl, scratch: Card, firmware: str) -> None:

@@ -144,6 +144,20 @@ TEST_F(RawCommandTest, ChangesNothingWhereNoConnectionIsTaken)
     EXPECT_TRUE(outHas("\"changed\": null"));
 }
 
+TEST_F(RawCommandTest, SaysOfNoAddressWhereItIsFromThatItDoesNotUse)
+{
+    sandbox.write("/tmp/groups", "card1 127.0.0.1\n");
+    card.answer(66, done);
+    const std::vector<std::string> words = {
+        "--groups", sandbox.path("/tmp/groups"), "-o", "json", "raw", "--command", "66", "card1"};
+    EXPECT_EQ(run(words), 0);
+    EXPECT_TRUE(outHas("\"address_from\": \"groups\""));
+    std::vector<std::string> broadcast = words;
+    broadcast.emplace_back("--udp");
+    EXPECT_EQ(run(broadcast), 0);
+    EXPECT_FALSE(outHas("address_from"));
+}
+
 TEST_F(RawCommandTest, SendsAFileAsItIs)
 {
     sandbox.write("/tmp/payload", std::string("\4\0\0\0abc\0", 8));

@@ -118,6 +118,30 @@ TEST_F(TimeCommandsTest, SetTellsOfEachTargetThatNothingCanBeHeardWhereTheUserSa
     EXPECT_TRUE(card.requests().empty());
 }
 
+TEST_F(TimeCommandsTest, SetTellsWhereAnAddressIsFrom)
+{
+    sandbox.write("/tmp/groups", "noted 127.0.0.1\n");
+    const std::vector<std::string> words = {"--timeout",
+                                            "0.3",
+                                            "--groups",
+                                            sandbox.path("/tmp/groups"),
+                                            "-o",
+                                            "csv",
+                                            "--columns",
+                                            "target,ok,address_from",
+                                            "--trust-groups",
+                                            "time",
+                                            "set",
+                                            "--ntp",
+                                            "10.0.0.5"};
+    for (const auto& [target, line] : {std::pair{"card1", "card1,yes,lookup\n"}, {"noted", "noted,yes,groups\n"}}) {
+        std::vector<std::string> all = words;
+        all.emplace_back(target);
+        EXPECT_EQ(run(all), 0) << target;
+        EXPECT_TRUE(outHas(line)) << out;
+    }
+}
+
 TEST_F(TimeCommandsTest, SetReadsButChangesNothingInADryRun)
 {
     EXPECT_EQ(run({"--dry-run", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 0);

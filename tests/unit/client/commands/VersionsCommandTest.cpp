@@ -152,4 +152,17 @@ TEST_F(VersionsCommandTest, ShowsTheFramesWhenVerbose)
     EXPECT_TRUE(errHas("127.0.0.1 -> "));
 }
 
+TEST_F(VersionsCommandTest, TellsWhereAnAddressIsFrom)
+{
+    sandbox.write("/tmp/groups", "noted 127.0.0.1\n");
+    EXPECT_EQ(run({"--groups", sandbox.path("/tmp/groups"), "-o", "csv", "--columns", "target,address_from", "--fold",
+                   "versions", "card1", "noted", "127.0.0.1"}),
+              0);
+    EXPECT_TRUE(outHas("card1,lookup\n"));
+    EXPECT_TRUE(outHas("noted,groups\n"));
+    EXPECT_TRUE(outHas("127.0.0.1,\n"));
+    EXPECT_EQ(run({"versions", "card1"}), 0);
+    EXPECT_FALSE(outHas("ADDRESS FROM")); // too much for a terminal
+}
+
 } // namespace

@@ -69,6 +69,13 @@ TEST_F(WaitCommandTest, TakesANameThatNobodyHasForDown)
     EXPECT_TRUE(outHas("not found"));
 }
 
+TEST_F(WaitCommandTest, TellsWhereTheAddressIsFromThatItAskedLast)
+{
+    sandbox.write("/tmp/groups", "card1 127.0.0.1:1\n"); // where nobody is
+    EXPECT_EQ(run({"--groups", sandbox.path("/tmp/groups"), "-o", "json", "wait", "--for", "up", "card1"}), 0);
+    EXPECT_TRUE(outHas("\"address_from\": \"lookup\""));
+}
+
 TEST_F(WaitCommandTest, RefusesWhatNobodyCanWaitFor)
 {
     EXPECT_EQ(run({"wait", "--for", "godot", "127.0.0.1"}), 2);
