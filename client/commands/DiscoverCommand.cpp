@@ -124,11 +124,7 @@ private:
     {
         context.console.progress("", {"listening"});
         try {
-            context.loop.run(findNames(context));
-            if (expected == 0 || names.empty() || findings.named.size() < enough()) {
-                Discovery discovery(context.network, [&](const FoundCard& card) { takeUnnamed(context, card); });
-                context.loop.run(discovery.run(names.empty() ? enough() : 0));
-            }
+            context.loop.run(find(context));
         } catch (const Interrupted&) {
             context.console.note("interrupted: there may be more cards");
         }
@@ -138,7 +134,7 @@ private:
         return code;
     }
 
-    Task<void> findNames(Context& context)
+    Task<void> find(Context& context)
     {
         constexpr int repetitions = 2;
         constexpr Seconds time(1.2); // as long as the probes listen
@@ -149,6 +145,20 @@ private:
             return index == names.size() ? lookup.run(expected == 0 ? names.size() : enough())
                                          : awaitName(context, lookup, names[index]);
         });
+        co_await findUnnamed(context);
+        for (const std::string& doubt : lookup.secondAnswers()) { // until now
+            context.console.warning(doubt);
+        }
+    }
+
+    Task<void> findUnnamed(Context& context)
+    {
+        if (expected > 0 && !names.empty() && findings.named.size() >= enough()) {
+            co_return;
+        }
+        const std::size_t addresses = names.empty() ? enough() : 0;
+        Discovery discovery(context.network, [&](const FoundCard& card) { takeUnnamed(context, card); });
+        co_await discovery.run(addresses);
     }
 
     Task<void> awaitName(Context& context, Lookup& lookup, std::string name)

@@ -70,6 +70,16 @@ def test_a_name_is_printed_while_others_are_awaited(ctl: Ctl, rack: list[Card]) 
     interrupt(running)
 
 
+def test_a_second_answer_by_a_name_is_a_warning(ctl: Ctl, rack: list[Card], twin: Card) -> None:
+    answer = ctl("-i", "lan0", "discover", "--names", "rack1")
+    assert "rack1: two cards have this name" in answer.err
+    assert f"{twin.address('eth0')} on lan0" in answer.err
+
+
+def test_one_card_by_a_name_is_no_warning(ctl: Ctl, rack: list[Card]) -> None:
+    assert "warning" not in ctl("-i", "lan0", "discover", "--names", "rack1").err
+
+
 def test_a_card_with_a_wrong_address_is_heard(ctl: Ctl, scratch: Card) -> None:
     scratch.inside.run(["ip", "addr", "flush", "dev", "eth0"])
     scratch.inside.run(["ip", "addr", "add", "172.16.5.5/24", "dev", "eth0"])
