@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Identity.h"
+#include "client/card/NameRounds.h"
 #include "client/card/Queries.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
@@ -65,6 +66,7 @@ protected:
     void prepare(Context& context, const std::vector<Target>& /*targets*/) override
     {
         goal = goalIn(wish);
+        rounds.emplace(context.network);
         polls.emplace(context.loop, static_cast<std::size_t>(context.options.parallel));
         start = Clock::now();
         end = after(Seconds(waitTime));
@@ -146,7 +148,6 @@ private:
     // A name is asked for where its address is not known, or is silent: the card may have got another one.
     Task<void> look(Context& context, const Target& target, Sight& sight)
     {
-        const Slots::Held place = co_await *polls;
         if (sight.endpoint) {
             co_await lookOverTcp(context.network, sight);
         }
@@ -155,8 +156,9 @@ private:
         }
     }
 
-    Task<void> lookOverTcp(Network& network, Sight& sight) const
+    Task<void> lookOverTcp(Network& network, Sight& sight)
     {
+        const Slots::Held place = co_await *polls;
         if (goal == Goal::up || goal == Goal::down) {
             const PortState port = co_await network.probe(*sight.endpoint, network.retryPolicy().timeout);
             sight.state = stateOf(port);
@@ -171,14 +173,19 @@ private:
         }
     }
 
-    Task<void> lookByName(Network& network, std::string name, Sight& sight) const
+    // All names whose time has come are asked for together, and take no place of the cards that are looked at.
+    Task<void> lookByName(Network& network, std::string name, Sight& sight)
     {
+        std::optional<CardReply> answer;
         try {
-            const CardReply answer = co_await queryCard(network, name);
-            takeAnswer(answer, sight);
+            answer = co_await rounds->answerOf(name);
         } catch (const Failure&) {
             co_return; // what was seen over TCP stands
         }
+        if (!answer) {
+            co_return;
+        }
+        takeAnswer(*answer, sight);
         if (sight.endpoint && goal != Goal::up && goal != Goal::down) {
             co_await lookOverTcp(network, sight);
         }
@@ -204,6 +211,7 @@ private:
     double waitTime = 120;
     Goal goal = Goal::up;
     std::vector<Component> expected;
+    std::optional<NameRounds> rounds;
     std::optional<Slots> polls; // as many at a time as the user wants
     TimePoint start;
     TimePoint end;

@@ -76,6 +76,14 @@ TEST_F(WaitCommandTest, TellsWhereTheAddressIsFromThatItAskedLast)
     EXPECT_TRUE(outHas("\"address_from\": \"lookup\""));
 }
 
+TEST_F(WaitCommandTest, AsksForSilentNamesTogether)
+{
+    const std::size_t before = callsTo("bind").size();
+    EXPECT_EQ(run({"--timeout", "0.1", "wait", "--for", "up", "--wait-time", "1", "nobody[1-20]"}), 5);
+    EXPECT_LE(callsTo("bind").size() - before,
+              4U); // a socket for each of two lookups; the kernel may give the cards' port
+}
+
 TEST_F(WaitCommandTest, RefusesWhatNobodyCanWaitFor)
 {
     EXPECT_EQ(run({"wait", "--for", "godot", "127.0.0.1"}), 2);
