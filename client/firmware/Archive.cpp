@@ -4,6 +4,7 @@
 
 #include "client/engine/Descriptor.h"
 #include "client/firmware/Complaints.h"
+#include "client/firmware/GzipTrailer.h"
 #include "client/firmware/Sha256.h"
 #include "client/model/Failure.h"
 
@@ -156,6 +157,16 @@ bool admitMember(Walk& walk, archive_entry* entry)
     return walk.archive.unpacked <= walk.maximum;
 }
 
+// More was unpacked than the last gzip member holds, so it is not the only one. (Of the last few bytes the walker may
+// have taken less than there are.)
+bool hasSeveralGzipMembers(const Walker& walker, const std::string& path)
+{
+    constexpr std::uint32_t unread = 1024;
+    const auto unpacked = static_cast<std::uint32_t>(archive_filter_bytes(walker.get(), 0));
+    const std::uint32_t excess = unpacked - sizeInGzipTrailer(path).value_or(unpacked);
+    return excess != 0 && excess < UINT32_MAX - unread;
+}
+
 void walkMembers(Walk& walk, const Checkpoint& checkpoint)
 {
     const std::string& path = walk.archive.path;
@@ -180,6 +191,8 @@ void walkMembers(Walk& walk, const Checkpoint& checkpoint)
     walk.owners.tell(walk.archive.warnings);
     if (static_cast<std::uint64_t>(archive_filter_bytes(walker.get(), -1)) != walk.archive.size) {
         walk.archive.problems.emplace_back("the file goes on behind the end of the archive");
+    } else if (hasSeveralGzipMembers(walker, path)) {
+        walk.archive.problems.emplace_back("another compressed file follows behind the end of the first");
     }
 }
 

@@ -21,6 +21,7 @@ std::size_t hashOf(std::uint32_t parent, std::string_view name)
 
 bool LinkTree::isNode(std::uint32_t number, std::uint32_t parent, std::string_view name) const
 {
+    ++looked;
     const Node& node = nodes[number - 1];
     const auto start = names.begin() + static_cast<std::ptrdiff_t>(node.name);
     return node.parent == parent && std::equal(name.begin(), name.end(), start) &&

@@ -18,6 +18,9 @@ public:
     // Is the place, or a directory above it, a link?
     [[nodiscard]] bool leadsThrough(const std::vector<std::string_view>& place) const;
 
+    // How many nodes were looked at for all that: what it cost.
+    [[nodiscard]] std::uint64_t looks() const { return looked; }
+
 private:
     struct Node {
         std::size_t name; // where it starts in `names`
@@ -30,7 +33,8 @@ private:
     std::uint32_t makeNode(std::uint32_t parent, std::string_view name);
     void grow();
 
-    std::deque<char> names;                                            // each with a 0 behind it
-    std::deque<Node> nodes;                                            // the number of the first is 1
+    std::deque<char> names; // each with a 0 behind it
+    std::deque<Node> nodes; // the number of the first is 1
+    mutable std::uint64_t looked = 0;
     std::vector<std::uint32_t> slots = std::vector<std::uint32_t>(64); // numbers of nodes by their hash, 0 if free
 };

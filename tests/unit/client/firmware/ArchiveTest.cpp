@@ -8,6 +8,7 @@
 #include <archive_entry.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -187,6 +188,19 @@ TEST_F(ArchiveTest, ATruncatedArchiveIsRefusedWhereverItEnds)
     }
 }
 
+TEST_F(ArchiveTest, TakesTwiceAsManyStepsForTwiceTheMembers)
+{
+    const auto stepsFor = [&](int links) {
+        pack("many.tar.gz", true, "kernel", links);
+        int steps = 0;
+        static_cast<void>(inspectArchive(file("many.tar.gz"), [&] { ++steps; }));
+        return steps;
+    };
+    const int some = stepsFor(2000);
+    EXPECT_GE(some, 2000);
+    EXPECT_LE(stepsFor(4000), 2 * some);
+}
+
 TEST_F(ArchiveTest, TellsTheUnpackedSize)
 {
     pack("good.tar.gz", true);
@@ -198,6 +212,21 @@ TEST_F(ArchiveTest, RefusesWhatUnpacksToMore)
     pack("good.tar.gz", true);
     EXPECT_TRUE(inspectArchive(file("good.tar.gz"), goOn, 5).problems.empty());
     EXPECT_EQ(inspectArchive(file("good.tar.gz"), goOn, 4).problems.size(), 1);
+}
+
+TEST_F(ArchiveTest, RefusesASecondCompressedFileBehindTheFirst)
+{
+    pack("good.tar.gz", true);
+    pack("other.tar.gz", true, "kernel", 40);
+    const std::string another = "another compressed file follows behind the end of the first";
+    for (const auto& [first, second] : {std::pair{"good.tar.gz", "other.tar.gz"}, {"other.tar.gz", "good.tar.gz"}}) {
+        const std::vector<std::string> alone = inspectArchive(file(first), goOn).problems;
+        EXPECT_EQ(std::count(alone.begin(), alone.end(), another), 0) << first;
+        write("both", read(first) + read(second));
+        const std::vector<std::string> problems = inspectArchive(file("both"), goOn).problems;
+        ASSERT_FALSE(problems.empty()) << first;
+        EXPECT_EQ(problems.back(), another); // and that its links stand twice
+    }
 }
 
 TEST_F(ArchiveTest, RefusesBytesBehindItsEnd)

@@ -57,4 +57,25 @@ TEST(LinkTree, KnowsEachOfMany)
     }
 }
 
+// What a tree of so many links costs, in looks at a node, to be made and then asked for each.
+std::uint64_t costOf(std::size_t links)
+{
+    LinkTree tree;
+    std::vector<std::string> names(links);
+    for (std::size_t index = 0; index < links; ++index) {
+        names[index] = "link" + std::to_string(index);
+        tree.insert({names[index % 7], names[index]});
+    }
+    for (std::size_t index = 0; index < links; ++index) {
+        EXPECT_FALSE(tree.leadsThrough({names[(index + 1) % 7], names[index], "x"})) << index;
+    }
+    return tree.looks();
+}
+
+TEST(LinkTree, CostsTwiceAsMuchForTwiceTheLinks)
+{
+    EXPECT_GT(costOf(4000), 4000U);
+    EXPECT_LT(costOf(16000), costOf(4000) * 6); // chance makes some names meet; the square would be 16 times as much
+}
+
 } // namespace
