@@ -13,13 +13,15 @@ void GlobalOptions::declare(OptionSet& options)
     options.value("-i,--interface", &interfaces, "IF", "broadcast only on this interface (repeatable)");
     options.value("--exclude", &exclude, "TARGET", "all targets but these: names, addresses, ranges (repeatable)");
     options.value("--groups", &groupsFile, "FILE", "file with card names and @groups");
-    options.flag("--fold", fold, "print identical answers once");
+    options.flag("--fold", fold, "print identical answers, and failures, once");
     options.flag("-q,--quiet", quiet, "no notes and no progress: data, warnings and failures only");
     options.flag("-v,--verbose", verbose, "show the frames sent and received, in hexadecimal");
     options.flag("--dry-run", dryRun, "print what would be sent that changes a card; change nothing");
-    options.flag("-y,--yes", yes, "go on where the effect cannot be undone");
-    options.flag("--force", force, "go on where another card could be meant, or an address is taken");
+    options.flag("-y,--yes", yes, "go on where the effect cannot be undone, and ask nothing");
+    options.flag("--force", force,
+                 "go on where another card could be meant, an address may be taken, or a card to rescue works");
     options.flag("--trust-groups", trustGroups, "change a card at its address in the groups file, unheard");
-    options.flag("--no-probe", noProbe, "do not ask, before a change over TCP, whether two cards share an address");
+    options.flag("--no-probe", noProbe,
+                 "do not ask, before a change, whether two cards share an address, or a card has it");
     options.flag("--unsafe-raw", unsafeRaw, "send values that the card's shell would interpret");
 }

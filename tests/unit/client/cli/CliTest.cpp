@@ -34,6 +34,21 @@ TEST(CommandLine, TakesTheProgramsOptionsBeforeAndAfterTheCommand)
     EXPECT_EQ(line.options.timeout, 1.5);
 }
 
+TEST(CommandLine, TellsAllThatIsGoneOverByAnOption)
+{
+    CommandLine line;
+    parse(line, {"--help"});
+    std::string text; // without the breaks of lines
+    for (const char letter : line.text) {
+        if (letter != ' ' && letter != '\n') {
+            text += letter;
+        }
+    }
+    for (const char* told : {"cannotbeundone,andasknothing", "anaddressmaybetaken", "oracardhasit"}) {
+        EXPECT_NE(text.find(told), std::string::npos) << told;
+    }
+}
+
 TEST(CommandLine, LeavesTargetsBehindAnInterfaceAlone)
 {
     CommandLine line;
