@@ -135,7 +135,9 @@ def test_a_step_that_hangs_is_ended_with_all_that_it_started(steps: Steps) -> No
 def test_nothing_goes_on_when_the_run_is_ended(steps: Steps, ending: int) -> None:
     pid = steps.logs / "pid"
     script = steps.script(f"step wanted a sh -c 'sleep 1000 & echo $! >{pid}.new; mv {pid}.new {pid}; wait'")
-    running = subprocess.Popen(["bash", "-c", script, "test", str(steps.logs)], cwd=ROOT, stdout=subprocess.DEVNULL)
+    # Whoever runs the tests in the background has them ignore Ctrl-C, and a shell does not listen to what was ignored.
+    shell = ["env", "--default-signal=INT", "bash", "-c", script, "test", str(steps.logs)]
+    running = subprocess.Popen(shell, cwd=ROOT, stdout=subprocess.DEVNULL)
     await_that(pid.exists)
     running.send_signal(ending)
     assert running.wait(PATIENCE) == 130
