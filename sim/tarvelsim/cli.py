@@ -31,9 +31,11 @@ def _start_cards(names: Sequence[str], delays: float) -> list[Card]:
 
 
 def _run(options: argparse.Namespace) -> int:
+    # Once more, but inside of the LAN's namespaces: what is still running there when this process ends, ends with them.
     if "TARVEL_LAN" not in os.environ:
         return run_in_lan([namespaces.PYTHON, *sys.argv])
     names = options.names or [f"card{number}" for number in range(1, options.cards + 1)]
+    # Scripts end it that way, and a shell that starts it in the background has it ignore Ctrl-C.
     signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
     cards: list[Card] = []
     try:
@@ -47,6 +49,7 @@ def _run(options: argparse.Namespace) -> int:
     return 0
 
 
+# In place of this program, so that terminal, signals and exit status are the command's own.
 def _exec(command: Sequence[str]) -> int:
     sys.stdout.flush()
     os.execvp(command[0], list(command))
