@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/CardState.h"
 #include "client/card/Identity.h"
 #include "client/card/Queries.h"
 #include "client/cli/Context.h"
-#include "client/commands/CardState.h"
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
 
@@ -18,7 +18,7 @@ protected:
 
     void tellNotFound(Result& result) override
     {
-        result.add("state", std::string(notFound));
+        result.add("state", std::string(wordsOf(CardState::notFound)));
         result.add("seconds", Cell());
     }
 
@@ -34,14 +34,14 @@ protected:
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
             if (isFound) {
-                result.add("state", std::string(stateOf(failure)));
+                result.add("state", std::string(wordsOf(stateOf(failure))));
                 result.add("seconds", Cell());
             } else {
                 tellNotFound(result);
             }
             throw;
         }
-        result.add("state", std::string(upAndIdle));
+        result.add("state", std::string(wordsOf(CardState::upAndIdle)));
         result.add("seconds", Seconds(Clock::now() - start).count());
     }
 };

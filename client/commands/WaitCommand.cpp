@@ -1,15 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/card/Identity.h"
-#include "client/card/NameRounds.h"
-#include "client/card/Queries.h"
+#include "client/card/CardWatch.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/cli/LocalFile.h"
-#include "client/commands/CardState.h"
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
-#include "client/engine/Slots.h"
 #include "client/output/Console.h"
 #include "client/plan/VersionsDiff.h"
 
@@ -22,27 +18,6 @@ namespace
 constexpr Seconds betweenLooks{2}; // chosen: a card serves nobody else while it is looked at
 
 enum class Goal { up, down, idle, versions };
-
-// A card as it was last seen.
-struct Sight {
-    std::string_view state = notFound;
-    std::optional<Endpoint> endpoint; // where it is asked, if that is known
-    std::string addressFrom;          // what told that, if the target is a name
-    std::vector<Component> components;
-};
-
-bool isDown(std::string_view state)
-{
-    return state == daemonDown || state == noConnection || state == unreachable || state == notFound;
-}
-
-std::string_view stateOf(PortState port)
-{
-    if (port == PortState::open) {
-        return up;
-    }
-    return port == PortState::closed ? daemonDown : noConnection;
-}
 
 class WaitCommand final : public TargetCommand
 {
@@ -66,8 +41,7 @@ protected:
     void prepare(Context& context, const std::vector<Target>& /*targets*/) override
     {
         goal = goalIn(wish);
-        rounds.emplace(context.network);
-        polls.emplace(context.loop, static_cast<std::size_t>(context.options.parallel));
+        watch.emplace(context.loop, context.network, question(), static_cast<std::size_t>(context.options.parallel));
         start = Clock::now();
         end = after(Seconds(waitTime));
     }
@@ -75,22 +49,22 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         context.network.admit(bareRequest(CommandId::versions)); // a dry run ends here
-        Sight sight = firstSightOf(target);
+        Sight sight = CardWatch::firstSightOf(target);
         bool wasUp = false;
         // Who is known by a name alone was asked for, in vain, just before.
         for (bool isFresh = !sight.endpoint;; isFresh = false) {
             const TimePoint next = after(betweenLooks); // counted from here, so that silence makes looks no rarer
             if (!isFresh) {
-                co_await look(context, target, sight);
+                co_await watch->look(target, sight);
             }
             wasUp = wasUp || !isDown(sight.state);
             if (isReached(sight) || Clock::now() >= end) {
                 break;
             }
-            context.console.progress(target.label, {.phase = std::string(sight.state)});
+            context.console.progress(target.label, {.phase = std::string(wordsOf(sight.state))});
             co_await context.loop.until(std::min(next, end)); // the last look is when the time is over
         }
-        tell(sight, wasUp, result);
+        tell(target, sight, wasUp, result);
     }
 
 private:
@@ -119,88 +93,29 @@ private:
         case Goal::down:
             return isDown(sight.state);
         case Goal::idle:
-            return sight.state == upAndIdle;
+            return sight.state == CardState::upAndIdle;
         case Goal::versions:
-            return sight.state == upAndIdle && unmetExpectations(sight.components, expected).empty();
+            return sight.state == CardState::upAndIdle && unmetExpectations(sight.components, expected).empty();
         }
         return false;
     }
 
-    // Names have been asked for already.
-    static Sight firstSightOf(const Target& target)
+    [[nodiscard]] CardWatch::Question question() const
     {
-        Sight sight{.endpoint = target.endpoint, .addressFrom = addressFrom(target), .components = {}};
-        if (target.heard) {
-            takeAnswer(*target.heard, sight);
-        }
-        return sight;
+        const bool isConnection = goal == Goal::up || goal == Goal::down;
+        return isConnection ? CardWatch::Question::connection : CardWatch::Question::versions;
     }
 
-    static void takeAnswer(const CardReply& answer, Sight& sight)
+    void tell(const Target& target, const Sight& sight, bool wasUp, Result& result) const
     {
-        sight.state = up;
-        if (answer.address != noAddress) {
-            sight.endpoint = Endpoint{answer.address};
-            sight.addressFrom = "lookup";
-        }
-    }
-
-    // A name is asked for where its address is not known, or is silent: the card may have got another one.
-    Task<void> look(Context& context, const Target& target, Sight& sight)
-    {
-        if (sight.endpoint) {
-            co_await lookOverTcp(context.network, sight);
-        }
-        if (isDown(sight.state) && !target.name.empty() && !target.isAddress()) {
-            co_await lookByName(context.network, target.name, sight);
-        }
-    }
-
-    Task<void> lookOverTcp(Network& network, Sight& sight)
-    {
-        const Slots::Held place = co_await *polls;
-        if (goal == Goal::up || goal == Goal::down) {
-            const PortState port = co_await network.probe(*sight.endpoint, network.retryPolicy().timeout);
-            sight.state = stateOf(port);
-            co_return;
-        }
-        try {
-            Versions versions = co_await queryVersionsUntil(network, *sight.endpoint, network.deadline());
-            sight.components = std::move(versions.components);
-            sight.state = upAndIdle;
-        } catch (const Failure& failure) {
-            sight.state = ::stateOf(failure);
-        }
-    }
-
-    // All names whose time has come are asked for together, and take no place of the cards that are looked at.
-    Task<void> lookByName(Network& network, std::string name, Sight& sight)
-    {
-        std::optional<CardReply> answer;
-        try {
-            answer = co_await rounds->answerOf(name);
-        } catch (const Failure&) {
-            co_return; // what was seen over TCP stands
-        }
-        if (!answer) {
-            co_return;
-        }
-        takeAnswer(*answer, sight);
-        if (sight.endpoint && goal != Goal::up && goal != Goal::down) {
-            co_await lookOverTcp(network, sight);
-        }
-    }
-
-    void tell(const Sight& sight, bool wasUp, Result& result) const
-    {
-        result.add("state", std::string(sight.state));
+        result.add("state", std::string(wordsOf(sight.state)));
         result.add("seconds", Seconds(Clock::now() - start).count());
-        addAddressFrom(sight.addressFrom, result);
+        addAddressFrom(sight.isLookedUp ? "lookup" : addressFrom(target), result);
         if (!isReached(sight)) {
             throw Failure{ExitCode::noAnswer, Category::timeout, fmt::format("waiting for {}", wish),
-                          fmt::format("{} when {:g} s were over", sight.state, waitTime)};
+                          fmt::format("{} when {:g} s were over", wordsOf(sight.state), waitTime)};
         }
-        if (goal == Goal::down && sight.state == noConnection) {
+        if (goal == Goal::down && sight.state == CardState::noConnection) {
             result.hint = "nothing refuses connections there: a busy card that others wait for looks the same";
         } else if (goal == Goal::down && !wasUp) {
             result.hint = "it was not seen up before: what is no card's address or name looks the same";
@@ -211,8 +126,7 @@ private:
     double waitTime = 120;
     Goal goal = Goal::up;
     std::vector<Component> expected;
-    std::optional<NameRounds> rounds;
-    std::optional<Slots> polls; // as many at a time as the user wants
+    std::optional<CardWatch> watch;
     TimePoint start;
     TimePoint end;
 };

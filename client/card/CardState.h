@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/model/Failure.h"
+#include "client/wire/TcpConnection.h"
+
+#include <string_view>
+
+// What a card is doing, as far as can be seen from here.
+enum class CardState {
+    upAndIdle,
+    up, // it takes connections, and was asked nothing
+    busy,
+    strange, // it answers, but not as a card
+    daemonDown,
+    noConnection,
+    unreachable,
+    notFound, // by its name
+};
+
+[[nodiscard]] std::string_view wordsOf(CardState state); // such as "up and idle"
+
+[[nodiscard]] bool isDown(CardState state);
+
+// What it means that a card cannot be asked for its versions.
+[[nodiscard]] CardState stateOf(const Failure& failure);
+
+// What it means how its port takes a connection.
+[[nodiscard]] CardState stateOf(PortState port);

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/CardWatch.h"
+
+#include "client/card/Identity.h"
+#include "client/card/Queries.h"
+
+#include <utility>
+
+namespace
+{
+
+void takeAnswer(const CardReply& answer, Sight& sight)
+{
+    sight.state = CardState::up;
+    if (answer.address != noAddress) {
+        sight.endpoint = Endpoint{answer.address};
+        sight.isLookedUp = true;
+    }
+}
+
+} // namespace
+
+CardWatch::CardWatch(EventLoop& loop, Network& newNetwork, Question newQuestion, std::size_t places)
+    : network(newNetwork), question(newQuestion), rounds(newNetwork), polls(loop, places)
+{
+}
+
+Sight CardWatch::firstSightOf(const Target& target)
+{
+    Sight sight;
+    sight.endpoint = target.endpoint;
+    if (target.heard) {
+        takeAnswer(*target.heard, sight);
+    }
+    return sight;
+}
+
+// A name is asked for where its address is not known, or is silent: the card may have got another one.
+Task<void> CardWatch::look(const Target& target, Sight& sight)
+{
+    if (sight.endpoint) {
+        co_await lookOverTcp(sight);
+    }
+    if (isDown(sight.state) && !target.name.empty() && !target.isAddress()) {
+        co_await lookByName(target.name, sight);
+    }
+}
+
+Task<void> CardWatch::lookOverTcp(Sight& sight)
+{
+    const Slots::Held place = co_await polls;
+    if (question == Question::connection) {
+        const PortState port = co_await network.probe(*sight.endpoint, network.retryPolicy().timeout);
+        sight.state = stateOf(port);
+        co_return;
+    }
+    try {
+        Versions versions = co_await queryVersionsUntil(network, *sight.endpoint, network.deadline());
+        sight.components = std::move(versions.components);
+        sight.state = CardState::upAndIdle;
+    } catch (const Failure& failure) {
+        sight.state = stateOf(failure);
+    }
+}
+
+// All names whose time has come are asked for together, and take no place of the cards that are looked at.
+Task<void> CardWatch::lookByName(std::string name, Sight& sight)
+{
+    std::optional<CardReply> answer;
+    try {
+        answer = co_await rounds.answerOf(std::move(name));
+    } catch (const Failure&) {
+        co_return; // what was seen over TCP stands
+    }
+    if (!answer) {
+        co_return;
+    }
+    takeAnswer(*answer, sight);
+    if (sight.endpoint && question == Question::versions) {
+        co_await lookOverTcp(sight);
+    }
+}
