@@ -36,13 +36,14 @@ Sight CardWatch::firstSightOf(const Target& target)
     return sight;
 }
 
-// A name is asked for where its address is not known, or is silent: the card may have got another one.
+// A name is asked for where its address is not known, or is silent: the card may have got another one, or one at last.
 Task<void> CardWatch::look(const Target& target, Sight& sight)
 {
     if (sight.endpoint) {
         co_await lookOverTcp(sight);
     }
-    if (isDown(sight.state) && !target.name.empty() && !target.isAddress()) {
+    const bool isUnseen = !sight.endpoint || isDown(sight.state);
+    if (isUnseen && !target.name.empty() && !target.isAddress()) {
         co_await lookByName(target.name, sight);
     }
 }
@@ -74,6 +75,7 @@ Task<void> CardWatch::lookByName(std::string name, Sight& sight)
         co_return; // what was seen over TCP stands
     }
     if (!answer) {
+        sight.state = sight.endpoint ? sight.state : CardState::notFound;
         co_return;
     }
     takeAnswer(*answer, sight);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
+#include "client/card/CardWatch.h"
 
 namespace
 {
@@ -74,6 +75,36 @@ TEST_F(WaitCommandTest, TellsWhereTheAddressIsFromThatItAskedLast)
     sandbox.write("/tmp/groups", "card1 127.0.0.1:1\n"); // where nobody is
     EXPECT_EQ(run({"--groups", sandbox.path("/tmp/groups"), "-o", "json", "wait", "--for", "up", "card1"}), 0);
     EXPECT_TRUE(outHas("\"address_from\": \"lookup\""));
+}
+
+// As one is seen that was heard before it had an address.
+class AddresslessCardTest : public ProgramFixture
+{
+protected:
+    CardState stateAfterALook()
+    {
+        Target target{.label = "card1", .name = "card1", .endpoint = {}};
+        target.heard = CardReply{.reply = {}, .address = "0.0.0.0", .interface = "lo"};
+        Sight sight = CardWatch::firstSightOf(target);
+        EXPECT_EQ(sight.state, CardState::up);
+        loop.run(watch.look(target, sight));
+        return sight.state;
+    }
+
+    EventLoop loop;
+    Network network{loop, {{Seconds(0.3), 2}, {"lo"}}};
+    CardWatch watch{loop, network, CardWatch::Question::versions, 1};
+};
+
+TEST_F(AddresslessCardTest, IsAskedByItsNameUntilItHasOne)
+{
+    EXPECT_EQ(stateAfterALook(), CardState::upAndIdle);
+}
+
+TEST_F(AddresslessCardTest, IsNotFoundOnceItIsSilent)
+{
+    card.answer(ipGet, {.hangsUp = true});
+    EXPECT_EQ(stateAfterALook(), CardState::notFound);
 }
 
 TEST_F(WaitCommandTest, AsksForSilentNamesTogether)
