@@ -13,6 +13,7 @@
 #include "client/wire/HexText.h"
 #include "client/wire/Network.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -76,6 +77,14 @@ void finishOutput()
     }
 }
 
+// One that is given twice would be asked twice at once, and a card's two answers be taken for two cards.
+std::vector<std::string> eachOnce(std::vector<std::string> names)
+{
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    return names;
+}
+
 NetworkOptions networkOptions(const CommandLine& line)
 {
     const GlobalOptions& options = line.options;
@@ -84,7 +93,7 @@ NetworkOptions networkOptions(const CommandLine& line)
     result.timeoutGiven = options.timeout.has_value();
     result.policy.timeout = options.timeout ? Seconds(*options.timeout) : result.policy.timeout;
     result.policy.retries = options.retries;
-    result.interfaces = options.interfaces;
+    result.interfaces = eachOnce(options.interfaces);
     result.dryRun = options.dryRun ? whenDry : DryRun::off;
     return result;
 }

@@ -60,7 +60,9 @@ def test_stopped_cards_are_not_made_up_for_by_the_addresses_of_others(ctl: Ctl, 
 
 
 def test_addresses_of_several_interfaces_count_no_cards(ctl: Ctl, rack: list[Card]) -> None:
-    assert ctl("discover", "--expect", "8").code == 2
+    answer = ctl("discover", "--expect", "8")
+    assert answer.code == 2
+    assert "--expect counts the addresses of one interface" in answer.err
 
 
 def test_a_name_is_printed_while_others_are_awaited(ctl: Ctl, rack: list[Card]) -> None:

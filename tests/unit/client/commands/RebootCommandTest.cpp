@@ -48,6 +48,12 @@ TEST_F(RebootCommandTest, AsksForTheReboot)
     EXPECT_EQ(card.texts(reboot).size(), 1U);
 }
 
+TEST_F(RebootCommandTest, TakesAnInterfaceThatIsGivenTwiceForOne)
+{
+    card.answer(reboot, done);
+    EXPECT_EQ(run({"-i", "lo", "reboot", "card1"}), 0); // and not for two answers to one question
+}
+
 TEST_F(RebootCommandTest, IsNotRepeated)
 {
     EXPECT_NE(run({"--timeout", "0.5", "reboot", "card1"}), 0);
