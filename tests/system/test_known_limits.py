@@ -7,8 +7,8 @@ from collections.abc import Iterator
 
 import pytest
 from support.archives import archive
-from support.daemon import ROOT
 from support.documents import interface, ip_configuration, time_reference
+from support.firewall import LIMITS, Firewall, packaged
 from support.peers import TcpPeer, UdpPeer
 from support.stopping import stopped
 from support.uploads import send_upload
@@ -27,23 +27,18 @@ def scripts_running(card: Card) -> int:
 
 
 @pytest.fixture
-def firewalled_card(scratch_card: Card) -> Iterator[Card]:
-    """With the packaged example, which OpenWrt's firewall reads inside of its table."""
-    example = (ROOT / "packaging/openwrt/files/tarveld.nft").read_text()
-    scratch_card.inside.run(["nft", "-f", "-"], input=f"table inet fw4 {{\n{example}}}\n")
-    yield scratch_card
-    scratch_card.inside.run(["nft", "delete", "table", "inet", "fw4"])
+def firewall(scratch_card: Card) -> Iterator[Firewall]:
+    """With the packaged limits."""
+    firewall = Firewall(scratch_card)
+    firewall.load(packaged(LIMITS))
+    yield firewall
+    firewall.unload()
 
 
-def urgent_chain(card: Card) -> str:
-    chain: str = card.inside.run(["nft", "list", "chain", "inet", "fw4", "tarveld_urgent"]).stdout
-    return chain
-
-
-def test_the_packaged_firewall_example_drops_urgent_bytes(firewalled_card: Card, watch: Watch, tcp: TcpPeer) -> None:
+def test_the_packaged_firewall_example_drops_urgent_bytes(firewall: Firewall, watch: Watch, tcp: TcpPeer) -> None:
     tcp.ask(request(2))
     tcp.socket.send(b"!", socket.MSG_OOB)
-    wait_for(lambda: "counter packets 0 " not in urgent_chain(firewalled_card), 10, lambda: "no byte was dropped")
+    wait_for(lambda: firewall.dropped()["urgent data"] > 0, 10, lambda: "no byte was dropped")
     assert not any(EXCEPTION in line for line in watch.log())
     tcp.reset()  # its end could never follow the byte that is dropped
 
