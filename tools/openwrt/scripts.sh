@@ -97,7 +97,14 @@ check_after_installation() {
     maintainer postinst IPKG_INSTROOT=/image
     expect "asked when an image is made" "$(calls)" ""
     maintainer postinst
-    expect "asked on a card" "$(calls)" "firewall reload"
+    expect "asked on a card that has not applied its defaults yet" "$(calls)" "uci -q get firewall.tarveld
+uci import -m firewall
+uci commit firewall
+firewall reload"
+    new_card
+    rm "$work/card/etc/uci-defaults/60-tarveld"
+    maintainer postinst
+    expect "asked on a card that has" "$(calls)" "firewall reload"
     rm "$work/card/etc/init.d/firewall"
     maintainer postinst || fail "no installation without a firewall"
 }
@@ -115,7 +122,11 @@ uci commit firewall
 firewall reload"
     new_card
     maintainer postrm || fail "no removal without the rule"
-    expect "asked without the rule" "$(calls)" "uci -q delete firewall.tarveld"
+    expect "asked without the rule" "$(calls)" "uci -q delete firewall.tarveld
+firewall reload"
+    rm "$work/card/etc/init.d/firewall" "$work/card/etc/calls"
+    maintainer postrm || fail "no removal without a firewall"
+    expect "asked without a firewall" "$(calls)" "uci -q delete firewall.tarveld"
 }
 
 # The link that the daemon itself looks at.
