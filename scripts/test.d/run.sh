@@ -13,7 +13,7 @@ skipped=0
 outcome=
 failed_steps=()
 logs=build/test-logs
-step_limit=2400 # seconds, many times what a step needs: one that hangs must not cost the report of all others
+step_limit=3600 # seconds, many times what a step needs: one that hangs must not cost the report of all others
 
 # Runs the planned steps, those of a stage at the same time.
 run_steps() {
