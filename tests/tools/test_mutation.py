@@ -57,6 +57,14 @@ def test_a_seed_means_the_same_sample() -> None:
     assert sample(faults, 1000, 1) == faults
 
 
+def test_numbers_of_a_header_are_changed_and_its_declarations_stay() -> None:
+    header = "    TcpSocket();\n    static constexpr int capacity = 4096;\n"
+    assert [fault.line for fault in faults_in_text("src/net/TcpSocket.h", header)] == [2]
+    assert [fault.line for fault in faults_in_text("src/net/TcpSocket.cpp", header)] == [1, 2]
+    files = {fault.file for fault in faults_in_tree(Path(__file__).resolve().parents[2])}
+    assert {"src/protocol/MessageHeader.h", "src/protocol/MessageHeader.cpp"} <= files
+
+
 def test_the_daemon_has_faults_of_both_kinds_in_every_folder() -> None:
     faults = faults_in_tree(Path(__file__).resolve().parents[2])
     assert {fault.folder for fault in faults} == {
