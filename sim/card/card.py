@@ -89,7 +89,7 @@ class Card:
         try:
             while (ended := os.waitpid(-1, os.WNOHANG))[0] != 0:
                 if self._daemon.note_exit(*ended) and self._is_supervised:
-                    self._respawn_at = time.monotonic() + delays.RESPAWN * self._settings.delays
+                    self._respawn_at = time.monotonic() + delays.of_this_card(self._settings, delays.RESPAWN)
         except ChildProcessError:
             pass  # nobody is left to wait for
 
@@ -178,7 +178,7 @@ class Card:
         """A card as new, without the time that making one takes."""
         self._daemon.stop(patience=_NO_PATIENCE)
         self._shut_down()
-        for name in ("commands", "calls", "console", "log"):
+        for name in ("commands", "calls", "delays", "console", "log"):
             (DIRECTORY / name).write_bytes(b"")
         self._ring.clear()
         for name in ("fail", "hold"):

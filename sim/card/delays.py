@@ -19,8 +19,16 @@ SHUTDOWN = 0.2  # from the signal to the first stop script
 LAST_WISH = 1.0  # between asking all processes to end and ending them
 
 
+def of_this_card(settings: Settings, seconds: float) -> float:
+    """What a real card's delay lasts here; it is written down, so that nobody needs a clock to know of it."""
+    scaled = seconds * settings.delays
+    with (DIRECTORY / "delays").open("a", encoding="ascii") as written:
+        written.write(f"{scaled:g}\n")
+    return scaled
+
+
 def pause(settings: Settings, seconds: float) -> None:
-    time.sleep(seconds * settings.delays)
+    time.sleep(of_this_card(settings, seconds))
 
 
 def publish(settings: Settings) -> None:

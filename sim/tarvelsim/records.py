@@ -118,6 +118,18 @@ class Records:
     def calls_mark(self) -> int:
         return len(self.calls())
 
+    def delays(self, since: int = 0) -> list[float]:
+        """The seconds that the platform took for what it did, one after the other."""
+        return [float(line) for line in _complete_lines(self._directory / "delays")[since:]]
+
+    def wait_delays(self, count: int, timeout: float = 20, since: int = 0) -> list[float]:
+        """The first so many."""
+        return wait_for(
+            lambda: found if len(found := self.delays(since)[:count]) == count else None,
+            timeout,
+            lambda: f"{self.name} did not take its time {count} times but {self.delays(since)}",
+        )
+
     def wait_command(self, text: str, timeout: float = 10, since: int = 0) -> str:
         """The first shell text that contains the given one."""
         return wait_for(
