@@ -14,7 +14,7 @@ constexpr Seconds patience{1}; // for a host to tell its link-layer address
 
 } // namespace
 
-Task<AddressFinding> AddressCheck::look(std::string address, std::string present, bool isOwn) const
+Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::string> present, bool isOwn) const
 {
     if (isOwnAddress(address)) {
         co_return AddressFinding{"in use", fmt::format("{} is this machine's own address", address)};
@@ -31,7 +31,7 @@ Task<AddressFinding> AddressCheck::look(std::string address, std::string present
     co_return finding;
 }
 
-Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::string present, bool isOwn) const
+Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector<std::string> present, bool isOwn) const
 {
     const int answers = co_await answersFrom(address);
     if (answers > (isOwn ? 1 : 0)) {
@@ -40,11 +40,15 @@ Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::string
     if (isOwn) {
         co_return AddressFinding{"its own", ""};
     }
-    const std::optional<bool> isTaken = co_await network.seekNeighbour(address, present, patience);
-    if (isTaken.value_or(false)) {
+    const Neighbour host = co_await network.seekNeighbour(address, present, patience);
+    if (host.state == Neighbour::State::present) {
         co_return AddressFinding{"in use", fmt::format("a host has {} already", address)};
     }
-    co_return AddressFinding{isTaken ? "free" : "not checked", ""};
+    if (host.state == Neighbour::State::unknown) {
+        co_return AddressFinding{"not checked",
+                                 fmt::format("whether {} is free could not be checked: {}", address, host.why)};
+    }
+    co_return AddressFinding{"free", ""};
 }
 
 Task<int> AddressCheck::answersFrom(std::string address) const

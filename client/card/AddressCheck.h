@@ -6,6 +6,7 @@
 #include "client/wire/Network.h"
 
 #include <string>
+#include <vector>
 
 // What this machine can see of an address that a card shall get.
 struct AddressFinding {
@@ -20,12 +21,12 @@ class AddressCheck
 public:
     AddressCheck(Network& newNetwork, bool newProbe) : network(newNetwork), probe(newProbe) {}
 
-    // `present` is what the interface has now, if anything, and `isOwn` tells that the card has the address already.
-    Task<AddressFinding> look(std::string address, std::string present, bool isOwn) const;
+    // `present` is what the interface has now, and `isOwn` tells that the card has the address already.
+    Task<AddressFinding> look(std::string address, std::vector<std::string> present, bool isOwn) const;
 
 private:
     Task<int> answersFrom(std::string address) const;
-    Task<AddressFinding> lookForHosts(std::string address, std::string present, bool isOwn) const;
+    Task<AddressFinding> lookForHosts(std::string address, std::vector<std::string> present, bool isOwn) const;
 
     Network& network;
     bool probe;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <fmt/core.h>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -20,16 +21,18 @@ Failure needsForce(const std::string& why)
             fmt::format("{}; nothing was sent, --force does it all the same", why)};
 }
 
-std::string addressOf(const std::optional<IpConfiguration>& card, const std::string& name)
+std::vector<std::string> presentAddresses(const std::optional<IpConfiguration>& card, const std::string& name)
 {
     const InterfaceConfig* const interface = card ? card->find(name) : nullptr;
-    return interface != nullptr ? interface->address.value_or("") : "";
+    return interface != nullptr ? addressesOf(*interface) : std::vector<std::string>();
 }
 
-bool hasAddress(const std::optional<IpConfiguration>& card, const std::optional<std::string>& address)
+bool hasAddress(const std::optional<IpConfiguration>& card, const std::string& address)
 {
-    return card && std::ranges::any_of(card->interfaces,
-                                       [&](const InterfaceConfig& interface) { return interface.address == address; });
+    return card && std::ranges::any_of(card->interfaces, [&](const InterfaceConfig& interface) {
+               const std::vector<std::string> addresses = addressesOf(interface);
+               return std::ranges::find(addresses, address) != addresses.end();
+           });
 }
 
 } // namespace
@@ -42,7 +45,7 @@ Task<void> lookAtAddress(Context& context, InterfaceConfig wanted, std::optional
     }
     const AddressCheck check(context.network, !context.options.noProbe);
     const AddressFinding finding =
-        co_await check.look(*wanted.address, addressOf(now, wanted.name), hasAddress(now, wanted.address));
+        co_await check.look(*wanted.address, presentAddresses(now, wanted.name), hasAddress(now, *wanted.address));
     result.add("address_state", finding.state);
     if (finding.objection.empty()) {
         co_return;

@@ -8,9 +8,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
+#include <fmt/core.h>
 #include <linux/neighbour.h>
 #include <linux/rtnetlink.h>
+#include <set>
 #include <sys/socket.h>
 
 namespace
@@ -21,12 +24,14 @@ constexpr Seconds glance{0.05};     // between two looks into the table; chosen
 constexpr Seconds confirmation{10}; // the kernel uses an old entry for 5 seconds before it asks, 3 times in 3 seconds
 constexpr std::size_t tableSpace = 32768;
 
-// What the table says of an address. An old entry may be that of a host which has gone.
-enum class State { none, old, confirmed };
+// What the table says of an address: nothing, that it is or was asked for, or who has it. An old entry may be that of a
+// host which has gone.
+enum class State { none, asked, old, confirmed };
 
 struct Entry {
     State state = State::none;
-    std::string linkAddress; // its bytes
+    std::string linkAddress = {}; // its bytes
+    int error = 0;                // why the table could not be read
 };
 
 struct TableRequest {
@@ -50,10 +55,14 @@ State stateOf(const ndmsg& neighbour)
 {
     constexpr unsigned confirmed = NUD_REACHABLE | NUD_PERMANENT;
     constexpr unsigned old = NUD_STALE | NUD_DELAY | NUD_PROBE;
+    constexpr unsigned asked = NUD_INCOMPLETE | NUD_FAILED;
     if ((neighbour.ndm_state & confirmed) != 0) {
         return State::confirmed;
     }
-    return (neighbour.ndm_state & old) != 0 ? State::old : State::none;
+    if ((neighbour.ndm_state & old) != 0) {
+        return State::old;
+    }
+    return (neighbour.ndm_state & asked) != 0 ? State::asked : State::none;
 }
 
 std::string attributeOf(const nlmsghdr& message, unsigned short type)
@@ -75,6 +84,7 @@ bool searchPart(const void* bytes, std::size_t size, const std::string& wanted, 
     const auto* message = static_cast<const nlmsghdr*>(bytes);
     for (; NLMSG_OK(message, size); message = NLMSG_NEXT(message, size)) {
         if (message->nlmsg_type != RTM_NEWNEIGH) {
+            best.error = message->nlmsg_type == NLMSG_DONE ? 0 : EPROTO;
             return false;
         }
         const State state = stateOf(*static_cast<const ndmsg*>(NLMSG_DATA(message)));
@@ -92,25 +102,30 @@ Entry lookUp(in_addr address)
     const Descriptor table = openTable();
     alignas(nlmsghdr) std::array<std::byte, tableSpace> space;
     Entry best;
-    for (bool isMore = static_cast<bool>(table); isMore;) {
-        const ssize_t size = ::recv(table.get(), space.data(), space.size(), 0);
+    ssize_t size = table ? 1 : -1;
+    for (bool isMore = size > 0; isMore;) {
+        size = ::recv(table.get(), space.data(), space.size(), 0);
         isMore = size > 0 && searchPart(space.data(), static_cast<std::size_t>(size), wanted, best);
+    }
+    if (size <= 0) {
+        best.error = errno;
     }
     return best;
 }
 
-void sendNothing(const sockaddr_in& to)
+// An error, or 0.
+int sendNothing(const sockaddr_in& to)
 {
     const Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    ::sendto(socket.get(), nullptr, 0, 0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    const bool sent =
+        socket && ::sendto(socket.get(), nullptr, 0, 0, reinterpret_cast<const sockaddr*>(&to), sizeof to) == 0;
+    return sent ? 0 : errno;
 }
 
-Task<Entry> resolve(const Wire& wire, std::string address, State enough, TimePoint deadline)
+Task<Entry> watchTable(const Wire& wire, in_addr address, State enough, TimePoint deadline)
 {
-    const sockaddr_in to = socketAddress({address, discardPort});
-    sendNothing(to);
     for (;;) {
-        const Entry entry = lookUp(to.sin_addr);
+        Entry entry = lookUp(address);
         if (entry.state >= enough || Clock::now() >= deadline) {
             co_return entry;
         }
@@ -118,22 +133,60 @@ Task<Entry> resolve(const Wire& wire, std::string address, State enough, TimePoi
     }
 }
 
+// The link-layer addresses of those that answer in time.
+Task<std::set<std::string>> linkAddressesOf(const Wire& wire, std::vector<std::string> addresses, TimePoint deadline)
+{
+    std::erase_if(addresses, [](const std::string& address) { return !isOnLinkAnywhere(address); });
+    for (const std::string& address : addresses) {
+        sendNothing(socketAddress({address, discardPort}));
+    }
+    std::set<std::string> known;
+    for (const std::string& address : addresses) {
+        const in_addr number = socketAddress({address, discardPort}).sin_addr;
+        const Entry entry = co_await watchTable(wire, number, State::old, deadline);
+        if (!entry.linkAddress.empty()) {
+            known.insert(entry.linkAddress);
+        }
+    }
+    co_return known;
+}
+
+Neighbour unknown(std::string why)
+{
+    return {Neighbour::State::unknown, std::move(why)};
+}
+
+Neighbour neighbourIn(const Entry& entry, bool isKnown)
+{
+    if (entry.state >= State::old) {
+        return {isKnown ? Neighbour::State::absent : Neighbour::State::present};
+    }
+    if (entry.error != 0) {
+        return unknown(fmt::format("this machine's table of neighbours cannot be read: {}", ::strerror(entry.error)));
+    }
+    if (entry.state == State::none) {
+        return unknown("this machine asked nobody for it on its network, as where its route leads elsewhere");
+    }
+    return {Neighbour::State::absent};
+}
+
 } // namespace
 
-Task<std::optional<bool>> seekNeighbour(const Wire& wire, std::string address, std::string besides, Seconds time)
+Task<Neighbour> seekNeighbour(const Wire& wire, std::string address, std::vector<std::string> besides, Seconds time)
 {
     if (!wire.gate.admitsProbes() || !isOnLinkAnywhere(address)) {
-        co_return std::nullopt;
+        co_return unknown("it is in none of this machine's networks, or nothing may be sent");
     }
-    std::string known;
-    if (isOnLinkAnywhere(besides)) {
-        const Entry own = co_await resolve(wire, besides, State::old, after(time));
-        known = own.linkAddress;
+    const std::set<std::string> known = co_await linkAddressesOf(wire, std::move(besides), after(time));
+    const sockaddr_in to = socketAddress({address, discardPort});
+    if (const int error = sendNothing(to); error != 0) {
+        co_return unknown(fmt::format("nothing could be sent to it: {}", ::strerror(error)));
     }
-    Entry entry = co_await resolve(wire, address, State::old, after(time));
-    const bool isKnown = !known.empty() && entry.linkAddress == known;
+    Entry entry = co_await watchTable(wire, to.sin_addr, State::old, after(time));
+    const bool isKnown = known.contains(entry.linkAddress);
     if (entry.state == State::old && !isKnown) {
-        entry = co_await resolve(wire, address, State::confirmed, after(confirmation));
+        sendNothing(to);
+        entry = co_await watchTable(wire, to.sin_addr, State::confirmed, after(confirmation));
     }
-    co_return std::optional(entry.state != State::none && !isKnown);
+    co_return neighbourIn(entry, isKnown);
 }

@@ -3,7 +3,6 @@
 #include "client/wire/Network.h"
 
 #include "client/wire/HostInterfaces.h"
-#include "client/wire/Neighbour.h"
 
 #include <cerrno>
 #include <cstring>
@@ -59,7 +58,7 @@ Task<PortState> Network::probe(Endpoint endpoint, Seconds time)
     return probePort(wire, std::move(endpoint), after(time));
 }
 
-Task<std::optional<bool>> Network::seekNeighbour(std::string address, std::string besides, Seconds time)
+Task<Neighbour> Network::seekNeighbour(std::string address, std::vector<std::string> besides, Seconds time)
 {
     return ::seekNeighbour(wire, std::move(address), std::move(besides), time);
 }

@@ -6,6 +6,7 @@
 #include "client/wire/BroadcastSocket.h"
 #include "client/wire/Endpoint.h"
 #include "client/wire/Frame.h"
+#include "client/wire/Neighbour.h"
 #include "client/wire/TcpConnection.h"
 #include "client/wire/Wire.h"
 
@@ -75,9 +76,8 @@ public:
     Task<TcpConnection> connect(Endpoint endpoint, Request request);
     Task<PortState> probe(Endpoint endpoint, Seconds time);
 
-    // Has a host in a network of this machine, beside the one at the second, this address? Nothing if that cannot be
-    // told.
-    Task<std::optional<bool>> seekNeighbour(std::string address, std::string besides, Seconds time);
+    // Has a host in a network of this machine, beside the one at the others, this address?
+    Task<Neighbour> seekNeighbour(std::string address, std::vector<std::string> besides, Seconds time);
 
     // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none.
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;

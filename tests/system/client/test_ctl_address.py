@@ -110,6 +110,21 @@ def test_a_free_address_is_called_so(ctl: Ctl, scratch: Card) -> None:
     assert (answer.code, answer.result["address_state"]) == (0, "free")
 
 
+@pytest.fixture(params=["prohibit 10.0.0.90", "10.0.0.90 via 10.0.0.91 dev lan0"])
+def unaskable(request: pytest.FixtureRequest) -> Iterator[str]:
+    """A free address on the link that this machine cannot ask for: it sends nothing there, or asks another host."""
+    route = str(request.param).split()
+    subprocess.run(["ip", "route", "add", *route], check=True)
+    yield "10.0.0.90"
+    subprocess.run(["ip", "route", "delete", *route], check=True)
+
+
+def test_an_address_that_nobody_was_asked_for_is_not_called_free(ctl: Ctl, rack: list[Card], unaskable: str) -> None:
+    before = Snapshot(rack)
+    expect_refused(set_eth1(ctl, unaskable), "not checked", f"whether {unaskable} is free could not be checked")
+    assert Snapshot(rack) == before
+
+
 def test_a_card_keeps_its_address(ctl: Ctl, scratch: Card) -> None:
     answer = set_eth1(ctl, scratch.address("eth0") or "", gateway=",10.0.0.1")
     assert (answer.code, answer.result["address_state"]) == (0, "its own")

@@ -3,6 +3,7 @@
 #include "ProgramFixture.h"
 
 #include "client/card/IpMemory.h"
+#include "support/FakeInterface.h"
 
 namespace
 {
@@ -68,6 +69,15 @@ TEST_F(IpCommandsTest, SetSeesTheChangeThrough)
     EXPECT_TRUE(outHas("\"changed\": true"));
     EXPECT_EQ(card.texts(ipSet), Texts{request(dhcp)});
     EXPECT_TRUE(errHas("  now:    Static 10.0.0.9/255.0.0.0\n  wanted: Dhcp\n"));
+}
+
+TEST_F(IpCommandsTest, SetKnowsEachOfSeveralAddressesForTheCardsOwn)
+{
+    const FakeInterface lan("lan0", "192.0.2.1", "255.255.255.0");
+    card.answer(ipGet, says(ipXmlWith(R"(<Interface Name="VemkEth1" Mode="Static" )"
+                                      R"(Address="192.0.2.5/24 192.0.2.7/24"/>)")));
+    set({"--static", "192.0.2.7/24", "--wait", "1"}, {"--yes"});
+    EXPECT_TRUE(outHas("\"address_state\": \"its own\"")) << out << err;
 }
 
 TEST_F(IpCommandsTest, SetDoesNothingThatIsDoneAlready)
