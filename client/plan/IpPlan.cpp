@@ -106,9 +106,11 @@ void addOverlap(std::vector<std::string>& effects, const InterfaceConfig& other,
 {
     const std::optional<Ipv4> address = numberOf(wanted.address);
     const std::optional<Ipv4> mask = numberOf(wanted.netmask);
-    const std::optional<Ipv4> otherAddress = numberOf(other.address);
-    if (address && mask && otherAddress && ((*address ^ *otherAddress) & *mask) == 0) {
-        effects.push_back(fmt::format("{} ({}) will be in the same network", other.name, *other.address));
+    for (const std::string& text : addressesOf(other)) {
+        const std::optional<Ipv4> otherAddress = parseIpv4(text);
+        if (address && mask && otherAddress && ((*address ^ *otherAddress) & *mask) == 0) {
+            effects.push_back(fmt::format("{} ({}) will be in the same network", other.name, text));
+        }
     }
 }
 

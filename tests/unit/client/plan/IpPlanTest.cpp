@@ -120,6 +120,16 @@ TEST(IpPlan, TellsWhenBothInterfacesShareANetwork)
     EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), wanted).effects, "same network"));
 }
 
+TEST(IpPlan, TellsWhichOfSeveralAddressesIsInTheSameNetwork)
+{
+    const InterfaceConfig wanted = {"VemkEth2", IpMode::fixed, "10.0.0.12", "255.255.255.0", std::nullopt};
+    const InterfaceConfig several = {"VemkEth1", IpMode::fixed, "10.0.9.11/24, 10.0.0.11/24", std::nullopt,
+                                     std::nullopt};
+    const std::vector<std::string> effects = planIp(cardWith(several, dhcpEth2), wanted).effects;
+    EXPECT_TRUE(mentions(effects, "VemkEth1 (10.0.0.11) will be in the same network"));
+    EXPECT_FALSE(mentions(effects, "10.0.9.11"));
+}
+
 TEST(IpPlan, RefusesToDisableBothInterfaces)
 {
     EXPECT_THROW((void)planIp(cardWith(fixedEth1, disabledEth2), disabledEth1), Failure);
