@@ -17,7 +17,9 @@ constexpr std::size_t largestDatagram = 65536;
 
 Failure unusable(const std::string& name, int error)
 {
-    return {ExitCode::unreachable, Category::noInterface, "opening a socket",
+    const bool isMissing = error == ENODEV;
+    return {isMissing ? ExitCode::unreachable : ExitCode::internal,
+            isMissing ? Category::noInterface : Category::noSocket, "opening a socket",
             fmt::format("cannot broadcast on {}: {}", name, ::strerror(error))};
 }
 

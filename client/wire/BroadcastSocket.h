@@ -24,7 +24,8 @@ struct Datagram {
 class BroadcastSocket
 {
 public:
-    // Throws an unreachable Failure if the interface cannot be used. The wire outlives the socket.
+    // Throws a Failure: unreachable if there is no such interface, internal if this machine gives no socket for it. The
+    // wire outlives the socket.
     BroadcastSocket(const Wire& newWire, std::string newInterface);
 
     // To all cards on the interface's network; false, with errno, if that is impossible. Throws NotSent for a request

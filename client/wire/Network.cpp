@@ -101,7 +101,8 @@ Task<Reply> Network::ask(Endpoint endpoint, Request request)
     }
 }
 
-// Whatever interface can be used; one that cannot is no failure, since nobody asked for it.
+// Whatever interface can be used; one that has gone is no failure, since nobody asked for it. One that this machine
+// gives no socket for is: whoever is there would not be heard.
 std::vector<BroadcastSocket> Network::openAll() const
 {
     Failure failure{ExitCode::unreachable, Category::noInterface, "opening a socket",
@@ -111,6 +112,9 @@ std::vector<BroadcastSocket> Network::openAll() const
         try {
             sockets.emplace_back(wire, name);
         } catch (const Failure& why) {
+            if (why.category != Category::noInterface) {
+                throw;
+            }
             failure = why;
         }
     }

@@ -79,7 +79,8 @@ public:
     // Has a host in a network of this machine, beside the one at the others, this address?
     Task<Neighbour> seekNeighbour(std::string address, std::vector<std::string> besides, Seconds time);
 
-    // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none.
+    // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none, and an
+    // internal one if this machine gives no socket.
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;
     // Throws an unreachable Failure if no interface took it.
     void broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request) const;

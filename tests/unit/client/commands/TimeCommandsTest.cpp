@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
+#include "support/FakeInterface.h"
 
 namespace
 {
@@ -115,6 +116,16 @@ TEST_F(TimeCommandsTest, SetTellsOfEachTargetThatNothingCanBeHeardWhereTheUserSa
               6);
     EXPECT_EQ(out, "target,code,category\n127.0.0.1,6,no-interface\n127.0.0.2,6,no-interface\n");
     EXPECT_TRUE(errHas("--no-probe"));
+    EXPECT_TRUE(card.requests().empty());
+}
+
+TEST_F(TimeCommandsTest, SetChangesNothingIfThisMachineGivesNoSocketToAskWith)
+{
+    const FakeInterface lan("lan0", "192.0.2.1", "255.255.255.0");
+    failNext("socket", EMFILE);
+    EXPECT_EQ(runBare({"tarvelctl", "-o", "json", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 1);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_TRUE(outHas("cannot broadcast on lan0: Too many open files; nothing was sent"));
     EXPECT_TRUE(card.requests().empty());
 }
 

@@ -3,9 +3,11 @@
 #include "client/wire/Network.h"
 
 #include "support/FakeCard.h"
+#include "support/FakeInterface.h"
 #include "support/SystemTest.h"
 #include "unit/client/FailureOf.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
 
 namespace
@@ -128,6 +130,24 @@ TEST_F(NetworkTest, TellsAnInterfaceThatIsNone)
     EXPECT_EQ(failure.code, ExitCode::unreachable);
     EXPECT_EQ(failure.category, Category::noInterface);
     EXPECT_TRUE(failure.hint.starts_with("cannot broadcast on no-such-dev: ")) << failure.hint;
+}
+
+TEST_F(NetworkTest, TellsOfAMachineThatGivesNoSocket)
+{
+    failNext("socket", EMFILE);
+    const Failure failure = failureOf([&] { (void)network.openInterfaces(); });
+    EXPECT_EQ(failure.code, ExitCode::internal);
+    EXPECT_EQ(failure.category, Category::noSocket);
+    EXPECT_EQ(failure.hint, "cannot broadcast on lo: Too many open files");
+}
+
+TEST_F(NetworkTest, DoesNotPassOverAnInterfaceThatThisMachineGivesNoSocketFor)
+{
+    const FakeInterface lan("lan0", "192.0.2.1", "255.255.255.0");
+    const Network any(loop, {});
+    EXPECT_EQ(failureOf([&] { (void)any.openInterfaces(); }).category, Category::noInterface);
+    failNext("socket", EPERM);
+    EXPECT_EQ(failureOf([&] { (void)any.openInterfaces(); }).category, Category::noSocket);
 }
 
 TEST_F(NetworkTest, GivesAStepItsOwnTimeUnlessTheUserSaidOne)
