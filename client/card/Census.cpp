@@ -18,9 +18,9 @@ Task<void> Census::take(Network& network)
     const Request probe = Discovery::makeProbes().first;
     const std::vector<BroadcastSocket> sockets = network.openInterfaces();
     network.broadcast(sockets, probe);
-    const TimePoint end = after(listening);
+    Listening time(after(listening));
     for (;;) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, end);
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, time);
         if (!datagram) {
             co_return;
         }

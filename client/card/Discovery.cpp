@@ -48,8 +48,9 @@ Task<void> Discovery::run(std::size_t enough)
 
 Task<void> Discovery::listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough)
 {
+    Listening listening(deadline);
     while (enough == 0 || heard.size() < enough) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, deadline);
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
         if (!datagram) {
             co_return;
         }

@@ -56,8 +56,10 @@ void IpWatch::ask()
 // Until the next question is due.
 Task<bool> IpWatch::listen(const Hear& hear, TimePoint deadline)
 {
+    Listening listening(nextQuestion);
     for (;;) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, std::min(deadline, nextQuestion));
+        listening.end = std::min(deadline, nextQuestion);
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
         if (!datagram) {
             co_return false;
         }

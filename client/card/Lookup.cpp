@@ -148,8 +148,9 @@ Task<void> Lookup::askUnheard()
 
 Task<void> Lookup::listen(TimePoint deadline)
 {
+    Listening listening(deadline);
     while (!isDone()) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, deadline);
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
         if (!datagram) {
             co_return;
         }
@@ -159,8 +160,10 @@ Task<void> Lookup::listen(TimePoint deadline)
 
 Task<void> Lookup::listenOut()
 {
+    Listening listening(heardOut);
     while (hearsOut && heard > 0) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, heardOut);
+        listening.end = heardOut;
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
         if (!datagram) {
             co_return;
         }
@@ -220,7 +223,12 @@ Task<std::optional<CardReply>> Lookup::answerOf(std::string name)
 std::vector<std::string> Lookup::secondAnswers()
 {
     for (const BroadcastSocket& socket : sockets) {
-        while (const std::optional<Datagram> datagram = socket.receive()) {
+        Listening ended(Clock::now());
+        while (ended.takesOneMore(1)) {
+            const std::optional<Datagram> datagram = socket.receive();
+            if (!datagram) {
+                break;
+            }
             take(*datagram);
         }
     }

@@ -11,6 +11,11 @@
 #include <unistd.h>
 #include <utility>
 
+TimePoint after(Seconds delay)
+{
+    return Clock::now() + std::chrono::duration_cast<Clock::duration>(delay);
+}
+
 EventLoop::Wait::Wait(EventLoop& newLoop, std::vector<pollfd> newDescriptors, TimePoint newDeadline)
     : loop(newLoop), descriptors(std::move(newDescriptors)), deadline(newDeadline)
 {

@@ -14,10 +14,7 @@ using Clock = std::chrono::steady_clock;
 using TimePoint = Clock::time_point;
 using Seconds = std::chrono::duration<double>;
 
-[[nodiscard]] inline TimePoint after(Seconds delay)
-{
-    return Clock::now() + std::chrono::duration_cast<Clock::duration>(delay);
-}
+[[nodiscard]] TimePoint after(Seconds delay);
 
 // Thrown once out of every wait of the moment when the user presses Ctrl-C. Later waits work again, so that work which
 // must leave a card in a known state can finish; a second Ctrl-C ends the program at once.

@@ -156,32 +156,40 @@ void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Reque
     }
 }
 
-Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket>& sockets, TimePoint deadline)
+bool Listening::takesOneMore(std::size_t sockets)
+{
+    constexpr std::size_t mostWaiting = 1000; // a socket's buffer of a usual size holds less than 300
+    return Clock::now() < end || ++late <= sockets * mostWaiting;
+}
+
+Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket>& sockets, Listening& listening)
 {
     std::vector<int> descriptors;
     descriptors.reserve(sockets.size());
     for (const BroadcastSocket& socket : sockets) {
         descriptors.push_back(socket.descriptor());
     }
-    for (;;) {
-        for (const BroadcastSocket& socket : sockets) {
-            std::optional<Datagram> datagram = socket.receive();
+    while (listening.takesOneMore(sockets.size())) {
+        const bool ready = co_await wire.loop.anyReadable(descriptors, listening.end);
+        if (!ready) {
+            break;
+        }
+        for (std::size_t left = sockets.size(); left > 0; --left) {
+            std::optional<Datagram> datagram = sockets[listening.nextTurn() % sockets.size()].receive();
             if (datagram) {
                 co_return datagram;
             }
         }
-        const bool ready = co_await wire.loop.anyReadable(descriptors, deadline);
-        if (!ready || Clock::now() >= deadline) { // the second ends a flood
-            co_return std::nullopt;
-        }
     }
+    co_return std::nullopt;
 }
 
 Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSocket>& sockets, const Request& request,
                                                    const ByName& how, TimePoint deadline)
 {
+    Listening listening(deadline);
     for (;;) {
-        const std::optional<Datagram> datagram = co_await receive(sockets, deadline);
+        const std::optional<Datagram> datagram = co_await receive(sockets, listening);
         if (!datagram) {
             co_return std::nullopt;
         }

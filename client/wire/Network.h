@@ -38,6 +38,25 @@ struct ByName {
     bool anyStatus = false;            // a refusal is an answer, too
 };
 
+// How long is listened. What has come until the end is taken even if it is read late, as on a busy machine; but no more
+// than may have waited, because somebody may send faster than it is read.
+class Listening
+{
+public:
+    explicit Listening(TimePoint newEnd) : end(newEnd) {}
+
+    TimePoint end; // may be moved
+
+    // Is one more datagram to be read from so many sockets?
+    [[nodiscard]] bool takesOneMore(std::size_t sockets);
+    // Which socket is looked at next: in turns, so that none hides the others.
+    [[nodiscard]] std::size_t nextTurn() { return turn++; }
+
+private:
+    std::size_t turn = 0;
+    std::size_t late = 0; // read after the end
+};
+
 // How the user wants cards to be reached.
 struct NetworkOptions {
     RetryPolicy policy;
@@ -84,8 +103,8 @@ public:
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;
     // Throws an unreachable Failure if no interface took it.
     void broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request) const;
-    // The next datagram that comes from a card's port, whole enough to have a header; nothing at the deadline.
-    Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, TimePoint deadline);
+    // The next datagram; nothing at the end. Others are served between two of them.
+    Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, Listening& listening);
 
     [[nodiscard]] EventLoop& eventLoop() const { return wire.loop; }
     [[nodiscard]] const RetryPolicy& retryPolicy() const { return options.policy; }

@@ -4,7 +4,7 @@
 
 import socket
 import threading
-from collections.abc import Callable
+from collections.abc import Callable, Iterable
 from types import TracebackType
 
 from wire import HEADER_SIZE, Header, Message, reply_to
@@ -78,9 +78,9 @@ class FakeTcpCard:
 
 
 class FakeUdpCard:
-    """Hears the broadcasts of this host on one device and answers each with any number of datagrams."""
+    """Hears the broadcasts of this host on one device and answers each with any number of datagrams, be it without end."""
 
-    def __init__(self, respond: Callable[[Message], list[bytes]], device: str = "lan0", port: int = PORT) -> None:
+    def __init__(self, respond: Callable[[Message], Iterable[bytes]], device: str = "lan0", port: int = PORT) -> None:
         self.requests: list[Message] = []
         self._respond = respond
         self._socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
@@ -119,4 +119,6 @@ class FakeUdpCard:
             request = Message.decode(data)
             self.requests.append(request)
             for reply in self._respond(request):
+                if self._ending.is_set():
+                    break
                 self._answers.sendto(reply, ("255.255.255.255", port))

@@ -6,7 +6,9 @@
 #include "client/card/Lookup.h"
 #include "client/engine/EventLoop.h"
 #include "client/wire/Network.h"
+#include "support/VirtualTime.h"
 
+#include <algorithm>
 #include <thread>
 
 namespace
@@ -47,6 +49,53 @@ TEST_F(LookupTest, AsksForFiftyNamesAtATime)
     EXPECT_EQ(sent(), 100U); // and no more before it has turned again
     loop.run(untilSent(101));
     EXPECT_EQ(sent(), 120U);
+}
+
+// What was sent until each millisecond.
+class PaceOfLookupTest : public LookupTest
+{
+protected:
+    Task<void> countSent(std::size_t all)
+    {
+        while (sentUntil.empty() || sentUntil.back() < all) {
+            sentUntil.push_back(sent());
+            co_await loop.until(after(Seconds(0.001)));
+        }
+    }
+
+    std::vector<std::size_t> sentUntil;
+};
+
+TEST_F(PaceOfLookupTest, AsksForFiftyNamesInATenthOfASecondOnEachInterface)
+{
+    constexpr std::size_t interfaces = 2;
+    constexpr std::size_t tenth = 100;
+    const VirtualTime time;
+    Network both{loop, NetworkOptions{.policy = {Seconds(60), 0}, .interfaces = {"lo", "lo"}}};
+    Lookup lookup(both, nobodies(220));
+    Task<void> asking = lookup.run();
+    asking.start();
+    loop.run(countSent(220 * interfaces));
+    std::size_t most = sentUntil.front();
+    for (std::size_t end = 1; end < sentUntil.size(); ++end) {
+        const std::size_t start = end < tenth ? 0 : end - (tenth - 1);
+        most = std::max(most, sentUntil[end] - (start == 0 ? 0 : sentUntil[start - 1]));
+    }
+    EXPECT_EQ(most, 50 * interfaces);
+    EXPECT_GT(sentUntil.size(), 4 * tenth);
+}
+
+TEST_F(LookupTest, EndsWithAFloodOfSecondAnswers)
+{
+    Lookup lookup(network, {"card1"});
+    loop.run(lookup.run());
+    constexpr std::size_t endless = 20000;
+    for (std::size_t number = 0; number < endless; ++number) {
+        returnNext("recvfrom", 0);
+    }
+    EXPECT_TRUE(lookup.secondAnswers().empty());
+    EXPECT_LT(callsTo("recvfrom").size(), endless / 2);
+    forgetScripts();
 }
 
 TEST_F(LookupTest, AsksForNoMoreNamesOnceEnoughHaveAnswered)

@@ -5,10 +5,12 @@
 #include "support/FakeCard.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
+#include "support/VirtualTime.h"
 #include "unit/client/FailureOf.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 namespace
 {
@@ -148,6 +150,72 @@ TEST_F(NetworkTest, DoesNotPassOverAnInterfaceThatThisMachineGivesNoSocketFor)
     EXPECT_EQ(failureOf([&] { (void)any.openInterfaces(); }).category, Category::noInterface);
     failNext("socket", EPERM);
     EXPECT_EQ(failureOf([&] { (void)any.openInterfaces(); }).category, Category::noSocket);
+}
+
+// Somebody who has always sent one more before the last is looked at, in a time that each look at the clock takes.
+class FloodTest : public NetworkTest
+{
+protected:
+    void show(Direction direction)
+    {
+        if (direction == Direction::received && ++received < endless) {
+            sendOne();
+        }
+    }
+
+    void sendOne() const
+    {
+        sockaddr_in client = {};
+        socklen_t size = sizeof client;
+        ::getsockname(sockets.front().descriptor(), reinterpret_cast<sockaddr*>(&client), &size);
+        client.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ::sendto(source.get(), "x", 1, 0, reinterpret_cast<const sockaddr*>(&client), size);
+    }
+
+    Task<void> takeAll()
+    {
+        Listening listening(after(Seconds(0.2)));
+        for (;;) {
+            const std::optional<Datagram> datagram = co_await flooded.receive(sockets, listening);
+            if (!datagram) {
+                co_return;
+            }
+        }
+    }
+
+    Task<void> countAfter(Seconds pause)
+    {
+        co_await loop.until(after(pause));
+        receivedThen = received;
+    }
+
+    static constexpr int endless = 100000; // that a test which fails ends nevertheless
+    VirtualTime time{std::chrono::milliseconds(1)};
+    int received = 0;
+    int receivedThen = 0;
+    Network flooded{loop, {{}, {"lo"}}, [this](const std::string&, Direction direction, std::span<const std::byte>) {
+                        show(direction);
+                    }};
+    std::vector<BroadcastSocket> sockets = flooded.openInterfaces();
+    Descriptor source{::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)};
+};
+
+TEST_F(FloodTest, EndsWithTheTime)
+{
+    sendOne();
+    loop.run(takeAll());
+    EXPECT_GT(received, 1000); // what may have waited is taken
+    EXPECT_LT(received, 2000);
+}
+
+TEST_F(FloodTest, LeavesOthersTheirTurn)
+{
+    sendOne();
+    Task<void> counting = countAfter(Seconds(0.05));
+    counting.start();
+    loop.run(takeAll());
+    EXPECT_GT(receivedThen, 0);
+    EXPECT_LT(receivedThen, 500);
 }
 
 TEST_F(NetworkTest, GivesAStepItsOwnTimeUnlessTheUserSaidOne)
