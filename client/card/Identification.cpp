@@ -135,12 +135,29 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
             co_await takeSilence(card, lookup);
             co_return;
         }
-        preferReachable(answers);
-        takeAnswers(card, answers);
+        hear(card, std::move(answers));
     } catch (const Failure& failure) {
-        card.refusal = failure;
+        refuse(card, failure);
     } catch (const Interrupted&) {
         card.refusal = Failure{ExitCode::interrupted, Category::interrupted, "looking for the card", "interrupted"};
+    }
+}
+
+// That another card could be meant outweighs what else is found.
+void Identification::refuse(Identified& card, const Failure& why)
+{
+    if (!card.refusal) {
+        card.refusal = why;
+    }
+}
+
+void Identification::hear(Identified& card, std::vector<CardReply> answers) const
+{
+    preferReachable(answers);
+    try {
+        takeAnswers(card, answers);
+    } catch (const Failure& failure) {
+        refuse(card, failure);
     }
 }
 

@@ -50,6 +50,8 @@ public:
     // Two names that lead to one address are refused, and so is the address; one card given twice is marked, unless it
     // is refused.
     void compare(std::vector<Identified>& cards) const;
+    // The answers to the name of a card, of which there are some.
+    void hear(Identified& card, std::vector<CardReply> answers) const;
     // An address that answered twice is refused.
     void check(std::vector<Identified>& cards, const Census& census) const;
 
@@ -57,6 +59,7 @@ private:
     [[nodiscard]] bool asksFor(const Target& target) const;
     Task<void> identify(Identified& card, Lookup& lookup) const;
     Task<void> takeSilence(Identified& card, Lookup& lookup) const;
+    static void refuse(Identified& card, const Failure& why);
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     void settleEndpoint(Identified& card) const;

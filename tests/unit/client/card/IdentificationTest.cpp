@@ -176,6 +176,30 @@ TEST_F(IdentificationTest, TakesSilentNamesForCardsOfTheirOwnWhereTheyAreReached
     EXPECT_FALSE(cards[0].refusal || cards[1].refusal || cards[1].sameAs);
 }
 
+TEST_F(IdentificationTest, RefusesBothNamesOfOneAddressAlsoWhereTheyAreReachedByName)
+{
+    cards = {heard("card1", "10.0.0.12"), heard("card2", "10.0.0.12"), heard("card3", "10.0.0.13")};
+    Identification(network, Way::byName, {}).compare(cards);
+    ASSERT_TRUE(cards[0].refusal && cards[1].refusal);
+    EXPECT_EQ(cards[0].refusal->code, ExitCode::ambiguous);
+    EXPECT_EQ(cards[1].refusal->code, ExitCode::ambiguous);
+    EXPECT_FALSE(cards[1].sameAs || cards[2].refusal);
+}
+
+TEST_F(IdentificationTest, TellsOfTwoCardsOfOneNameBeforeAnAddressThatIsMissing)
+{
+    const CardReply one{.reply = {}, .address = "0.0.0.0", .interface = "lan0"};
+    Identified card = unheard("card1", "");
+    card.target.endpoint.reset();
+    Identification(network, Way::overTcp, {}).hear(card, {one});
+    ASSERT_TRUE(card.refusal);
+    EXPECT_EQ(card.refusal->code, ExitCode::unreachable);
+    card.refusal.reset();
+    Identification(network, Way::overTcp, {}).hear(card, {one, one});
+    ASSERT_TRUE(card.refusal);
+    EXPECT_EQ(card.refusal->code, ExitCode::ambiguous);
+}
+
 TEST_F(IdentificationTest, TellsOfTheDoubledAddressOfACardThatIsNamedToo)
 {
     cards = {heard("card3", "10.0.0.13"), given("10.0.1.13")};
