@@ -61,7 +61,7 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
     for (std::size_t index = 0; index < cards.size(); ++index) {
         cards[index].target = std::move(targets[index]);
     }
-    constexpr std::size_t atOnce = 64; // of those whose last address is looked at
+    constexpr std::size_t atOnce = 256; // of those whose last address is looked at, in one time-out for all
     co_await inParallel(network.eventLoop(), cards.size(), atOnce,
                         [&](std::size_t index) { return identify(cards[index], lookup); });
     compare(cards);

@@ -32,12 +32,38 @@ Failure notFound()
                         cardPort)};
 }
 
-Task<std::string> whatIsAt(Network& network, Endpoint endpoint)
+// What one sees of a host that was connected to, and then told no versions.
+std::string whatWasSeen(const Failure& failure)
+{
+    if (failure.code == ExitCode::refusedByCard) {
+        return "where a card answers, but not by this name";
+    }
+    switch (failure.category) {
+    case Category::timeout:
+        return "which accepts connections and does not answer";
+    case Category::closed:
+        return "which accepts connections and closes them without an answer";
+    case Category::refused:
+        return "which refuses connections";
+    case Category::connectTimeout:
+    case Category::noRoute:
+        return "which takes no connection";
+    case Category::noSocket:
+        return "which was not looked at: " + failure.hint;
+    default:
+        return "which answers something else than a card";
+    }
+}
+
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
 {
     if (!network.admitsProbes()) {
         co_return "which was not looked at";
     }
-    const PortState port = co_await network.probe(endpoint, network.retryPolicy().timeout);
+    if (Clock::now() >= deadline) {
+        co_return "which was not looked at: others took the time";
+    }
+    const PortState port = co_await network.probe(endpoint, deadline - Clock::now());
     if (port == PortState::closed) {
         co_return "which refuses connections";
     }
@@ -45,10 +71,10 @@ Task<std::string> whatIsAt(Network& network, Endpoint endpoint)
         co_return "which takes no connection";
     }
     try {
-        co_await queryVersions(network, endpoint);
+        co_await queryVersionsUntil(network, endpoint, deadline);
         co_return "where a card answers, but not by this name";
-    } catch (const Failure&) {
-        co_return "which accepts connections and does not answer";
+    } catch (const Failure& failure) {
+        co_return whatWasSeen(failure);
     }
 }
 
@@ -248,8 +274,11 @@ Task<Failure> Lookup::explainSilence(std::string name)
     if (!last) {
         co_return notFound();
     }
+    if (!explained) {
+        explained = network.deadline();
+    }
     const Endpoint there{last->address};
-    const std::string state = co_await whatIsAt(network, there);
+    const std::string state = co_await whatIsAt(network, there, *explained);
     co_return Failure{
         ExitCode::noAnswer, Category::notHeard, lookingForCard,
         fmt::format("not heard; last at {}, {} ago, {}", last->address, ageText(secondsNow() - last->moment), state)};

@@ -41,7 +41,8 @@ public:
     // Throws what ended the asking early. The name must be one of those that were given.
     Task<std::optional<CardReply>> answerOf(std::string name);
 
-    // Why there was none, for people: also where the name was last heard, and what is there now.
+    // Why there was none, for people: also where the name was last heard, and what is there now. For all that are
+    // looked at one time-out is shared.
     Task<Failure> explainSilence(std::string name);
 
     // Names that another card answered, too, until now, each as a sentence that names the senders. Waits for nothing.
@@ -74,7 +75,8 @@ private:
     std::size_t heard = 0;
     std::size_t wanted = 0;
     bool hearsOut = false;
-    TimePoint heardOut; // when the last that answered has been listened to
+    TimePoint heardOut;                 // when the last that answered has been listened to
+    std::optional<TimePoint> explained; // until when it is looked what is where silent names were heard
     std::exception_ptr error;
     LastHeard lastHeard;
 };

@@ -146,6 +146,62 @@ TEST_F(IdentificationOfManyTest, AsksAgainForNamesThatWereNotHeard)
     }
 }
 
+TEST_F(IdentificationOfManyTest, LooksForOneTimeOutAtMostWhatIsWhereSilentNamesWereHeard)
+{
+    card.answer(versions, {.keepsSilent = true});
+    std::string heard;
+    for (const std::string& name : nobodies(300)) {
+        heard += name + " 127.0.0.1 1000000000\n";
+    }
+    sandbox.write("/tmp/state/tarvelctl/heard", heard);
+    const VirtualTime time;
+    Network once{loop, NetworkOptions{.policy = {Seconds(30), 0}, .interfaces = {"lo"}}};
+    const std::vector<Identified> cards = loop.run(Identification(once, Way::byName, {}).run(targets(nobodies(300))));
+    for (const Identified& silent : cards) {
+        ASSERT_TRUE(silent.refusal) << silent.target.name;
+        EXPECT_EQ(silent.refusal->category, Category::notHeard);
+    }
+    EXPECT_LT(Seconds(time.passed()), Seconds(62)); // 30 for the answers, and what the bursts take
+}
+
+// What is told of a host where a name was last heard.
+class SilenceTest : public LookupTest
+{
+protected:
+    std::string toldOf(const FakeCard::Answer& answer)
+    {
+        card.answer(versions, answer);
+        sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.1 1000000000\n");
+        Network hasty{loop, NetworkOptions{.policy = {Seconds(0.3), 0}, .interfaces = {"lo"}}};
+        Lookup lookup(hasty, {"nobody1"});
+        loop.run(lookup.run());
+        const std::string hint = loop.run(lookup.explainSilence("nobody1")).hint;
+        return hint.substr(hint.find(" ago, ") + 6);
+    }
+};
+
+TEST_F(SilenceTest, SaysWhatWasSeen)
+{
+    EXPECT_EQ(toldOf({.keepsSilent = true}), "which accepts connections and does not answer");
+    EXPECT_EQ(toldOf({.hangsUp = true}), "which accepts connections and closes them without an answer");
+    EXPECT_EQ(toldOf({.startPattern = 'H'}), "which answers something else than a card");
+    EXPECT_EQ(toldOf(says("<Nonsense/>")), "which answers something else than a card");
+    EXPECT_EQ(toldOf({.status = refused}), "where a card answers, but not by this name");
+    EXPECT_EQ(toldOf(says(versionsXml("KERN-6.1.0"))), "where a card answers, but not by this name");
+}
+
+TEST_F(SilenceTest, SaysThatConnectionsAreRefused)
+{
+    card.behave(versions, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"versions", "127.0.0.1"}), 6); // that ends it
+    sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.1 1000000000\n");
+    EXPECT_EQ(run({"--timeout", "0.3", "versions", "nobody1"}), 5);
+    EXPECT_TRUE(errHas("refuses connections")) << err;
+}
+
 TEST_F(IdentificationOfManyTest, AsksOnceForACardThatIsGivenTwice)
 {
     const std::vector<Identified> cards =
