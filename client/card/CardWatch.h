@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,9 @@ public:
 
     // Never fails: a card that cannot be asked is seen so.
     Task<void> look(const Target& target, Sight& sight);
+
+    // As Lookup::secondAnswers, of all looks until now.
+    [[nodiscard]] std::set<std::string> secondAnswers() { return rounds.secondAnswers(); }
 
 private:
     Task<void> lookOverTcp(Sight& sight);

@@ -3,11 +3,13 @@
 #include "client/card/NameRounds.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
 
 constexpr Seconds gathering{0.05}; // chosen: short beside the time between two looks
+constexpr Seconds listening{0.3};  // chosen: for a second answer, behind the last one; a card answers in milliseconds
 
 } // namespace
 
@@ -40,10 +42,44 @@ Task<void> NameRounds::gather(Round& round)
         round.lookup.emplace(network, round.names);
     } catch (const Interrupted&) { // the others hear of it from the missing lookup
     }
-    open.reset();
+    forgetOldRounds();
+    rounds.push_back(std::exchange(open, nullptr));
     round.isClosed.set();
     if (round.lookup) {
-        round.asking = round.lookup->run();
+        round.asking = ask(round);
         round.asking->start();
     }
+}
+
+Task<void> NameRounds::ask(Round& round)
+{
+    co_await round.lookup->run();
+    round.end = Clock::now();
+}
+
+void NameRounds::hear(Round& round)
+{
+    if (round.lookup) {
+        const std::vector<std::string> more = round.lookup->secondAnswers();
+        doubts.insert(more.begin(), more.end());
+    }
+}
+
+void NameRounds::forgetOldRounds()
+{
+    std::erase_if(rounds, [&](const std::shared_ptr<Round>& round) {
+        const bool isOld = round->end < Clock::now() - std::chrono::duration_cast<Clock::duration>(listening);
+        if (isOld) {
+            hear(*round);
+        }
+        return isOld;
+    });
+}
+
+std::set<std::string> NameRounds::secondAnswers()
+{
+    for (const std::shared_ptr<Round>& round : rounds) {
+        hear(*round);
+    }
+    return doubts;
 }

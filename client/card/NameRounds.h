@@ -7,8 +7,10 @@
 #include "client/engine/Task.h"
 #include "client/wire/Network.h"
 
+#include <deque>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,9 @@ public:
     // As Lookup::answerOf.
     Task<std::optional<CardReply>> answerOf(std::string name);
 
+    // As Lookup::secondAnswers, of all rounds until now.
+    std::set<std::string> secondAnswers();
+
 private:
     struct Round {
         explicit Round(EventLoop& loop) : isClosed(loop) {}
@@ -30,10 +35,16 @@ private:
         Signal isClosed; // nobody comes any more
         std::optional<Lookup> lookup;
         std::optional<Task<void>> asking;
+        TimePoint end = TimePoint::max(); // of the asking
     };
 
     Task<void> gather(Round& round);
+    static Task<void> ask(Round& round);
+    void hear(Round& round);
+    void forgetOldRounds();
 
     Network& network;
-    std::shared_ptr<Round> open; // for whoever comes next; a round lives as long as somebody waits for it
+    std::shared_ptr<Round> open;               // for whoever comes next
+    std::deque<std::shared_ptr<Round>> rounds; // the latest, for second answers that come late
+    std::set<std::string> doubts;
 };

@@ -10,6 +10,7 @@
 #include "client/targets/Targets.h"
 
 #include <cstddef>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -56,6 +57,9 @@ protected:
     // The job for one target. It fills the result as it learns things; what it throws (Failure, Interrupted) becomes
     // the outcome, and what it had filled in is printed all the same. `target` and `result` outlive the task.
     virtual Task<void> work(Context& context, const Target& target, Result& result) = 0;
+
+    // What the jobs heard of names that another card answered, too, each as a sentence that names the senders.
+    virtual std::set<std::string> secondAnswers() { return {}; }
 
     // After all targets: compares them, or changes what is printed. The results are in the order of the targets.
     virtual void finish(Context& /*context*/, std::vector<Result>& /*results*/) {}

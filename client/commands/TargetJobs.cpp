@@ -162,7 +162,9 @@ Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<
     co_await inParallel(context.loop, all, all, [&](std::size_t index) {
         return index == cards.size() ? run.lookup.run() : workOnOne(run, cards[index], results[index]);
     });
-    for (const std::string& doubt : run.lookup.secondAnswers()) {
+    std::set<std::string> doubts = secondAnswers();
+    std::ranges::move(run.lookup.secondAnswers(), std::inserter(doubts, doubts.end()));
+    for (const std::string& doubt : doubts) {
         context.console.warning(doubt);
     }
 }

@@ -67,6 +67,8 @@ protected:
         tell(target, sight, wasUp, result);
     }
 
+    std::set<std::string> secondAnswers() override { return watch->secondAnswers(); }
+
 private:
     Goal goalIn(const std::string& text)
     {

@@ -7,9 +7,10 @@ from collections.abc import Iterator
 from contextlib import contextmanager
 
 from support.ctl import Ctl, interrupt
+from support.fake_card import FakeUdpCard, answer
 from tarvelsim import Card
-from wire import request
-from wire.numbers import PORT, Command
+from wire import Message, request, text_payload
+from wire.numbers import PORT, Command, Format
 
 
 @contextmanager
@@ -29,8 +30,8 @@ def test_a_busy_card_is_up(ctl: Ctl, rack: list[Card]) -> None:
 
 def test_a_busy_card_is_not_idle(ctl: Ctl, rack: list[Card]) -> None:
     with occupied(rack[0]) as address:
-        answer = ctl.json("--timeout", "1", "wait", "--for", "idle", "--wait-time", "0.5", address)
-    assert (answer.code, answer.result["state"]) == (5, "busy")
+        waited = ctl.json("--timeout", "1", "wait", "--for", "idle", "--wait-time", "0.5", address)
+    assert (waited.code, waited.result["state"]) == (5, "busy")
 
 
 def test_a_busy_card_is_waited_for_until_it_is_idle(ctl: Ctl, rack: list[Card]) -> None:
@@ -57,11 +58,41 @@ def test_many_are_waited_for_at_once(ctl: Ctl, rack: list[Card]) -> None:
     interrupt(running)
 
 
+class Latecomers:
+    """Two cards of one name, which first are silent, and another that is so until they were heard."""
+
+    def __init__(self) -> None:
+        self._heard = 0
+
+    def __call__(self, request: Message) -> list[bytes]:
+        self._heard += 1
+        if self._heard <= 4:  # all that go before the first look
+            return []
+        if b'To="doubled"' in request.payload:
+            self._heard += 100
+            return [self._answer(request, "doubled")] * 2
+        return [self._answer(request, "late")] if self._heard > 100 else []
+
+    def _answer(self, request: Message, name: str) -> bytes:
+        text = (
+            f'<IpConfiguration From="{name}" To="tarvelctl"><Interface Name="VemkEth1" Mode="Dhcp"/>'
+            '<Interface Name="VemkEth2" Mode="Disabled"/></IpConfiguration>'
+        )
+        return answer(request, text_payload(text), Format.SECTION_8)
+
+
+def test_a_second_card_that_is_heard_late_is_a_warning(ctl: Ctl) -> None:
+    with FakeUdpCard(Latecomers()):
+        waited = ctl("-i", "lan0", "--timeout", "0.5", "--retries", "1", "wait", "--for", "up", "late", "doubled")
+    assert waited.code == 0
+    assert "warning: doubled: two cards have this name, and one address" in waited.err
+
+
 def test_a_batch_with_a_failure_is_the_last(ctl: Ctl, scratches: list[Card], firmware: str) -> None:
     scratches[0].inside.fail("fwupgrade")
-    answer = ctl.json("firmware", "upgrade", "--batch", "1", firmware, "rack[1-3]")
-    assert answer.code == 7
-    assert [result["category"] for result in answer.results] == ["unchanged", "untouched", "untouched"]
-    assert [result["changed"] for result in answer.results[1:]] == [False, False]
+    upgraded = ctl.json("firmware", "upgrade", "--batch", "1", firmware, "rack[1-3]")
+    assert upgraded.code == 7
+    assert [result["category"] for result in upgraded.results] == ["unchanged", "untouched", "untouched"]
+    assert [result["changed"] for result in upgraded.results[1:]] == [False, False]
     kernel = {"component": "kernel", "version": "KERN-6.1.0"}
     assert all(kernel in result["components"] for result in ctl.json("versions", "rack[2-3]").results)

@@ -3,6 +3,8 @@
 #include "ProgramFixture.h"
 #include "client/card/CardWatch.h"
 
+#include <thread>
+
 namespace
 {
 
@@ -105,6 +107,23 @@ TEST_F(AddresslessCardTest, IsNotFoundOnceItIsSilent)
 {
     card.answer(ipGet, {.hangsUp = true});
     EXPECT_EQ(stateAfterALook(), CardState::notFound);
+}
+
+// Asked twice over the same interface, the one card answers as two would.
+TEST_F(AddresslessCardTest, IsDoubtedIfAnotherIsHeardInALaterLook)
+{
+    Network doubling{loop, {{Seconds(20), 0}, {"lo", "lo"}}};
+    CardWatch doubled{loop, doubling, CardWatch::Question::connection, 1};
+    const Target target{.label = "card1", .name = "card1", .endpoint = {}};
+    Sight sight;
+    loop.run(doubled.look(target, sight));
+    std::set<std::string> doubts;
+    for (int tries = 0; tries < 10000 && doubts.empty(); ++tries) { // the second may come a little later
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        doubts = doubled.secondAnswers();
+    }
+    ASSERT_EQ(doubts.size(), 1U);
+    EXPECT_TRUE(doubts.begin()->starts_with("card1: two cards have this name, and one address")) << *doubts.begin();
 }
 
 TEST_F(WaitCommandTest, AsksForSilentNamesTogether)
