@@ -3,14 +3,26 @@
 """What no client can see, and the manual page therefore lists: these changes go through."""
 
 import subprocess
+import threading
+from collections.abc import Iterator
+from contextlib import contextmanager
 
 from support.ctl import Answer, Ctl
-from support.fake_card import FakeTcpCard, answer
+from support.fake_card import FakeTcpCard, FakeUdpCard, answer
 from support.stopping import stopped
 from tarvelsim import Card
 from tarvelsim.waiting import wait_for
+from wire import Message, text_payload
+from wire.numbers import Command, Format
 
 NTP = ("time", "set", "--ntp", "10.0.0.99")
+
+
+def ip_text(name: str) -> bytes:
+    return text_payload(
+        f'<IpConfiguration From="{name}" To="tarvelctl"><Interface Name="VemkEth1" Mode="Dhcp"/>'
+        '<Interface Name="VemkEth2" Mode="Disabled"/></IpConfiguration>'
+    )
 
 
 def test_a_twin_that_is_busy_is_not_seen_and_does_later_what_it_heard(ctl: Ctl, scratch: Card, twin: Card) -> None:
@@ -25,6 +37,59 @@ def test_a_twin_that_is_busy_is_not_seen_and_does_later_what_it_heard(ctl: Ctl, 
 def test_a_twin_that_is_off_is_not_seen(ctl: Ctl, scratch: Card, twin: Card) -> None:
     twin.daemon.stop()
     assert ctl.json(*NTP, "rack1").code == 0
+
+
+class LateTwin:
+    """Another rack1, which answers what it heard only when the client has ended."""
+
+    def __init__(self) -> None:
+        self._client_ended = threading.Event()
+
+    def __call__(self, request: Message) -> list[bytes]:
+        self._client_ended.wait()
+        return [answer(request, ip_text("rack1"), Format.SECTION_8)]
+
+    @contextmanager
+    def held_back(self) -> Iterator[None]:
+        try:
+            yield
+        finally:
+            self._client_ended.set()
+
+
+def test_a_twin_that_is_slower_than_the_listening_time_is_not_seen(ctl: Ctl, scratch: Card) -> None:
+    late = LateTwin()
+    with FakeUdpCard(late) as twin, late.held_back():
+        assert ctl.json(*NTP, "rack1").code == 0
+        wait_for(lambda: len(twin.requests) > 0, 30, lambda: "the twin heard nothing")
+
+
+def test_a_second_card_with_the_address_that_is_off_is_not_seen(ctl: Ctl, scratch: Card, rack: list[Card]) -> None:
+    address = scratch.address("eth0") or ""
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    rack[1].inside.run(["ip", "link", "set", "eth0", "down"])
+    try:
+        result = ctl.json(*NTP, address).result
+    finally:
+        rack[1].inside.run(["ip", "link", "set", "eth0", "up"])
+        rack[1].reset()
+    assert (result["code"], result["checked"]) == (0, True)
+
+
+def test_two_addresses_of_one_card_without_its_name_are_two_jobs(ctl: Ctl, scratch: Card, firmware: str) -> None:
+    addresses = [scratch.address(device) or "" for device in ("eth0", "eth1")]
+    answers = ctl.json("firmware", "upload", firmware, *addresses)
+    assert answers.code == 0
+    assert [result["target"] for result in answers.results] == addresses
+    assert " is " not in answers.err
+
+
+def test_an_answer_that_the_network_repeats_looks_like_a_second_card(ctl: Ctl) -> None:
+    with FakeUdpCard(lambda request: [answer(request, ip_text("echoed"), Format.SECTION_8)] * 2) as card:
+        result = ctl.json("-i", "lan0", "reboot", "echoed").result
+    assert (result["code"], result["category"]) == (11, "ambiguous")
+    assert {request.header.command for request in card.requests} == {Command.IP_GET}
 
 
 def test_an_address_that_hears_no_broadcast_is_not_checked(ctl: Ctl, firmware: str) -> None:
