@@ -4,6 +4,7 @@
 
 #include "client/engine/Descriptor.h"
 #include "client/firmware/Complaints.h"
+#include "client/firmware/GzipStart.h"
 #include "client/firmware/GzipTrailer.h"
 #include "client/firmware/Sha256.h"
 #include "client/model/Failure.h"
@@ -158,13 +159,13 @@ bool admitMember(Walk& walk, archive_entry* entry)
 }
 
 // More was unpacked than the last gzip member holds, so it is not the only one. (Of the last few bytes the walker may
-// have taken less than there are.)
+// have taken less than there are.) What holds nothing adds nothing, and is looked for.
 bool hasSeveralGzipMembers(const Walker& walker, const std::string& path)
 {
     constexpr std::uint32_t unread = 1024;
     const auto unpacked = static_cast<std::uint32_t>(archive_filter_bytes(walker.get(), 0));
     const std::uint32_t excess = unpacked - sizeInGzipTrailer(path).value_or(unpacked);
-    return excess != 0 && excess < UINT32_MAX - unread;
+    return (excess != 0 && excess < UINT32_MAX - unread) || beginsWithEmptyGzip(path);
 }
 
 void walkMembers(Walk& walk, const Checkpoint& checkpoint)
@@ -187,6 +188,7 @@ void walkMembers(Walk& walk, const Checkpoint& checkpoint)
     if (result != ARCHIVE_EOF) {
         throw broken(walker, path);
     }
+    walk.archive.looks = walk.rules.looks();
     walk.problems.tell(walk.archive.problems);
     walk.owners.tell(walk.archive.warnings);
     if (static_cast<std::uint64_t>(archive_filter_bytes(walker.get(), -1)) != walk.archive.size) {

@@ -17,6 +17,7 @@ struct Archive {
     std::string sha256;         // of the file, in hexadecimal
     std::uint64_t unpacked = 0; // bytes of all files in it
     MemberList members;
+    std::uint64_t looks = 0;           // at earlier links, to judge the members: what grows with both
     std::vector<std::string> problems; // why no card should get it, one a sentence; empty if it is good. Of
                                        // very many the first, and how many more there are
     std::vector<std::string> warnings; // what may be meant so

@@ -29,6 +29,9 @@ public:
     // Members are told in the order of the archive, because a link changes what later paths mean.
     [[nodiscard]] std::optional<std::string> problemWith(const ArchiveMember& member);
 
+    // As LinkTree::looks.
+    [[nodiscard]] std::uint64_t looks() const { return links.looks(); }
+
 private:
     LinkTree links;
 };

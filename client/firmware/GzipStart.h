@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include <string>
+
+// Does a file begin with one that gzip made of nothing, and go on with another that gzip made?
+[[nodiscard]] bool beginsWithEmptyGzip(const std::string& path);
