@@ -3,6 +3,7 @@
 #include "client/card/Identification.h"
 
 #include "client/card/Ambiguity.h"
+#include "client/card/GroupsNote.h"
 #include "client/card/Identity.h"
 #include "client/card/ReadBack.h"
 #include "client/card/SameCard.h"
@@ -27,23 +28,6 @@ void forEachPair(const std::vector<Identified>& cards, const Look& look)
             look(earlier, later);
         }
     }
-}
-
-Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
-{
-    const std::string name = target.name;
-    return {
-        ExitCode::ambiguous, Category::ambiguous, "looking for the card",
-        fmt::format("the groups file says that {0} is at {1}, but it answered from {2}; nothing was sent. The right "
-                    "line is \"{0} {3}\"",
-                    name, target.endpoint->address, sendersOf(answers), answers.front().address)};
-}
-
-Failure notHeard(const Target& target, const Failure& silence)
-{
-    return {silence.code, silence.category, silence.phase,
-            fmt::format("only the groups file says that {} is at {}: {}. --trust-groups believes the file", target.name,
-                        target.endpoint->address, silence.hint)};
 }
 
 } // namespace

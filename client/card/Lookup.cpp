@@ -4,7 +4,7 @@
 
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
-#include "client/card/Queries.h"
+#include "client/card/SilentAddress.h"
 #include "client/model/CalendarTime.h"
 
 #include <algorithm>
@@ -30,52 +30,6 @@ Failure notFound()
                         "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
                         "broadcast from the card's port {}",
                         cardPort)};
-}
-
-// What one sees of a host that was connected to, and then told no versions.
-std::string whatWasSeen(const Failure& failure)
-{
-    if (failure.code == ExitCode::refusedByCard) {
-        return "where a card answers, but not by this name";
-    }
-    switch (failure.category) {
-    case Category::timeout:
-        return "which accepts connections and does not answer";
-    case Category::closed:
-        return "which accepts connections and closes them without an answer";
-    case Category::refused:
-        return "which refuses connections";
-    case Category::connectTimeout:
-    case Category::noRoute:
-        return "which takes no connection";
-    case Category::noSocket:
-        return "which was not looked at: " + failure.hint;
-    default:
-        return "which answers something else than a card";
-    }
-}
-
-Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
-{
-    if (!network.admitsProbes()) {
-        co_return "which was not looked at";
-    }
-    if (Clock::now() >= deadline) {
-        co_return "which was not looked at: others took the time";
-    }
-    const PortState port = co_await network.probe(endpoint, deadline - Clock::now());
-    if (port == PortState::closed) {
-        co_return "which refuses connections";
-    }
-    if (port == PortState::silent) {
-        co_return "which takes no connection";
-    }
-    try {
-        co_await queryVersionsUntil(network, endpoint, deadline);
-        co_return "where a card answers, but not by this name";
-    } catch (const Failure& failure) {
-        co_return whatWasSeen(failure);
-    }
 }
 
 } // namespace
@@ -174,9 +128,9 @@ Task<void> Lookup::askUnheard()
 
 Task<void> Lookup::listen(TimePoint deadline)
 {
-    Listening listening(deadline);
+    Listening time(deadline);
     while (!isDone()) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, time);
         if (!datagram) {
             co_return;
         }
@@ -186,10 +140,10 @@ Task<void> Lookup::listen(TimePoint deadline)
 
 Task<void> Lookup::listenOut()
 {
-    Listening listening(heardOut);
+    Listening time(heardOut);
     while (hearsOut && heard > 0) {
-        listening.end = heardOut;
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
+        time.end = heardOut;
+        const std::optional<Datagram> datagram = co_await network.receive(sockets, time);
         if (!datagram) {
             co_return;
         }

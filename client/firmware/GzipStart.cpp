@@ -47,8 +47,7 @@ bool isEmptyGzip(std::string_view bytes)
 
 bool beginsWithEmptyGzip(const std::string& path)
 {
-    using namespace std::string_view_literals;
-    constexpr std::string_view border = "\0\0\0\0\0\0\0\0\x1f\x8b"sv; // checksum and size of nothing, and the next one
+    constexpr std::string_view border("\0\0\0\0\0\0\0\0\x1f\x8b", 10); // checksum and size of nothing, and the next one
     constexpr std::size_t ofTheNext = 2;
     const std::string bytes = beginningOf(path);
     for (std::size_t at = bytes.find(border); at != std::string::npos; at = bytes.find(border, at + 1)) {

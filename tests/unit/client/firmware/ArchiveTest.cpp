@@ -241,14 +241,15 @@ TEST_F(ArchiveTest, RefusesASecondCompressedFileBehindTheFirst)
 
 TEST_F(ArchiveTest, RefusesAnArchiveBehindACompressedFileThatHoldsNothing)
 {
-    using namespace std::string_literals;
     pack("good.tar.gz", true);
-    const std::string begin = "\x1f\x8b\x08\0\0\0\0\0\0\x03"s;
-    const std::string named = "\x1f\x8b\x08\x08\0\0\0\0\0\x03nothing\0"s;
+    const std::string begin("\x1f\x8b\x08\0\0\0\0\0\0\x03", 10);
+    const std::string named("\x1f\x8b\x08\x08\0\0\0\0\0\x03nothing\0", 18);
+    const std::string brief("\x03\0", 2);
+    const std::string stored("\x01\0\0\xff\xff", 5);
+    const std::string flushed("\0\0\0\xff\xff", 5);
     const std::string end(8, '\0'); // checksum and size
     const std::vector<std::string> another = {"another compressed file follows behind the end of the first"};
-    for (const std::string& nothing : {begin + "\x03\0"s, named + "\x03\0"s, begin + "\x01\0\0\xff\xff"s,
-                                       begin + "\0\0\0\xff\xff\x01\0\0\xff\xff"s}) {
+    for (const std::string& nothing : {begin + brief, named + brief, begin + stored, begin + flushed + stored}) {
         write("both", nothing + end + read("good.tar.gz"));
         EXPECT_EQ(inspectArchive(file("both"), goOn).problems, another) << nothing.size();
         write("three", nothing + end + nothing + end + read("good.tar.gz"));

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/card/SilentAddress.h"
+
+#include "client/card/Queries.h"
+
+namespace
+{
+
+// What one sees of a host that was connected to, and then told no versions.
+std::string whatWasSeen(const Failure& failure)
+{
+    if (failure.code == ExitCode::refusedByCard) {
+        return "where a card answers, but not by this name";
+    }
+    switch (failure.category) {
+    case Category::timeout:
+        return "which accepts connections and does not answer";
+    case Category::closed:
+        return "which accepts connections and closes them without an answer";
+    case Category::refused:
+        return "which refuses connections";
+    case Category::connectTimeout:
+    case Category::noRoute:
+        return "which takes no connection";
+    case Category::noSocket:
+        return "which was not looked at: " + failure.hint;
+    default:
+        return "which answers something else than a card";
+    }
+}
+
+} // namespace
+
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
+{
+    if (!network.admitsProbes()) {
+        co_return "which was not looked at";
+    }
+    if (Clock::now() >= deadline) {
+        co_return "which was not looked at: others took the time";
+    }
+    const PortState port = co_await network.probe(endpoint, deadline - Clock::now());
+    if (port == PortState::closed) {
+        co_return "which refuses connections";
+    }
+    if (port == PortState::silent) {
+        co_return "which takes no connection";
+    }
+    try {
+        co_await queryVersionsUntil(network, endpoint, deadline);
+        co_return "where a card answers, but not by this name";
+    } catch (const Failure& failure) {
+        co_return whatWasSeen(failure);
+    }
+}

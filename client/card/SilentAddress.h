@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/engine/Task.h"
+#include "client/wire/Network.h"
+
+#include <string>
+
+// What was seen, until the deadline, of the address where a name that is silent now was last heard: the rest of a
+// sentence, such as "which refuses connections". Contacts nobody in a dry run.
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline);
