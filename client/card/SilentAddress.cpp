@@ -7,7 +7,7 @@
 namespace
 {
 
-// What one sees of a host that was connected to, and then told no versions.
+// What one sees of a host that told no versions.
 std::string whatWasSeen(const Failure& failure)
 {
     if (failure.code == ExitCode::refusedByCard) {
@@ -40,14 +40,7 @@ Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadli
     if (Clock::now() >= deadline) {
         co_return "which was not looked at: others took the time";
     }
-    const PortState port = co_await network.probe(endpoint, deadline - Clock::now());
-    if (port == PortState::closed) {
-        co_return "which refuses connections";
-    }
-    if (port == PortState::silent) {
-        co_return "which takes no connection";
-    }
-    try {
+    try { // one connection: a card that stands still keeps no second one waiting
         co_await queryVersionsUntil(network, endpoint, deadline);
         co_return "where a card answers, but not by this name";
     } catch (const Failure& failure) {
