@@ -62,8 +62,9 @@ EXCEPTIONS = {("util/LibUtilsHost.cpp", "uci/Uci.h")}
 
 CODEC = ("Commands", "DatagramBuffer", "Message", "MessageHeader", "TextSection", "WireOrder")
 
-# What the client shares with the daemon: the codec, and whatever the codec itself includes.
-SHARED_CODEC = {f"protocol/{name}.h" for name in CODEC}
+# What the client shares with the daemon: the codec, what both hold against members of an archive, and whatever these
+# themselves include.
+SHARED = {f"protocol/{name}.h" for name in CODEC} | {"hardening/MemberRules.h"}
 
 # libxml2 is met in one room on each side.
 XML_ROOMS = re.compile(r"(services/XmlReader|client/xml/Xml\w*)\.(h|cpp)")
@@ -130,14 +131,14 @@ def check_unused_arrows(quoted: Graph) -> list[str]:
 
 
 def check_arrows(quoted: Graph) -> list[str]:
-    sources = {name.removesuffix(".h") + ".cpp" for name in SHARED_CODEC}
-    codec = reachable(quoted, SHARED_CODEC | sources)
+    sources = {name.removesuffix(".h") + ".cpp" for name in SHARED}
+    shared = reachable(quoted, SHARED | sources)
     complaints = []
     for name, targets in quoted.items():
         for target in targets:
             if target not in quoted:
                 complaints.append(f'{name}: "{target}" is no file of ours (write "folder/File.h")')
-            elif not may_include(name, target, codec):
+            elif not may_include(name, target, shared):
                 complaints.append(f"{name} must not include {target}")
             elif target == "util/Log.h" and WITHOUT_LOG.fullmatch(name):
                 complaints.append(f"{name} must not log: it reports on standard output and standard error")

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
-#include "client/firmware/MemberRules.h"
+#include "hardening/MemberRules.h"
 
 #include <cstddef>
 #include <cstdint>

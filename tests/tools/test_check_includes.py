@@ -64,6 +64,13 @@ def test_the_client_may_use_the_codec(tree: Path) -> None:
     assert check_includes.check(tree) == []
 
 
+def test_the_client_shares_the_rules_for_members_and_no_other(tree: Path) -> None:
+    write(tree, "src/hardening/MemberRules.h", "")
+    write(tree, "src/hardening/NtpServerRule.h", "")
+    write(tree, "client/wire/Frame.h", '#include "hardening/MemberRules.h"\n#include "hardening/NtpServerRule.h"\n')
+    assert check_includes.check(tree) == ["client/wire/Frame.h must not include hardening/NtpServerRule.h"]
+
+
 def test_a_room_of_the_client_may_not_use_one_above(tree: Path) -> None:
     write(tree, "client/wire/Frame.h", '#include "client/messages/Versions.h"\n')
     write(tree, "client/messages/Versions.h", "")

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
-#include "client/firmware/LinkTree.h"
+#include "hardening/LinkTree.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/MemberRules.h"
+#include "hardening/MemberRules.h"
 
 #include <gtest/gtest.h>
 
@@ -26,36 +26,36 @@ bool acceptsBehind(const ArchiveMember& first, const ArchiveMember& second)
 
 } // namespace
 
-TEST(MemberRules, APlainPathIsAccepted)
+TEST(MemberRulesTest, APlainPathIsAccepted)
 {
     EXPECT_TRUE(accepts("pnr/kernel"));
     EXPECT_TRUE(accepts("./pnr/kernel"));
     EXPECT_TRUE(accepts("./", MemberKind::directory));
 }
 
-TEST(MemberRules, DotsWithinANameAreNoParentStep)
+TEST(MemberRulesTest, DotsWithinANameAreNoParentStep)
 {
     EXPECT_TRUE(accepts("..pnr/a..b"));
 }
 
-TEST(MemberRules, AnAbsolutePathIsRefused)
+TEST(MemberRulesTest, AnAbsolutePathIsRefused)
 {
     EXPECT_EQ(MemberRules().problemWith({"/etc/passwd", MemberKind::file, 0, ""}), "has an absolute path");
 }
 
-TEST(MemberRules, AParentStepIsRefusedWhereverItStands)
+TEST(MemberRulesTest, AParentStepIsRefusedWhereverItStands)
 {
     EXPECT_FALSE(accepts("../x"));
     EXPECT_FALSE(accepts("pnr/../../x"));
     EXPECT_FALSE(accepts("pnr/.."));
 }
 
-TEST(MemberRules, ASetuidBitIsRefused)
+TEST(MemberRulesTest, ASetuidBitIsRefused)
 {
     EXPECT_EQ(MemberRules().problemWith({"pnr/x", MemberKind::file, 0, "", true}), "has the setuid or setgid bit");
 }
 
-TEST(MemberRules, ControlCharactersAreRefused)
+TEST(MemberRulesTest, ControlCharactersAreRefused)
 {
     for (const char* name : {"pnr/a\nb", "pnr/\x1b[2J", "a\x7f", "a\xc2\x9b"}) {
         EXPECT_FALSE(accepts(name)) << name;
@@ -64,19 +64,19 @@ TEST(MemberRules, ControlCharactersAreRefused)
     EXPECT_TRUE(accepts("pnr/\xc3\xa4\xc2\xa0"));
 }
 
-TEST(MemberRules, AnOptionIsRefusedAsAName)
+TEST(MemberRulesTest, AnOptionIsRefusedAsAName)
 {
     EXPECT_FALSE(accepts("-rf"));
     EXPECT_FALSE(accepts("pnr/--help/x"));
     EXPECT_TRUE(accepts("pnr/a-b"));
 }
 
-TEST(MemberRules, ADeviceIsRefused)
+TEST(MemberRulesTest, ADeviceIsRefused)
 {
     EXPECT_FALSE(accepts("dev/null", MemberKind::special));
 }
 
-TEST(MemberRules, TheArchivesOwnNameIsRefusedAtTheTop)
+TEST(MemberRulesTest, TheArchivesOwnNameIsRefusedAtTheTop)
 {
     EXPECT_FALSE(accepts("firmware.tar.gz"));
     EXPECT_FALSE(accepts(".//firmware.tar.gz"));
@@ -84,51 +84,51 @@ TEST(MemberRules, TheArchivesOwnNameIsRefusedAtTheTop)
     EXPECT_TRUE(accepts("old/firmware.tar.gz"));
 }
 
-TEST(MemberRules, TheNameThatTheShellMakesOfTheHostNamesKeyIsRefusedAtTheTop)
+TEST(MemberRulesTest, TheNameThatTheShellMakesOfTheHostNamesKeyIsRefusedAtTheTop)
 {
     EXPECT_FALSE(accepts("system.@system0.hostname"));
     EXPECT_FALSE(accepts("./system.@system0.hostname"));
     EXPECT_TRUE(accepts("pnr/system.@system0.hostname"));
 }
 
-TEST(MemberRules, ALinkWithinTheDirectoryIsAccepted)
+TEST(MemberRulesTest, ALinkWithinTheDirectoryIsAccepted)
 {
     EXPECT_TRUE(acceptsLink("lib/libx.so", "libx.so.1"));
     EXPECT_TRUE(acceptsLink("lib/x", "../bin/x"));
 }
 
-TEST(MemberRules, ALinkThatLeavesTheDirectoryIsRefused)
+TEST(MemberRulesTest, ALinkThatLeavesTheDirectoryIsRefused)
 {
     EXPECT_FALSE(acceptsLink("x", "/etc"));
     EXPECT_FALSE(acceptsLink("x", ".."));
     EXPECT_FALSE(acceptsLink("lib/x", "../../etc"));
 }
 
-TEST(MemberRules, ALinkThatClimbsBehindANameIsRefused)
+TEST(MemberRulesTest, ALinkThatClimbsBehindANameIsRefused)
 {
     EXPECT_FALSE(acceptsLink("a/b/x", "c/../../y"));
 }
 
-TEST(MemberRules, AHardLinkThatLeavesTheDirectoryIsRefused)
+TEST(MemberRulesTest, AHardLinkThatLeavesTheDirectoryIsRefused)
 {
     EXPECT_TRUE(accepts("a", MemberKind::hardlink, "pnr/kernel"));
     EXPECT_FALSE(accepts("a", MemberKind::hardlink, "/etc/passwd"));
     EXPECT_FALSE(accepts("a", MemberKind::hardlink, "../x"));
 }
 
-TEST(MemberRules, AMemberBelowALinkIsRefused)
+TEST(MemberRulesTest, AMemberBelowALinkIsRefused)
 {
     const ArchiveMember link{"up", MemberKind::symlink, 0, "a/b"};
     EXPECT_FALSE(acceptsBehind(link, {"up/file", MemberKind::file, 0, ""}));
     EXPECT_TRUE(acceptsBehind(link, {"upper", MemberKind::file, 0, ""}));
 }
 
-TEST(MemberRules, AMemberInThePlaceOfALinkIsRefused)
+TEST(MemberRulesTest, AMemberInThePlaceOfALinkIsRefused)
 {
     EXPECT_FALSE(acceptsBehind({"up", MemberKind::symlink, 0, "a"}, {"./up", MemberKind::file, 0, ""}));
 }
 
-TEST(MemberRules, AHardLinkThroughALinkIsRefused)
+TEST(MemberRulesTest, AHardLinkThroughALinkIsRefused)
 {
     EXPECT_FALSE(acceptsBehind({"up", MemberKind::symlink, 0, "a"}, {"x", MemberKind::hardlink, 0, "up/y"}));
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/LinkTree.h"
+#include "hardening/LinkTree.h"
 
 #include <gtest/gtest.h>
 
@@ -12,13 +12,13 @@ namespace
 
 using Place = std::vector<std::string_view>;
 
-TEST(LinkTree, KnowsNoLinkAtFirst)
+TEST(LinkTreeTest, KnowsNoLinkAtFirst)
 {
     EXPECT_FALSE(LinkTree().leadsThrough({}));
     EXPECT_FALSE(LinkTree().leadsThrough({"a", "b"}));
 }
 
-TEST(LinkTree, LeadsThroughALinkAndToIt)
+TEST(LinkTreeTest, LeadsThroughALinkAndToIt)
 {
     LinkTree links;
     links.insert({"a", "b"});
@@ -26,7 +26,7 @@ TEST(LinkTree, LeadsThroughALinkAndToIt)
     EXPECT_TRUE(links.leadsThrough({"a", "b", "c", "d"}));
 }
 
-TEST(LinkTree, TakesNoOtherPlaceForALink)
+TEST(LinkTreeTest, TakesNoOtherPlaceForALink)
 {
     LinkTree links;
     links.insert({"a", "b"});
@@ -35,7 +35,7 @@ TEST(LinkTree, TakesNoOtherPlaceForALink)
     }
 }
 
-TEST(LinkTree, ADirectoryMayBecomeALink)
+TEST(LinkTreeTest, ADirectoryMayBecomeALink)
 {
     LinkTree links;
     links.insert({"a", "b"});
@@ -43,7 +43,7 @@ TEST(LinkTree, ADirectoryMayBecomeALink)
     EXPECT_TRUE(links.leadsThrough({"a", "c"}));
 }
 
-TEST(LinkTree, KnowsEachOfMany)
+TEST(LinkTreeTest, KnowsEachOfMany)
 {
     std::vector<std::string> names(5000);
     LinkTree links;
@@ -72,7 +72,7 @@ std::uint64_t costOf(std::size_t links)
     return tree.looks();
 }
 
-TEST(LinkTree, CostsTwiceAsMuchForTwiceTheLinks)
+TEST(LinkTreeTest, CostsTwiceAsMuchForTwiceTheLinks)
 {
     EXPECT_GT(costOf(4000), 4000U);
     EXPECT_LT(costOf(16000), costOf(4000) * 6); // chance makes some names meet; the square would be 16 times as much

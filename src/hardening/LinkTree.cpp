@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/LinkTree.h"
+#include "hardening/LinkTree.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-#include "client/firmware/MemberRules.h"
+#include "hardening/MemberRules.h"
 
 #include <algorithm>
 #include <string_view>
