@@ -19,7 +19,7 @@ LINE_BUFFERING = "/lib/libsetlbf.so"
 _STANDINS = Path(__file__).resolve().parent / "standins"
 _REAL = Path("/run/programs")
 # Found through the search path, and at fixed places.
-_ON_PATH = ("uci", "tar", "reboot", "logread")
+_ON_PATH = ("uci", "tar", "reboot", "logread", "usign")
 _FIXED = ("/etc/init.d/network", "/etc/init.d/ntpd", "/etc/init.d/ntpdate", "/lib/upgrade/fwupgrade")
 
 

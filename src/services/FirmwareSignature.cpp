@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "services/FirmwareSignature.h"
+
+#include "util/LibUtils.h"
+#include "util/Log.h"
+#include "util/Shell.h"
+
+#include <algorithm>
+#include <set>
+
+namespace
+{
+
+constexpr const char* keyDirectory = "/etc/tarveld/keys";
+constexpr const char* sums = "SHA256SUMS";
+constexpr const char* signature = "SHA256SUMS.sig";
+
+std::vector<std::string> linesOf(const std::string& command)
+{
+    std::string output;
+    static_cast<void>(LibUtils::executeCommandOutput(command, output)); // what cannot be read has no lines
+    std::vector<std::string> lines;
+    for (std::size_t end = output.find('\n'); end != std::string::npos; end = output.find('\n')) {
+        lines.push_back(output.substr(0, end));
+        output.erase(0, end + 1);
+    }
+    return lines;
+}
+
+bool isSignedWith(const std::string& key)
+{
+    if (key.find('\'') != std::string::npos) {
+        return false; // it could not be a word of a command
+    }
+    const std::string files = std::string(" -m ") + sums + " -x " + signature;
+    return runShell("usign -V -q" + files + " -p '" + keyDirectory + "/" + key + "' >/dev/null 2>&1") == 0;
+}
+
+// What sha256sum writes: 64 digits, a blank, a blank or a star, and the path.
+std::set<std::string> listedFiles()
+{
+    constexpr std::size_t pathStart = 66;
+    std::set<std::string> listed;
+    for (const std::string& line : linesOf(std::string("cat ") + sums)) {
+        if (line.size() > pathStart) {
+            const std::string path = line.substr(pathStart);
+            listed.insert(path.starts_with("./") ? path.substr(2) : path);
+        }
+    }
+    return listed;
+}
+
+bool has(const std::vector<std::string>& files, const char* name)
+{
+    return std::find(files.begin(), files.end(), name) != files.end();
+}
+
+std::string objectionToFirmware(const std::vector<std::string>& keys, const std::vector<std::string>& files)
+{
+    if (!has(files, sums) || !has(files, signature)) {
+        return "it has no SHA256SUMS and SHA256SUMS.sig";
+    }
+    if (std::none_of(keys.begin(), keys.end(), isSignedWith)) {
+        return std::string("none of the keys in ") + keyDirectory + " has signed its SHA256SUMS";
+    }
+    const std::set<std::string> listed = listedFiles();
+    for (const std::string& file : files) {
+        if (file != sums && file != signature && listed.find(file) == listed.end()) {
+            return file + " is not in its SHA256SUMS";
+        }
+    }
+    if (runShell(std::string("sha256sum -c ") + sums + " >/dev/null 2>&1") != 0) {
+        return "a sum in its SHA256SUMS is wrong";
+    }
+    return "";
+}
+
+} // namespace
+
+int checkSignature(const std::vector<std::string>& files)
+{
+    const std::vector<std::string> keys = linesOf(std::string("ls ") + keyDirectory + " 2>/dev/null");
+    if (keys.empty()) {
+        logWarning("There is no key in %s: firmware of anybody is accepted", keyDirectory);
+        return 0;
+    }
+    const std::string objection = objectionToFirmware(keys, files);
+    if (!objection.empty()) {
+        logWarning("Firmware is not accepted: %s", objection.c_str());
+        return -1;
+    }
+    return 0;
+}
