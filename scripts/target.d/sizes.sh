@@ -19,8 +19,10 @@ print_sizes() {
     done
 }
 
-# One library is for others, and has the daemon's objects once more.
-own_libraries() { find "$(build_directory "$1")/src" -name '*.a' ! -name libtimesettings.a; }
+# One library is for others, and has the daemon's objects once more; one is for the hardened build.
+own_libraries() {
+    find "$(build_directory "$1")/src" -name '*.a' ! -name libtimesettings.a ! -name libtarveld_hardening.a
+}
 
 text_of() { xargs size | awk 'NR > 1 { text += $1 } END { print text }'; }
 

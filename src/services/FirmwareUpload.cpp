@@ -3,6 +3,8 @@
 #include "services/TarvelServiceTcp.h"
 
 #include "protocol/Commands.h"
+#include "services/ArchiveCheck.h"
+#include "services/FirmwareSignature.h"
 #include "services/UploadDirectory.h"
 #include "util/File.h"
 #include "util/Hardened.h"
@@ -35,6 +37,38 @@ void runUpgrade()
         logInfo("SUCCESS");
     } else {
         logWarning("Upgrade FAILED");
+    }
+}
+
+int extract()
+{
+    if (LibUtils::extractArchive(archiveName, unpackDirectory) == -1) {
+        return -1;
+    }
+    deleteArchive();
+    return 0;
+}
+
+// What is not accepted does not stay where somebody could use it.
+int extractChecked(bool isUpgrade)
+{
+    std::vector<std::string> files;
+    const bool isAccepted =
+        checkArchive(archiveName, files) == 0 && extract() == 0 && (!isUpgrade || checkSignature(files) == 0);
+    if (!isAccepted) {
+        static_cast<void>(renewUploadDirectory());
+        return -1;
+    }
+    return 0;
+}
+
+int unpack(bool isUpgrade)
+{
+    if constexpr (hardened) {
+        return extractChecked(isUpgrade);
+    } else {
+        static_cast<void>(isUpgrade);
+        return extract();
     }
 }
 
@@ -72,16 +106,16 @@ bool copyToFile(TcpSocket& peer, const File& file, std::uint32_t remaining)
 
 int TarvelServiceTcp::processFwUpload(const MessageHeader& request)
 {
+    const bool isUpgrade = static_cast<CommandId>(request.commandId) == CommandId::firmwareUpgrade;
     if (receiveArchive(request) == -1) {
         return -1;
     }
-    if (LibUtils::extractArchive(archiveName, unpackDirectory) == -1) {
+    if (unpack(isUpgrade) == -1) {
         sendFailureReply(request);
         return -1;
     }
-    deleteArchive();
 
-    if (static_cast<CommandId>(request.commandId) == CommandId::firmwareUpgrade) {
+    if (isUpgrade) {
         logInfo("Upgrade process starting...");
         // On purpose before the upgrade, which may take the card down.
         sendStatus(request, Status::success);

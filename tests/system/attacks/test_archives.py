@@ -16,14 +16,22 @@ from tarvelsim import Card
 from wire import Command, Status
 
 ELSEWHERE = "/tmp/elsewhere"
+UPLOADS = "/tmp/upgrade"
+REFUSED_IF_HARDENED = Status.FAILURE if IS_HARDENED else Status.SUCCESS
 
 
-def archive_of_link(name: str, target: str) -> bytes:
+def member(name: str, kind: bytes = tarfile.REGTYPE, target: str = "", mode: int = 0o644) -> tarfile.TarInfo:
+    made = tarfile.TarInfo(name)
+    made.type, made.linkname, made.mode = kind, target, mode
+    return made
+
+
+def archive_of(*members: tarfile.TarInfo) -> bytes:
+    """Of members without content."""
     packed = io.BytesIO()
     with tarfile.open(fileobj=packed, mode="w", format=tarfile.USTAR_FORMAT) as tar:
-        member = tarfile.TarInfo(name)
-        member.type, member.linkname = tarfile.SYMTYPE, target
-        tar.addfile(member)
+        for each in members:
+            tar.addfile(each, io.BytesIO(bytes(each.size)))
     return gzip.compress(packed.getvalue(), mtime=0)
 
 
@@ -34,7 +42,7 @@ def upload(tcp: TcpPeer, data: bytes) -> Status:
 
 def test_link_in_one_upload_and_a_file_through_it_in_the_next(scratch_card: Card, tcp: TcpPeer) -> None:
     scratch_card.inside.run(["mkdir", ELSEWHERE])
-    assert upload(tcp, archive_of_link("way", ELSEWHERE)) == Status.SUCCESS
+    assert upload(tcp, archive_of(member("way", tarfile.SYMTYPE, ELSEWHERE))) == REFUSED_IF_HARDENED
     assert upload(tcp, archive({"way/planted": b"outside"})) == Status.SUCCESS
     assert scratch_card.inside.exists(f"{ELSEWHERE}/planted") != IS_HARDENED
 
@@ -60,3 +68,82 @@ def test_link_in_place_of_the_directory(scratch_card: Card, tcp: TcpPeer) -> Non
 def test_absolute_member_and_one_that_climbs(scratch_card: Card, tcp: TcpPeer, name: str) -> None:
     upload(tcp, archive({name: b"outside"}))
     assert not scratch_card.inside.exists(ELSEWHERE)
+
+
+def refused(card: Card, tcp: TcpPeer, data: bytes, reason: str) -> bool:
+    """Whether the archive was not unpacked, and the reason logged; all that was in it is gone then."""
+    mark = card.records.log_mark()
+    status = upload(tcp, data)
+    warnings = [line.text for line in card.records.log_lines(mark) if line.level == "warning"]
+    if status == Status.SUCCESS:
+        assert warnings == []
+        return False
+    assert warnings == [f"firmware.tar.gz {reason}, it is not unpacked"]
+    assert list(card.inside.path(UPLOADS).iterdir()) == []
+    return True
+
+
+@pytest.mark.parametrize(
+    ("odd", "reason"),
+    [
+        (member("way", tarfile.SYMTYPE, "/etc"), "way that is a link that leaves the directory: /etc"),
+        (member("way", tarfile.SYMTYPE, "pnr/../.."), "way that is a link that leaves the directory: pnr/../.."),
+        (member("root", mode=0o4755), "root that has the setuid or setgid bit"),
+        (member("root", mode=0o2755), "root that has the setuid or setgid bit"),
+        (member("--option"), "--option that has a name that a program would take for an option"),
+        (member("pipe", tarfile.FIFOTYPE), "pipe that is a device, a pipe or a socket"),
+        (member("a\\b"), "a\\\\b that has a backslash or a control character in its name"),
+        (member("a\nb"), "a\\nb that has a backslash or a control character in its name"),
+    ],
+    ids=["absolute link", "climbing link", "setuid", "setgid", "option", "pipe", "backslash", "line end"],
+)
+def test_member_that_must_not_be_on_a_card(
+    scratch_card: Card, tcp: TcpPeer, odd: tarfile.TarInfo, reason: str
+) -> None:
+    data = archive_of(member("pnr/", tarfile.DIRTYPE, mode=0o755), odd)
+    assert refused(scratch_card, tcp, data, f"has a member {reason}") == IS_HARDENED
+
+
+def test_member_behind_a_link_of_the_same_archive(scratch_card: Card, tcp: TcpPeer) -> None:
+    data = archive_of(
+        member("pnr/", tarfile.DIRTYPE, mode=0o755), member("way", tarfile.SYMTYPE, "pnr"), member("way/planted")
+    )
+    reason = "has a member way/planted that passes through a link of the same archive"
+    assert refused(scratch_card, tcp, data, reason) == IS_HARDENED
+
+
+def test_member_in_place_of_the_archive_that_is_unpacked(scratch_card: Card, tcp: TcpPeer) -> None:
+    data = archive_of(member("firmware.tar.gz", tarfile.SYMTYPE, "elsewhere"))
+    upload(tcp, data)
+    assert scratch_card.inside.path(UPLOADS).joinpath("firmware.tar.gz").is_symlink() is False
+    logged = [line.text for line in scratch_card.records.log_lines()]
+    assert any("would overwrite the archive" in text for text in logged) == IS_HARDENED
+
+
+def test_owner_that_looks_like_the_rest_of_a_line(scratch_card: Card, tcp: TcpPeer) -> None:
+    """GNU tar tells owners by their names in the archive."""
+    link = member("x", tarfile.SYMTYPE, ELSEWHERE)
+    link.uname = "r 0 2026-11-22 14:51 x -> b"
+    assert refused(scratch_card, tcp, archive_of(link), "has members that cannot be told apart") == IS_HARDENED
+
+
+def test_archive_that_unpacks_to_more_than_the_card_has_room_for(scratch_card: Card, tcp: TcpPeer) -> None:
+    """The build that is tested takes 16 MiB."""
+    large = member("pnr/padding")
+    large.size = (16 << 20) + 1
+    reason = f"is too large: more than {16 << 20} bytes"
+    assert refused(scratch_card, tcp, archive_of(large), reason) == IS_HARDENED
+
+
+def test_archive_of_members_without_end(scratch_card: Card, tcp: TcpPeer) -> None:
+    many = [member(f"{number:090}") for number in range(12_000)]
+    assert refused(scratch_card, tcp, archive_of(*many), "has too many members") == IS_HARDENED
+
+
+def test_plain_archive_which_is_no_attack(scratch_card: Card, tcp: TcpPeer) -> None:
+    link = member("pnr/newest", tarfile.SYMTYPE, "kern\u00e9l")
+    twin = member("pnr/twin", tarfile.LNKTYPE, "pnr/kern\u00e9l")
+    data = archive_of(member("pnr/", tarfile.DIRTYPE, mode=0o755), member("pnr/kern\u00e9l"), link, twin)
+    assert upload(tcp, data) == Status.SUCCESS
+    names = {path.name for path in scratch_card.inside.path(f"{UPLOADS}/pnr").iterdir()}
+    assert names == {"kern\u00e9l", "newest", "twin"}

@@ -10,14 +10,17 @@
 #include <cstring>
 #include <syslog.h>
 
-// What the shell is given to unpack an upload: the hardened build makes the directory anew before.
+// What the shell is given to unpack an upload: the hardened build makes the directory anew before, and looks at the
+// archive.
 inline Texts commandsOfUnpacking()
 {
-    Texts commands = {"tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
     if (hardened) {
-        commands.insert(commands.begin(), "rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade");
+        return {"rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade",
+                "{ tar -tzf firmware.tar.gz 2>/dev/null || echo; } | head -c 1048577",
+                "{ tar -tvzf firmware.tar.gz 2>/dev/null || echo; } | head -c 1048577",
+                "tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
     }
-    return commands;
+    return {"tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
 }
 
 // The TCP service of a card with a connected client; the log and the journal start behind the set-up.

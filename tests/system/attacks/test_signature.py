@@ -1,0 +1,135 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""Firmware that nobody with a key has made."""
+
+import hashlib
+import subprocess
+from collections.abc import Iterator
+from pathlib import Path
+
+import pytest
+from support.archives import archive
+from support.daemon import IS_HARDENED
+from support.peers import TcpPeer
+from support.uploads import send_upload
+from tarvelsim import Card
+from wire import Command, Status
+
+FILES = {"pnr/kernel": b"9.9", "pnr/squashfs image": b"8.8"}
+KEYS = "/etc/tarveld/keys"
+REFUSED_IF_HARDENED = Status.FAILURE if IS_HARDENED else Status.SUCCESS
+
+
+class Maker:
+    """Somebody with a pair of keys."""
+
+    def __init__(self, directory: Path, name: str) -> None:
+        self._secret, self.public = directory / f"{name}.sec", directory / f"{name}.pub"
+        subprocess.run(["signify-openbsd", "-G", "-n", "-p", self.public, "-s", self._secret], check=True)
+
+    def sign(self, sums: bytes) -> bytes:
+        sums_file = self._secret.with_suffix(".sums")
+        sums_file.write_bytes(sums)
+        signature = self._secret.with_suffix(".sig")
+        command: list[str | Path] = ["signify-openbsd", "-S", "-s", self._secret, "-m", sums_file, "-x", signature]
+        subprocess.run(command, check=True)
+        return signature.read_bytes()
+
+    def archive(self, files: dict[str, bytes]) -> dict[str, bytes]:
+        """The members of firmware as it ought to be."""
+        sums = "".join(f"{hashlib.sha256(data).hexdigest()}  {name}\n" for name, data in files.items()).encode()
+        return {"pnr/": b"", **files, "SHA256SUMS": sums, "SHA256SUMS.sig": self.sign(sums)}
+
+
+@pytest.fixture
+def maker(tmp_path: Path) -> Maker:
+    return Maker(tmp_path, "maker")
+
+
+@pytest.fixture
+def keyed_card(scratch_card: Card, maker: Maker) -> Iterator[Card]:
+    """It knows one maker."""
+    scratch_card.inside.run(["mkdir", "-p", KEYS])
+    scratch_card.inside.write(f"{KEYS}/maker.pub", maker.public.read_text(encoding="ascii"))
+    yield scratch_card
+    scratch_card.inside.run(["rm", "-r", KEYS])
+
+
+def upgrade(tcp: TcpPeer, members: dict[str, bytes], command: Command = Command.UPGRADE) -> Status:
+    send_upload(tcp, archive(members), command)
+    return Status(tcp.receive().header.status)
+
+
+def ran(card: Card) -> bool:
+    """Asked for when the request is done with: the daemon logs how the script ended."""
+    return any("fwupgrade" in call[0] for call in card.records.calls())
+
+
+def warnings(card: Card) -> list[str]:
+    """What is said of the connection is no concern here."""
+    lines = [line.text for line in card.records.log_lines() if line.level == "warning"]
+    return [line for line in lines if not line.startswith("recv() failed")]
+
+
+def test_signed_firmware_which_is_no_attack(keyed_card: Card, tcp: TcpPeer, maker: Maker) -> None:
+    assert upgrade(tcp, maker.archive(FILES)) == Status.SUCCESS
+    keyed_card.records.wait_log("SUCCESS")
+    assert warnings(keyed_card) == []
+
+
+def test_second_key_of_a_card(keyed_card: Card, tcp: TcpPeer, tmp_path: Path) -> None:
+    second = Maker(tmp_path, "second")
+    keyed_card.inside.write(f"{KEYS}/second key.pub", second.public.read_text(encoding="ascii"))
+    assert upgrade(tcp, second.archive(FILES)) == Status.SUCCESS
+
+
+def changed(members: dict[str, bytes], name: str, content: bytes | None) -> dict[str, bytes]:
+    """With another content of one member, or without it."""
+    return {key: data for key, data in {**members, name: content}.items() if data is not None}
+
+
+@pytest.mark.parametrize(
+    ("name", "content", "reason"),
+    [
+        ("SHA256SUMS.sig", None, "it has no SHA256SUMS and SHA256SUMS.sig"),
+        ("SHA256SUMS", None, "it has no SHA256SUMS and SHA256SUMS.sig"),
+        ("SHA256SUMS", b"", f"none of the keys in {KEYS} has signed its SHA256SUMS"),
+        ("pnr/kernel", b"evil", "a sum in its SHA256SUMS is wrong"),
+        ("pnr/kernel", None, "a sum in its SHA256SUMS is wrong"),
+        ("pnr/planted", b"evil", "pnr/planted is not in its SHA256SUMS"),
+    ],
+    ids=["no signature", "no sums", "other sums", "changed file", "missing file", "added file"],
+)
+def test_firmware_that_its_maker_has_not_made_so(
+    keyed_card: Card, tcp: TcpPeer, maker: Maker, name: str, content: bytes | None, reason: str
+) -> None:
+    assert upgrade(tcp, changed(maker.archive(FILES), name, content)) == REFUSED_IF_HARDENED
+    if IS_HARDENED:
+        assert warnings(keyed_card) == [f"Firmware is not accepted: {reason}"]
+        assert not ran(keyed_card)
+        assert list(keyed_card.inside.path("/tmp/upgrade").iterdir()) == []
+    else:
+        keyed_card.records.wait_call("fwupgrade")
+
+
+def test_firmware_of_another_maker(keyed_card: Card, tcp: TcpPeer, tmp_path: Path) -> None:
+    assert upgrade(tcp, Maker(tmp_path, "other").archive(FILES)) == REFUSED_IF_HARDENED
+
+
+def test_signed_file_in_place_of_another(keyed_card: Card, tcp: TcpPeer, maker: Maker) -> None:
+    """Both are signed, but not so."""
+    members = maker.archive({"pnr/kernel": b"new", "old": b"old"})
+    members["pnr/kernel"] = members["old"]
+    assert upgrade(tcp, members) == REFUSED_IF_HARDENED
+
+
+def test_upload_without_an_upgrade_needs_no_signature(keyed_card: Card, tcp: TcpPeer) -> None:
+    assert upgrade(tcp, FILES, Command.UPLOAD) == Status.SUCCESS
+    assert not ran(keyed_card)
+
+
+def test_card_without_a_key_takes_firmware_of_anybody(scratch_card: Card, tcp: TcpPeer) -> None:
+    assert upgrade(tcp, {"pnr/": b"", **FILES}) == Status.SUCCESS
+    scratch_card.records.wait_log("SUCCESS")
+    told = f"There is no key in {KEYS}: firmware of anybody is accepted"
+    assert warnings(scratch_card) == ([told] if IS_HARDENED else [])
