@@ -13,6 +13,7 @@ namespace
 void takeAnswer(const CardReply& answer, Sight& sight)
 {
     sight.state = CardState::up;
+    sight.hindrance.reset();
     if (answer.address != noAddress) {
         sight.endpoint = Endpoint{answer.address};
         sight.isLookedUp = true;
@@ -39,10 +40,11 @@ Sight CardWatch::firstSightOf(const Target& target)
 // A name is asked for where its address is not known, or is silent: the card may have got another one, or one at last.
 Task<void> CardWatch::look(const Target& target, Sight& sight)
 {
+    sight.hindrance.reset();
     if (sight.endpoint) {
         co_await lookOverTcp(sight);
     }
-    const bool isUnseen = !sight.endpoint || isDown(sight.state);
+    const bool isUnseen = !sight.endpoint || sight.hindrance || isDown(sight.state);
     if (isUnseen && !target.name.empty() && !target.isAddress()) {
         co_await lookByName(target.name, sight);
     }
@@ -51,17 +53,21 @@ Task<void> CardWatch::look(const Target& target, Sight& sight)
 Task<void> CardWatch::lookOverTcp(Sight& sight)
 {
     const Slots::Held place = co_await polls;
-    if (question == Question::connection) {
-        const PortState port = co_await network.probe(*sight.endpoint, network.retryPolicy().timeout);
-        sight.state = stateOf(port);
-        co_return;
-    }
     try {
+        if (question == Question::connection) {
+            const PortState port = co_await network.probe(*sight.endpoint, network.retryPolicy().timeout);
+            sight.state = stateOf(port);
+            co_return;
+        }
         Versions versions = co_await queryVersionsUntil(network, *sight.endpoint, network.deadline());
         sight.components = std::move(versions.components);
         sight.state = CardState::upAndIdle;
     } catch (const Failure& failure) {
-        sight.state = stateOf(failure);
+        if (isOfThisMachine(failure)) {
+            sight.hindrance = failure;
+        } else {
+            sight.state = stateOf(failure);
+        }
     }
 }
 
@@ -71,8 +77,11 @@ Task<void> CardWatch::lookByName(std::string name, Sight& sight)
     std::optional<CardReply> answer;
     try {
         answer = co_await rounds.answerOf(std::move(name));
-    } catch (const Failure&) {
-        co_return; // what was seen over TCP stands
+    } catch (const Failure& failure) {
+        if (!sight.endpoint) { // else what was seen over TCP stands
+            sight.hindrance = failure;
+        }
+        co_return;
     }
     if (!answer) {
         sight.state = sight.endpoint ? sight.state : CardState::notFound;

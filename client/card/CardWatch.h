@@ -22,6 +22,7 @@ struct Sight {
     std::optional<Endpoint> endpoint;  // where it is asked, if that is known
     bool isLookedUp = false;           // that is what the card itself answered when its name was asked for
     std::vector<Component> components; // what it last said, if it is asked for its versions
+    std::optional<Failure> hindrance;  // why this machine could not look the last time; all else is from before
 };
 
 // Looks at cards again and again: over TCP where an address is known, by their names where none is, or where nobody
@@ -37,7 +38,7 @@ public:
     // What is known without a look: names have been asked for already.
     [[nodiscard]] static Sight firstSightOf(const Target& target);
 
-    // Never fails: a card that cannot be asked is seen so.
+    // Never fails: a card that cannot be asked is seen so, and a machine that cannot ask is a hindrance.
     Task<void> look(const Target& target, Sight& sight);
 
     // As Lookup::secondAnswers, of all looks until now.

@@ -7,6 +7,7 @@
 #include "client/wire/Phase.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 
 namespace
 {
@@ -52,9 +53,18 @@ Failure notBack()
             "the card went down, but did not answer again in time"};
 }
 
-Failure interruptedReboot(std::string phase)
+// The card was told, so that the failure is not all there is to say.
+Failure notSeen(Failure failure, const char* what)
 {
-    return {ExitCode::interrupted, Category::interrupted, std::move(phase), "the card reboots all the same"};
+    failure.code = ExitCode::noAnswer;
+    failure.hint = fmt::format("{} is not known: {}", what, failure.hint);
+    return failure;
+}
+
+Failure interruptedReboot(std::string phase, bool confirmed)
+{
+    return {ExitCode::interrupted, Category::interrupted, std::move(phase),
+            confirmed ? "the card reboots all the same" : "the card may reboot all the same: it has not confirmed it"};
 }
 
 } // namespace
@@ -76,7 +86,7 @@ Task<void> Reboot::run(std::optional<Seconds> waitTime)
             co_await seeThrough(openPort, *waitTime);
         }
     } catch (const Interrupted&) {
-        throw interruptedReboot(phase);
+        throw interruptedReboot(phase, confirmed);
     }
 }
 
@@ -84,8 +94,12 @@ Task<void> Reboot::run(std::optional<Seconds> waitTime)
 // another host's on the way there.
 Task<std::optional<Endpoint>> Reboot::openPortOf(Endpoint endpoint)
 {
-    const PortState port = co_await network.probe(endpoint, glance);
-    co_return port == PortState::open ? std::optional(endpoint) : std::nullopt;
+    try {
+        const PortState port = co_await network.probe(endpoint, glance);
+        co_return port == PortState::open ? std::optional(endpoint) : std::nullopt;
+    } catch (const Failure&) { // no way there
+        co_return std::nullopt;
+    }
 }
 
 // False if nothing came back.
@@ -144,26 +158,40 @@ Task<void> Reboot::seeThrough(std::optional<Endpoint> openPort, Seconds waitTime
     back = Clock::now() - start;
 }
 
-// Down is a card that refuses connections, or from which nothing at all comes. The port is tried first because that
-// costs the card least.
+// A card that went down while this machine could not look at it was not seen to stay up.
 Task<bool> Reboot::seeItGoDown(std::optional<Endpoint> openPort, TimePoint end)
 {
     while (Clock::now() < end) {
         const TimePoint next = after(glance);
-        PortState port = PortState::silent;
-        if (openPort) {
-            port = co_await network.probe(*openPort, glance);
-        }
-        bool answers = port == PortState::open;
-        if (port == PortState::silent) {
-            answers = co_await answersByName(untilSilent);
-        }
-        if (!answers) {
-            co_return true;
+        try {
+            const bool isUp = co_await answers(openPort);
+            if (!isUp) {
+                co_return true;
+            }
+        } catch (const Failure& failure) {
+            hindrance = failure;
         }
         co_await network.eventLoop().until(next);
     }
+    if (hindrance) {
+        throw notSeen(*hindrance, "whether the card rebooted");
+    }
     co_return false;
+}
+
+// Down is a card that refuses connections, or from which nothing at all comes. The port is tried first because that
+// costs the card least.
+Task<bool> Reboot::answers(std::optional<Endpoint> openPort)
+{
+    PortState port = PortState::silent;
+    if (openPort) {
+        port = co_await network.probe(*openPort, glance);
+    }
+    bool answers = port == PortState::open;
+    if (port == PortState::silent) {
+        answers = co_await answersByName(untilSilent);
+    }
+    co_return answers;
 }
 
 // Asks with growing patience: a card that is slow to answer must not be given up before it does.
@@ -173,22 +201,30 @@ Task<void> Reboot::seeItComeBack(TimePoint end)
     while (Clock::now() < end) {
         const TimePoint next = after(glance);
         const RetryPolicy once{time, 0};
-        const bool answers = co_await answersByName(once);
-        if (answers) {
-            co_return;
+        hindrance.reset();
+        try {
+            const bool isBack = co_await answersByName(once);
+            if (isBack) {
+                co_return;
+            }
+        } catch (const Failure& failure) {
+            hindrance = failure;
         }
         time = std::min(longestAnswer, time * growth);
         co_await network.eventLoop().until(next);
     }
-    throw notBack();
+    throw hindrance ? notSeen(*hindrance, "whether the card is back") : notBack();
 }
 
-// A refusal, too, comes from a card that is up.
+// A refusal, too, comes from a card that is up. Throws a Failure of this machine.
 Task<bool> Reboot::answersByName(RetryPolicy policy)
 {
     try {
         co_await queryIpConfiguration(network, name, policy);
     } catch (const Failure& failure) {
+        if (isOfThisMachine(failure)) {
+            throw;
+        }
         co_return failure.code == ExitCode::refusedByCard || failure.code == ExitCode::protocol;
     }
     co_return true;

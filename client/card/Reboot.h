@@ -4,6 +4,7 @@
 
 #include "client/engine/EventLoop.h"
 #include "client/engine/Task.h"
+#include "client/model/Failure.h"
 #include "client/wire/Network.h"
 
 #include <optional>
@@ -16,7 +17,7 @@ public:
     Reboot(Network& newNetwork, std::string newName) : network(newNetwork), name(std::move(newName)) {}
 
     // With a time: ends when the card is back, which must be by then. Throws a Failure; an interruption becomes one
-    // that says that the card reboots all the same. If the card does not confirm, it is watched for as long again.
+    // that says whether the card reboots all the same. If the card does not confirm, it is watched for as long again.
     Task<void> run(std::optional<Seconds> waitTime);
 
     // How far it got.
@@ -32,6 +33,7 @@ private:
     Task<void> seeThrough(std::optional<Endpoint> openPort, Seconds waitTime);
     Task<bool> seeItGoDown(std::optional<Endpoint> openPort, TimePoint end);
     Task<void> seeItComeBack(TimePoint end);
+    Task<bool> answers(std::optional<Endpoint> openPort);
     Task<bool> answersByName(RetryPolicy policy);
 
     Network& network;
@@ -41,4 +43,5 @@ private:
     std::optional<TimePoint> sent;
     std::optional<Seconds> down;
     std::optional<Seconds> back;
+    std::optional<Failure> hindrance; // why this machine could not look at the card for a while
 };

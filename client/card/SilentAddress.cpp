@@ -23,6 +23,7 @@ std::string whatWasSeen(const Failure& failure)
     case Category::connectTimeout:
     case Category::noRoute:
         return "which takes no connection";
+    case Category::noNetwork:
     case Category::noSocket:
         return "which was not looked at: " + failure.hint;
     default:

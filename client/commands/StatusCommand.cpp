@@ -34,7 +34,7 @@ protected:
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
             if (isFound) {
-                result.add("state", std::string(wordsOf(stateOf(failure))));
+                result.add("state", isOfThisMachine(failure) ? Cell() : std::string(wordsOf(stateOf(failure))));
                 result.add("seconds", Cell());
             } else {
                 tellNotFound(result);

@@ -57,11 +57,11 @@ protected:
             if (!isFresh) {
                 co_await watch->look(target, sight);
             }
-            wasUp = wasUp || !isDown(sight.state);
+            wasUp = wasUp || (!sight.hindrance && !isDown(sight.state));
             if (isReached(sight) || Clock::now() >= end) {
                 break;
             }
-            context.console.progress(target.label, {.phase = std::string(wordsOf(sight.state))});
+            context.console.progress(target.label, {.phase = std::string(wordsNow(sight))});
             co_await context.loop.until(std::min(next, end)); // the last look is when the time is over
         }
         tell(target, sight, wasUp, result);
@@ -87,8 +87,16 @@ private:
         return Goal::idle;
     }
 
+    static std::string_view wordsNow(const Sight& sight)
+    {
+        return sight.hindrance ? "cannot be looked at from here" : wordsOf(sight.state);
+    }
+
     [[nodiscard]] bool isReached(const Sight& sight) const
     {
+        if (sight.hindrance) {
+            return false;
+        }
         switch (goal) {
         case Goal::up:
             return !isDown(sight.state);
@@ -110,9 +118,14 @@ private:
 
     void tell(const Target& target, const Sight& sight, bool wasUp, Result& result) const
     {
-        result.add("state", std::string(wordsOf(sight.state)));
+        if (!sight.hindrance) {
+            result.add("state", std::string(wordsOf(sight.state)));
+        }
         result.add("seconds", Seconds(Clock::now() - start).count());
         addAddressFrom(sight.isLookedUp ? "lookup" : addressFrom(target), result);
+        if (sight.hindrance) {
+            throw Failure(*sight.hindrance);
+        }
         if (!isReached(sight)) {
             throw Failure{ExitCode::noAnswer, Category::timeout, fmt::format("waiting for {}", wish),
                           fmt::format("{} when {:g} s were over", wordsOf(sight.state), waitTime)};

@@ -30,6 +30,7 @@ constexpr std::array words = {
     Word{Category::needsYes, "needs-yes"},
     Word{Category::noAddress, "no-address"},
     Word{Category::noInterface, "no-interface"},
+    Word{Category::noNetwork, "no-network"},
     Word{Category::noRoute, "no-route"},
     Word{Category::noSocket, "no-socket"},
     Word{Category::notAsExpected, "not-as-expected"},

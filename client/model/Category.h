@@ -22,6 +22,7 @@ enum class Category {
     needsYes,
     noAddress,
     noInterface,
+    noNetwork, // this machine has no way there
     noRoute,
     noSocket,
     notAsExpected,

@@ -23,6 +23,13 @@ struct Failure {
     return failure.code == ExitCode::unreachable || failure.category == Category::noSocket;
 }
 
+// Is it one of this machine, which then has seen nothing of any card?
+[[nodiscard]] inline bool isOfThisMachine(const Failure& failure)
+{
+    return failure.category == Category::noInterface || failure.category == Category::noNetwork ||
+           failure.category == Category::noSocket;
+}
+
 [[nodiscard]] inline Failure usageFailure(std::string hint)
 {
     return {ExitCode::usage, Category::usage, "reading the command line", std::move(hint)};

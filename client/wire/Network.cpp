@@ -151,7 +151,7 @@ void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Reque
         }
     }
     if (!sent) {
-        throw Failure{ExitCode::unreachable, Category::noRoute, "sending a broadcast",
+        throw Failure{ExitCode::unreachable, Category::noNetwork, "sending a broadcast",
                       fmt::format("no interface took the datagram: {}", ::strerror(error))};
     }
 }

@@ -42,9 +42,21 @@ Failure closedEarly()
     return {ExitCode::noAnswer, Category::closed, {}, "the card closed the connection without an answer"};
 }
 
+// What connect() says at once, this machine says.
+Failure noWay(int error)
+{
+    return {ExitCode::unreachable, Category::noNetwork, "connecting",
+            fmt::format("this machine has no way to the card: {}", ::strerror(error))};
+}
+
 Descriptor openSocket()
 {
-    return Descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (!socket) {
+        throw Failure{ExitCode::internal, Category::noSocket, "connecting",
+                      fmt::format("no socket can be opened: {}", ::strerror(errno))};
+    }
+    return socket;
 }
 
 // What connect() ended with; 0 once connected.
@@ -54,8 +66,11 @@ Task<int> connectError(const Wire& wire, int socket, Endpoint endpoint, TimePoin
     if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
         co_return 0;
     }
-    if (errno != EINPROGRESS) {
+    if (errno == ECONNREFUSED) { // a peer on this machine refuses at once
         co_return errno;
+    }
+    if (errno != EINPROGRESS) {
+        throw noWay(errno);
     }
     const bool ready = co_await wire.loop.writable(socket, deadline);
     if (!ready) {
@@ -78,10 +93,6 @@ Task<TcpConnection> TcpConnection::open(const Wire& wire, Endpoint endpoint, Req
 {
     wire.gate.admit(request);
     Descriptor socket = openSocket();
-    if (!socket) {
-        throw Failure{ExitCode::internal, Category::noSocket, "connecting",
-                      fmt::format("no socket can be opened: {}", ::strerror(errno))};
-    }
     const int error = co_await connectError(wire, socket.get(), endpoint, deadline);
     if (error != 0) {
         throw unreachable(error);

@@ -52,5 +52,6 @@ private:
 // How a card's port takes a connection.
 enum class PortState { open, closed, silent };
 
-// Connects and closes without a word. In a dry run nobody is contacted, and every port is silent.
+// Connects and closes without a word. In a dry run nobody is contacted, and every port is silent. Throws a Failure if
+// this machine can contact nobody.
 Task<PortState> probePort(const Wire& wire, Endpoint endpoint, TimePoint deadline);

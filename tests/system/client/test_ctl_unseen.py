@@ -2,12 +2,11 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What no client can see, and the manual page therefore lists: these changes go through."""
 
-import subprocess
 import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
 
-from support.ctl import Answer, Ctl
+from support.ctl import Ctl
 from support.fake_card import FakeTcpCard, FakeUdpCard, answer
 from support.stopping import stopped
 from tarvelsim import Card
@@ -100,11 +99,8 @@ def test_an_address_that_hears_no_broadcast_is_not_checked(ctl: Ctl, firmware: s
 
 
 def test_a_machine_that_can_hear_nobody_changes_what_has_an_address(ctl: Ctl) -> None:
-    """In a network of its own, where there is the loopback device alone, and nobody on it."""
-    isolated = ["unshare", "--net", "sh", "-c", 'ip link set lo up && exec "$@"', "sh", str(ctl.program)]
-    words = ["-o", "json", "time", "set", "--ntp", "10.0.0.99", "127.0.0.1", "127.0.0.2", "rack1"]
-    ended = subprocess.run([*isolated, *words], capture_output=True, text=True, env=ctl.environment, check=False)
-    results = Answer(ended.returncode, ended.stdout, ended.stderr).results
+    told = ctl.isolated(*NTP, "127.0.0.1", "127.0.0.2", "rack1")
+    results = told.results
     assert [result["category"] for result in results] == ["refused", "refused", "no-interface"]
     assert [result.get("checked") for result in results] == [False] * 3
-    assert "warning: 127.0.0.1: whether two cards share its address was not checked" in ended.stderr
+    assert "warning: 127.0.0.1: whether two cards share its address was not checked" in told.err

@@ -45,6 +45,11 @@ def test_a_busy_card_is_waited_for_until_it_is_idle(ctl: Ctl, rack: list[Card]) 
     assert '"state": "up and idle"' in out
 
 
+def test_a_machine_without_a_network_does_not_see_a_card_go_down(ctl: Ctl, rack: list[Card]) -> None:
+    answer = ctl.isolated("wait", "--for", "down", "--wait-time", "0.1", rack[0].address("eth0") or "")
+    assert (answer.code, answer.result["category"], answer.result.get("state")) == (6, "no-network", None)
+
+
 def test_a_card_that_reboots_is_waited_for(ctl: Ctl, scratch: Card) -> None:
     assert ctl("reboot", "--wait", "rack1").code == 0
     assert ctl.json("wait", "--for", "idle", "rack1").result["state"] == "up and idle"

@@ -82,6 +82,13 @@ class Ctl:
     def json(self, *words: str, input: str = "") -> Answer:
         return self("-o", "json", *words, input=input)
 
+    def isolated(self, *words: str) -> Answer:
+        """In a network of its own, where there is the loopback device alone, and nobody on it."""
+        network = ["unshare", "--net", "sh", "-c", 'ip link set lo up && exec "$@"', "sh"]
+        words = (*network, str(self.program), "-o", "json", *words)
+        ended = subprocess.run(words, capture_output=True, text=True, env=self.environment, timeout=60, check=False)
+        return Answer(ended.returncode, ended.stdout, ended.stderr)
+
     def start(self, *words: str) -> subprocess.Popen[str]:
         """Lets it run; the test ends it."""
         return subprocess.Popen(

@@ -2,7 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 namespace
@@ -108,6 +110,55 @@ TEST_F(RebootCommandTest, TellsThatTheCardStayedUp)
     EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "0.1", "card1"}), 7);
     EXPECT_TRUE(outHas("\"changed\": null"));
     EXPECT_TRUE(errHas("waiting for the card to go down"));
+}
+
+TEST_F(RebootCommandTest, DoesNotTakeAMachineThatCannotAskForACardThatIsDown)
+{
+    card.behave(reboot, [](const FakeCard::Request&) {
+        failAlways("socket", EMFILE);
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "0.5", "card1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("whether the card rebooted is not known: "));
+}
+
+TEST_F(RebootCommandTest, DoesNotTakeAMachineThatCannotAskForACardThatDoesNotComeBack)
+{
+    card.behave(reboot, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        card.behave(ipGet, [](const FakeCard::Request&) {
+            failAlways("socket", EMFILE);
+            return FakeCard::Answer{.hangsUp = true};
+        });
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "0.5", "card1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_TRUE(outHas("\"changed\": true"));
+    EXPECT_TRUE(errHas("whether the card is back is not known: "));
+}
+
+TEST_F(RebootCommandTest, TellsAnInterruptionByWhatTheCardConfirmed)
+{
+    card.behave(reboot, [](const FakeCard::Request&) {
+        std::raise(SIGINT);
+        return FakeCard::Answer{.hangsUp = true};
+    });
+    EXPECT_EQ(run({"-o", "json", "reboot", "card1"}), 130);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("the card may reboot all the same"));
+    card.answer(reboot, done);
+    card.behave(ipGet, [this](const FakeCard::Request&) {
+        if (card.texts(reboot).size() == 2) {
+            std::raise(SIGINT);
+        }
+        return says(ipXml("127.0.0.1"));
+    });
+    card.refuseConnections();
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "card1"}), 130);
+    EXPECT_TRUE(errHas("the card reboots all the same"));
 }
 
 TEST_F(RebootCommandTest, DoesNotTakeASlowCardForOneThatIsDown)

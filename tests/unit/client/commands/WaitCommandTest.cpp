@@ -3,6 +3,7 @@
 #include "ProgramFixture.h"
 #include "client/card/CardWatch.h"
 
+#include <cerrno>
 #include <thread>
 
 namespace
@@ -63,6 +64,38 @@ TEST_F(WaitCommandTest, WaitsForACardToGoDown)
     EXPECT_EQ(run({"wait", "--for", "down", "127.0.0.1:1"}), 0);
     EXPECT_TRUE(outHas("daemon down"));
     EXPECT_TRUE(errHas("it was not seen up before"));
+}
+
+TEST_F(WaitCommandTest, DoesNotTakeAMachineThatCannotAskForACardThatIsDown)
+{
+    failAlways("socket", EMFILE);
+    EXPECT_EQ(run({"-o", "json", "wait", "--for", "down", "--wait-time", "0.1", "127.0.0.1"}), 1);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_FALSE(outHas("\"state\""));
+    forgetScripts();
+    failAlways("connect", ENETUNREACH);
+    EXPECT_EQ(run({"-o", "json", "wait", "--for", "down", "--wait-time", "0.1", "127.0.0.1"}), 6);
+    EXPECT_TRUE(outHas("\"category\": \"no-network\""));
+    EXPECT_EQ(run({"-o", "json", "wait", "--for", "idle", "--wait-time", "0.1", "127.0.0.1"}), 6);
+    EXPECT_TRUE(outHas("\"category\": \"no-network\""));
+}
+
+TEST_F(WaitCommandTest, DoesNotTakeAMachineThatCannotBroadcastForACardThatIsDown)
+{
+    passNext("socket"); // of the first look
+    failAlways("socket", EMFILE);
+    EXPECT_EQ(run({"--timeout", "0.05", "wait", "--for", "down", "--wait-time", "0.1", "card1"}), 1);
+    forgetScripts();
+    passNext("socket");
+    failAlways("socket", EMFILE);
+    EXPECT_EQ(run({"--timeout", "0.05", "-o", "json", "wait", "--for", "up", "--wait-time", "0.1", "card2"}), 1);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+}
+
+TEST_F(WaitCommandTest, GoesOnWhenTheMachineCanAskAgain)
+{
+    failNext("socket", EMFILE);
+    EXPECT_EQ(run({"wait", "--for", "up", "--wait-time", "0.1", "127.0.0.1"}), 0);
 }
 
 TEST_F(WaitCommandTest, TakesANameThatNobodyHasForDown)
