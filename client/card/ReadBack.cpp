@@ -34,3 +34,10 @@ Failure unread(Failure failure, const Failure& cause)
     failure.hint += fmt::format("; what the card has now is not known: {}", cause.hint);
     return failure;
 }
+
+Failure unknownOutcome(const std::string& what, Failure cause)
+{
+    cause.code = ExitCode::noAnswer;
+    cause.hint = fmt::format("{}: {}", what, cause.hint);
+    return cause;
+}

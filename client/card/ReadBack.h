@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 // A change that a card did not confirm may be done all the same: only what the card tells afterwards shows it.
 
@@ -20,3 +21,5 @@ Task<std::optional<Failure>> readBack(EventLoop& loop, TimePoint end, std::funct
 
 // The failure of a change, if the question what became of it failed, too.
 [[nodiscard]] Failure unread(Failure failure, const Failure& cause);
+// The failure of a change after which a card was told, for a reason that is not the card's answer to it.
+[[nodiscard]] Failure unknownOutcome(const std::string& what, Failure cause);

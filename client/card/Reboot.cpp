@@ -4,10 +4,10 @@
 
 #include "client/card/Identity.h"
 #include "client/card/Queries.h"
+#include "client/card/ReadBack.h"
 #include "client/wire/Phase.h"
 
 #include <algorithm>
-#include <fmt/core.h>
 
 namespace
 {
@@ -51,14 +51,6 @@ Failure notBack()
 {
     return {ExitCode::noAnswer, Category::notBack, "waiting for the card to come back",
             "the card went down, but did not answer again in time"};
-}
-
-// The card was told, so that the failure is not all there is to say.
-Failure notSeen(Failure failure, const char* what)
-{
-    failure.code = ExitCode::noAnswer;
-    failure.hint = fmt::format("{} is not known: {}", what, failure.hint);
-    return failure;
 }
 
 Failure interruptedReboot(std::string phase, bool confirmed)
@@ -174,7 +166,7 @@ Task<bool> Reboot::seeItGoDown(std::optional<Endpoint> openPort, TimePoint end)
         co_await network.eventLoop().until(next);
     }
     if (hindrance) {
-        throw notSeen(*hindrance, "whether the card rebooted");
+        throw unknownOutcome("whether the card rebooted is not known", *hindrance);
     }
     co_return false;
 }
@@ -213,7 +205,7 @@ Task<void> Reboot::seeItComeBack(TimePoint end)
         time = std::min(longestAnswer, time * growth);
         co_await network.eventLoop().until(next);
     }
-    throw hindrance ? notSeen(*hindrance, "whether the card is back") : notBack();
+    throw hindrance ? unknownOutcome("whether the card is back is not known", *hindrance) : notBack();
 }
 
 // A refusal, too, comes from a card that is up. Throws a Failure of this machine.

@@ -10,10 +10,21 @@
 namespace
 {
 
-Failure interruptedSetting()
+constexpr const char* setting = "setting the time reference";
+constexpr const char* readingBack = "reading the time reference back";
+
+Failure interruptedSetting(bool told)
 {
-    return {ExitCode::interrupted, Category::interrupted, "setting the time reference",
-            "the card may have the new time reference or the former one; `tarvelctl time get` tells"};
+    return {ExitCode::interrupted, Category::interrupted, setting,
+            told ? "the card may have the new time reference or the former one; `tarvelctl time get` tells"
+                 : "interrupted; nothing was sent"};
+}
+
+Failure unknown(Failure cause)
+{
+    cause.phase = readingBack;
+    return unknownOutcome("the card confirmed the time reference, but what the card has now is not known",
+                          std::move(cause));
 }
 
 Failure notTaken(std::string hint)
@@ -37,44 +48,41 @@ void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passe
     }
 }
 
-Task<void> send(Network& network, Endpoint endpoint, TimeRequest wanted)
+Task<void> send(Network& network, Endpoint endpoint, TimeRequest wanted, TimeProgress& progress)
 {
     Request request = textRequest(CommandId::timeReferenceSet, timeReferenceSetXml(wanted));
     TcpConnection connection = co_await network.connect(std::move(endpoint), std::move(request));
     const TimePoint end = after(timeToAnswer(network, wanted.mode));
+    progress.told = true;
     co_await connection.sendRequest(end);
     const Reply reply = co_await connection.receiveReply(end);
     checkStatus(reply.header);
 }
 
-Task<void> readOnce(Network& network, Endpoint endpoint, TimePoint end, std::optional<TimeReading>& reading)
+Task<void> readOnce(Network& network, Endpoint endpoint, TimePoint end, TimeProgress& progress)
 {
-    reading = co_await queryTimeUntil(network, std::move(endpoint), end);
+    progress.reading = co_await queryTimeUntil(network, std::move(endpoint), end);
 }
 
-Task<TimeOutcome> setAndReadBack(Network& network, Endpoint endpoint, TimeRequest wanted,
-                                 std::optional<TimeReading>& reading)
+Task<TimeOutcome> setAndReadBack(Network& network, Endpoint endpoint, TimeRequest wanted, TimeProgress& progress)
 {
     const TimePoint start = Clock::now();
     const std::optional<Failure> failure =
-        co_await failureOf(inPhase("setting the time reference", send(network, endpoint, wanted)));
+        co_await failureOf(inPhase(setting, send(network, endpoint, wanted, progress)));
     const bool refused = failure && failure->code == ExitCode::refusedByCard;
     if (failure && !refused && failure->code != ExitCode::noAnswer) {
         throw Failure(*failure);
     }
     const TimePoint end = after(timeToAnswer(network, wanted.mode));
-    const std::function<Task<void>()> ask = [&] { return readOnce(network, endpoint, end, reading); };
-    std::optional<Failure> cause = co_await readBack(network.eventLoop(), end, ask);
+    const std::function<Task<void>()> ask = [&] { return readOnce(network, endpoint, end, progress); };
+    const std::optional<Failure> cause = co_await readBack(network.eventLoop(), end, ask);
     if (cause) {
-        cause->phase = readingBack; // or it would look as if the card had not been told
+        throw failure ? unread(*failure, *cause) : unknown(*cause);
     }
-    if (failure && cause) {
-        throw unread(*failure, *cause);
+    if (refused) {
+        throw Failure(*failure);
     }
-    if (refused || cause) {
-        throw Failure(refused ? *failure : *cause);
-    }
-    verify(wanted, *reading, Clock::now() - start);
+    verify(wanted, *progress.reading, Clock::now() - start);
     co_return failure ? TimeOutcome::doneLate : TimeOutcome::done;
 }
 
@@ -86,13 +94,12 @@ Seconds timeToAnswer(const Network& network, TimeMode wanted)
     return wanted == TimeMode::ntp ? network.timeoutOr(forScripts) : network.retryPolicy().timeout;
 }
 
-Task<TimeOutcome> setTimeReference(Network& network, Endpoint endpoint, TimeRequest wanted,
-                                   std::optional<TimeReading>& reading)
+Task<TimeOutcome> setTimeReference(Network& network, Endpoint endpoint, TimeRequest wanted, TimeProgress& progress)
 {
     try {
-        const TimeOutcome outcome = co_await setAndReadBack(network, std::move(endpoint), std::move(wanted), reading);
+        const TimeOutcome outcome = co_await setAndReadBack(network, std::move(endpoint), std::move(wanted), progress);
         co_return outcome;
     } catch (const Interrupted&) {
-        throw interruptedSetting();
+        throw interruptedSetting(progress.told);
     }
 }

@@ -6,23 +6,23 @@
 #include "client/card/ReadBack.h"
 #include "client/wire/Phase.h"
 
-#include <fmt/core.h>
-
 namespace
 {
 
 constexpr const char* upgrading = "waiting for the end of the upgrade";
 constexpr double everythingSent = 100;
 
-Failure unknown(const Failure& cause)
+Failure unknown(Failure cause)
 {
-    return {cause.code, cause.category, upgrading,
-            fmt::format("the card took the archive, but it is not known whether it upgraded: {}", cause.hint)};
+    cause.phase = upgrading;
+    return unknownOutcome("the card took the archive, but it is not known whether it upgraded", std::move(cause));
 }
 
-Failure stillUpgrading()
+Failure stillUpgrading(bool confirmed)
 {
-    return {ExitCode::interrupted, Category::interrupted, upgrading, "the card goes on with the upgrade all the same"};
+    return {ExitCode::interrupted, Category::interrupted, upgrading,
+            confirmed ? "the card goes on with the upgrade all the same"
+                      : "the card may go on with the upgrade all the same: it has not confirmed the archive"};
 }
 
 Task<void> readVersions(Network& network, Observer& observer, Endpoint endpoint, TimePoint end,
@@ -47,7 +47,7 @@ Task<Versions> awaitUpgrade(Network& network, Observer& observer, Endpoint endpo
             throw silence ? unread(*silence, *cause) : unknown(*cause);
         }
     } catch (const Interrupted&) {
-        throw stillUpgrading();
+        throw stillUpgrading(!silence);
     }
     co_return std::move(*versions);
 }

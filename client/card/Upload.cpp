@@ -171,12 +171,13 @@ Task<void> Upload::awaitAnswer(TcpConnection& connection)
 Failure Upload::interrupted() const
 {
     const bool upgrades = request.header.commandId == static_cast<std::uint16_t>(CommandId::firmwareUpgrade);
-    std::string state = "nothing was installed; the card holds a partial archive that the next upload overwrites";
+    std::string state = "not the whole archive was sent, so that nothing is installed; the card may hold a part of it, "
+                        "which the next upload overwrites";
     if (sent == 0) {
         state = "nothing was sent; the card is as it was";
     } else if (isWhole()) {
-        state = upgrades ? "the card has the whole archive: it unpacks and installs it all the same"
-                         : "the card has the whole archive: it unpacks it all the same, and installs nothing";
+        state = upgrades ? "the whole archive was sent: the card may unpack and install it all the same"
+                         : "the whole archive was sent: the card may unpack it all the same, and installs nothing";
     }
     return {ExitCode::interrupted, Category::interrupted, isWhole() ? unpacking : sending, std::move(state)};
 }

@@ -71,19 +71,19 @@ protected:
         due.time = isFixedTime ? timeOptions.time : secondsNow();
         const TimeRequest wanted = planTime(before.reference, due, context.options.unsafeRaw);
         tellWhatGoes(context, target, before.reference, wanted);
-        std::optional<TimeReading> reading;
+        TimeProgress progress;
         result.changed = std::nullopt; // until the card tells
         try {
-            const TimeOutcome outcome = co_await setTimeReference(context.network, endpoint, wanted, reading);
+            const TimeOutcome outcome = co_await setTimeReference(context.network, endpoint, wanted, progress);
             explain(before.reference, wanted, outcome, result);
+            result.changed = whatChanged(before.reference, progress.reading->reference, outcome);
         } catch (Failure& failure) {
-            show(reading, result);
-            result.changed = whatChanged(before.reference, reading, failure);
-            tellWhatChanged(before.reference, reading, failure);
+            show(progress.reading, result);
+            result.changed = whatChanged(before.reference, progress, failure);
+            tellWhatChanged(before.reference, progress.reading, failure);
             throw;
         }
-        result.changed = true;
-        show(reading, result);
+        show(progress.reading, result);
     }
 
 private:
@@ -115,14 +115,20 @@ private:
     }
 
     // Nothing if nobody knows: a clock that was set by hand looks like any other.
-    static std::optional<bool> whatChanged(const TimeReference& before, const std::optional<TimeReading>& reading,
+    static std::optional<bool> whatChanged(const TimeReference& before, const TimeReference& now, TimeOutcome outcome)
+    {
+        return outcome == TimeOutcome::done || isAnother(before, now) ? std::optional(true) : std::nullopt;
+    }
+
+    static std::optional<bool> whatChanged(const TimeReference& before, const TimeProgress& progress,
                                            const Failure& failure)
     {
+        const std::optional<TimeReading>& reading = progress.reading;
+        if (!progress.told) {
+            return false;
+        }
         if (reading && isAnother(before, reading->reference)) {
             return true;
-        }
-        if (wasNotSent(failure) && failure.phase != readingBack) {
-            return false;
         }
         return reading && failure.code == ExitCode::refusedByCard ? std::optional(false) : std::nullopt;
     }

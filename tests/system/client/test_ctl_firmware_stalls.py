@@ -89,17 +89,17 @@ def test_ctrl_c_during_the_transfer_tells_that_nothing_was_installed(ctl: Ctl, s
     assert any(f"{address} <- " in line for line in running.stderr)  # ends at the first frame that is sent
     answer = interrupt(running)
     assert answer.code == 130
-    assert "nothing was installed; the card holds a partial archive" in answer.err
+    assert "nothing is installed; the card may hold a part of it" in answer.err
 
 
-def test_ctrl_c_while_the_card_unpacks_tells_that_it_goes_on(ctl: Ctl, scratch: Card, firmware: str) -> None:
+def test_ctrl_c_while_the_card_unpacks_tells_that_it_may_go_on(ctl: Ctl, scratch: Card, firmware: str) -> None:
     scratch.inside.hold("tar")
     running = ctl.start("firmware", "upgrade", firmware, "rack1")
     scratch.records.wait_call("tar")
     answer = interrupt(running)
     scratch.inside.release("tar")
     assert answer.code == 130
-    assert "the card has the whole archive: it unpacks and installs it all the same" in answer.err
+    assert "the whole archive was sent: the card may unpack and install it all the same" in answer.err
 
 
 def test_ctrl_c_while_the_card_upgrades_tells_that_it_goes_on(ctl: Ctl, scratch: Card, firmware: str) -> None:

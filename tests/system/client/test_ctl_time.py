@@ -119,3 +119,4 @@ def test_an_interrupted_setting_says_what_may_be(ctl: Ctl, scratch: Card) -> Non
     scratch.inside.release()
     assert answer.code == 130
     assert "may have the new time reference" in answer.result["hint"]
+    assert answer.result["changed"] is None

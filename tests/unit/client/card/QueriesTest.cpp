@@ -56,7 +56,7 @@ protected:
     Task<void> setTime()
     {
         const TimeRequest wanted{TimeMode::ntp, "10.0.0.1", 0};
-        outcome = co_await setTimeReference(network, card, wanted, reading);
+        outcome = co_await setTimeReference(network, card, wanted, progress);
     }
 
     EventLoop loop;
@@ -66,7 +66,7 @@ protected:
     int served = 0;
     Versions versions;
     std::optional<TimeOutcome> outcome;
-    std::optional<TimeReading> reading;
+    TimeProgress progress;
 };
 
 constexpr const char* oneComponent = "<Versions>\n\t<Component Id=\"a\" Version=\"1\"/>\n</Versions>";

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
 
+#include <csignal>
+
 namespace
 {
 
@@ -199,8 +201,47 @@ TEST_F(FirmwareCommandsTest, UpgradeTellsWhenTheOutcomeIsNotKnown)
         card.answer(versions, says("nonsense"));
         return done;
     });
-    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 4);
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"garbage\""));
     EXPECT_TRUE(errHas("it is not known whether it upgraded"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeDoesNotKnowTheOutcomeOnACardThatTakesNoConnectionAnyMore)
+{
+    card.behave(upgrade, [this](const FakeCard::Request&) {
+        card.refuseConnections();
+        return done;
+    });
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", "--patience", "0.5", archive, "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"refused\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("it is not known whether it upgraded: the host is up, but nothing listens"));
+}
+
+TEST_F(FirmwareCommandsTest, UpgradeTellsAnInterruptionByWhatTheCardConfirmed)
+{
+    const auto interrupts = [](const FakeCard::Answer& answer) {
+        return [answer](const FakeCard::Request&) {
+            std::raise(SIGINT);
+            return answer;
+        };
+    };
+    card.behave(upgrade, interrupts(silence));
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 130);
+    EXPECT_TRUE(errHas("the whole archive was sent: the card may unpack and install it all the same"));
+    card.behave(upgrade, [&](const FakeCard::Request&) {
+        card.behave(versions, interrupts(silence));
+        return hangUp;
+    });
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 130);
+    EXPECT_TRUE(errHas("the card may go on with the upgrade all the same: it has not confirmed the archive"));
+    card.answer(versions, old);
+    card.behave(upgrade, [&](const FakeCard::Request&) {
+        card.behave(versions, interrupts(silence));
+        return done;
+    });
+    EXPECT_EQ(run({"firmware", "upgrade", archive, "127.0.0.1"}), 130);
+    EXPECT_TRUE(errHas("the card goes on with the upgrade all the same"));
 }
 
 TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedIsReadBack)

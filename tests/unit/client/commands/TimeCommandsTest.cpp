@@ -104,9 +104,39 @@ TEST_F(TimeCommandsTest, SetDoesNotKnowWhatChangedOnACardThatCannotBeReadBack)
         card.refuseConnections();
         return done;
     });
-    EXPECT_EQ(run({"-o", "json", "--timeout", "0.5", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 6);
+    EXPECT_EQ(run({"-o", "json", "--timeout", "0.5", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"refused\""));
     EXPECT_TRUE(outHas("\"changed\": null"));
     EXPECT_TRUE(outHas("\"phase\": \"reading the time reference back\""));
+    EXPECT_TRUE(outHas("what the card has now is not known: the host is up, but nothing listens"));
+}
+
+TEST_F(TimeCommandsTest, SetDoesNotKnowWhatChangedOnACardThatTellsNothingOfUse)
+{
+    for (const FakeCard::Answer& useless : {says("nonsense"), FakeCard::Answer{.status = refused}}) {
+        card.answer(timeGet, says(timeXml("Manual", "10.0.0.1", "2021-03-04T05:06:07")));
+        card.behave(timeSet, [&](const FakeCard::Request&) {
+            card.answer(timeGet, useless);
+            return done;
+        });
+        EXPECT_EQ(run({"-o", "json", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 5);
+        EXPECT_TRUE(outHas("\"changed\": null"));
+    }
+}
+
+// A clock that was set by hand before looks like one that is set now.
+TEST_F(TimeCommandsTest, SetDoesNotKnowWhetherAClockThatIsRightWasSet)
+{
+    const auto takesSilently = [this](const FakeCard::Request& request) {
+        card.answer(timeGet, says(request.text));
+        return FakeCard::Answer{.hangsUp = true};
+    };
+    card.behave(timeSet, takesSilently);
+    EXPECT_EQ(run({"-o", "json", "time", "set", "--manual", "2021-03-04T05:06:07", "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    card.answer(timeGet, says(timeXml("Ntp", "10.0.0.1", "2021-03-04T05:06:07")));
+    EXPECT_EQ(run({"-o", "json", "time", "set", "--manual", "2021-03-04T05:06:07", "127.0.0.1"}), 0);
+    EXPECT_TRUE(outHas("\"changed\": true"));
 }
 
 TEST_F(TimeCommandsTest, SetTellsOfEachTargetThatNothingCanBeHeardWhereTheUserSays)
