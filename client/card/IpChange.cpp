@@ -4,6 +4,7 @@
 
 #include "client/card/Identity.h"
 #include "client/card/IpWatch.h"
+#include "client/card/ReadBack.h"
 #include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
@@ -123,9 +124,22 @@ Task<IpOutcome> IpChange::run(IpPlan plan, Seconds time)
     try {
         back = co_await force(*plan.rollback, std::max(time, shortestRollback));
     } catch (const Failure& failure) {
+        if (isOfThisMachine(failure)) {
+            throw;
+        }
         refusal = failure.hint; // a card that refuses its former configuration is lost like one that is not heard
     }
-    co_return back != Proof::none ? IpOutcome::rolledBack : IpOutcome::lost;
+    if (back == Proof::none) {
+        co_return IpOutcome::lost;
+    }
+    co_return back == Proof::applied ? IpOutcome::rolledBack : IpOutcome::rollbackStored;
+}
+
+Failure IpChange::explain(Failure failure) const
+{
+    const bool isOpen = sent && isOfThisMachine(failure);
+    return isOpen ? unknownOutcome("the change was sent, but what the card has now is not known", std::move(failure))
+                  : failure;
 }
 
 Task<Proof> IpChange::force(InterfaceConfig wanted, Seconds time)

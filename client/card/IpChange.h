@@ -13,8 +13,9 @@
 #include <optional>
 #include <string>
 
-// How a change ended. `lost`: the card has neither the new nor, if there was one to go back to, the former.
-enum class IpOutcome { applied, stored, rolledBack, lost };
+// How a change ended. `rollbackStored`: only the settings say that the card has the former configuration again. `lost`:
+// it has neither the new nor, if there was one to go back to, the former.
+enum class IpOutcome { applied, stored, rolledBack, rollbackStored, lost };
 
 // Changing an interface of a card and seeing it through. Lives as long as its tasks.
 class IpChange
@@ -41,6 +42,8 @@ public:
     [[nodiscard]] const std::optional<InterfaceConfig>& lastSeen() const { return seen; }
     // Has anything left this machine that changes the card?
     [[nodiscard]] bool isSent() const { return sent; }
+    // A failure as it is told: once a card was told, one of this machine leaves open what the card has.
+    [[nodiscard]] Failure explain(Failure failure) const;
     [[nodiscard]] const std::string& rollbackRefusal() const { return refusal; }
 
 private:

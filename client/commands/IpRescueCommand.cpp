@@ -155,10 +155,11 @@ protected:
         try {
             const Proof proof = co_await change.force(wanted.settings, Seconds(ipOptions.wait));
             report(proof, change, target.name, wanted.settings.name, result);
+        } catch (const Failure& failure) {
+            result.changed = change.isSent() ? result.changed : false;
+            throw change.explain(failure);
         } catch (...) {
-            if (!change.isSent()) {
-                result.changed = false;
-            }
+            result.changed = change.isSent() ? result.changed : false;
             throw;
         }
     }

@@ -31,6 +31,15 @@ Failure rolledBack(const std::string& card)
             fmt::format("{} did not come back with the new configuration in time; it has the former one again", card)};
 }
 
+Failure rollbackStored(const std::string& card, const std::string& interface)
+{
+    return {
+        ExitCode::verification, Category::rolledBack, "waiting for the card with its new configuration",
+        fmt::format("{} did not come back with the new configuration in time; only its settings were seen to be the "
+                    "former ones again, whether {} works cannot be seen from here",
+                    card, interface)};
+}
+
 Failure lost(const std::string& card, const std::string& why)
 {
     return {ExitCode::verification, Category::lost, "rolling the change back",
@@ -104,11 +113,11 @@ protected:
             }
             result.add("state", "unknown");
             throw interruptedWhileWaiting(target.name);
-        } catch (const Failure&) {
+        } catch (const Failure& failure) {
             if (!change.isSent()) {
                 result.changed = false;
             }
-            throw;
+            throw change.explain(failure);
         }
     }
 
@@ -157,6 +166,9 @@ private:
             result.changed = false;
             result.add("state", "rolled back");
             throw rolledBack(card);
+        case IpOutcome::rollbackStored:
+            result.add("state", "rollback stored");
+            throw rollbackStored(card, plan.wanted.name);
         case IpOutcome::lost:
             result.add("state", "lost");
             throw plan.rollback ? lost(card, change.rollbackRefusal()) : lostForGood(card, plan.noRollback);

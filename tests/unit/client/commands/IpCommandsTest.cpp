@@ -5,6 +5,8 @@
 #include "client/card/IpMemory.h"
 #include "support/FakeInterface.h"
 
+#include <cerrno>
+
 namespace
 {
 
@@ -128,6 +130,45 @@ TEST_F(IpCommandsTest, SetTellsThatACardIsLost)
     EXPECT_TRUE(outHas("\"changed\": null"));
     EXPECT_TRUE(errHas("did not take the former one either ("));
     EXPECT_TRUE(errHas("); try `tarvelctl ip rescue card1`"));
+}
+
+TEST_F(IpCommandsTest, SetDoesNotKnowTheOutcomeWhenThisMachineCannotAsk)
+{
+    card.behave(ipSet, [](const FakeCard::Request&) {
+        failAlways("socket", EMFILE);
+        return done;
+    });
+    EXPECT_EQ(set({"--dhcp"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("the change was sent, but what the card has now is not known: "));
+}
+
+TEST_F(IpCommandsTest, SetDoesNotKnowTheOutcomeOfARollbackWhenThisMachineCannotAsk)
+{
+    card.behave(ipSet, [this](const FakeCard::Request&) {
+        card.behave(ipSet, [](const FakeCard::Request&) {
+            failAlways("socket", EMFILE);
+            return done;
+        });
+        return done;
+    });
+    EXPECT_EQ(set({"--dhcp", "--wait", "0.1"}), 5);
+    EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+}
+
+TEST_F(IpCommandsTest, SetKnowsARollbackThatOnlyTheSettingsSayFromOneThatWasSeen)
+{
+    card.answer(ipSet, done); // the card has what it had, and is heard over its other interface alone
+    EXPECT_EQ(run({"--force", "-o", "json", "ip", "set", "--if", "VemkEth2", "--static", "198.51.100.20/24", "--wait",
+                   "0.1", "card1"}),
+              7);
+    EXPECT_TRUE(outHas("\"state\": \"rollback stored\""));
+    EXPECT_TRUE(outHas("\"category\": \"rolled-back\""));
+    EXPECT_TRUE(outHas("\"changed\": null"));
+    EXPECT_TRUE(errHas("only its settings were seen to be the former ones again"));
+    EXPECT_EQ(card.texts(ipSet).size(), 2U);
 }
 
 TEST_F(IpCommandsTest, SetTellsThatTheCardRefuses)
