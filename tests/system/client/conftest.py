@@ -10,6 +10,7 @@ import pytest
 import tarvelsim
 from support.archives import archive, large_archive
 from support.ctl import Ctl
+from support.snapshot import Snapshot
 
 RACK = 8
 REBOOT_TIME = 3.0  # seconds; short, but long enough to be seen as more than a busy card
@@ -63,6 +64,22 @@ def scratches(whole_rack: list[tarvelsim.Card]) -> Iterator[list[tarvelsim.Card]
     yield whole_rack[:3]
     for card in whole_rack[:3]:
         card.reset()
+
+
+@pytest.fixture
+def bystanders(whole_rack: list[tarvelsim.Card]) -> Iterator[None]:
+    """All cards but the first are in the end as they were."""
+    before = Snapshot(whole_rack[1:])
+    yield
+    assert Snapshot(whole_rack[1:]) == before
+
+
+@pytest.fixture
+def untouched(whole_rack: list[tarvelsim.Card]) -> Iterator[None]:
+    """All cards are in the end as they were."""
+    before = Snapshot(whole_rack)
+    yield
+    assert Snapshot(whole_rack) == before
 
 
 @pytest.fixture

@@ -13,6 +13,8 @@ from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
 from tarvelsim import Card
 
+pytestmark = pytest.mark.usefixtures("bystanders")
+
 SPARE = "10.0.0.88"
 
 
@@ -130,6 +132,7 @@ def test_a_card_keeps_its_address(ctl: Ctl, scratch: Card) -> None:
     assert (answer.code, answer.result["address_state"]) == (0, "its own")
 
 
+@pytest.mark.usefixtures("untouched")
 def test_a_dry_run_asks_nobody(ctl: Ctl, rack: list[Card]) -> None:
     mark = rack[1].records.log_mark()
     answer = set_eth1(ctl, rack[1].address("eth0") or "", "--dry-run")
@@ -142,6 +145,7 @@ def test_a_host_that_has_gone_leaves_its_address_free(ctl: Ctl, scratch: Card, r
     assert set_eth1(ctl, SPARE).result["address_state"] == "free"
 
 
+@pytest.mark.usefixtures("untouched")
 def test_a_host_that_is_known_from_before_is_one(ctl: Ctl, rack: list[Card], known: Known, spare_host: str) -> None:
     known(rack[1], "stale")
     expect_refused(set_eth1(ctl, spare_host), "in use", "a host has")
@@ -152,6 +156,7 @@ def test_what_the_card_itself_had_a_moment_ago_is_free(ctl: Ctl, scratch: Card, 
     assert set_eth1(ctl, SPARE).result["address_state"] == "free"
 
 
+@pytest.mark.usefixtures("untouched")
 def test_what_another_had_a_moment_ago_is_not(ctl: Ctl, rack: list[Card], known: Known) -> None:
     known(rack[1], "reachable")
     expect_refused(set_eth1(ctl, SPARE), "in use", "a host has")

@@ -9,6 +9,8 @@ from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
 from tarvelsim import Card
 
+pytestmark = pytest.mark.usefixtures("bystanders")
+
 ETH2 = ("--if", "VemkEth2")
 CHANGES = [
     ("ip", "set", *ETH2, "--dhcp"),
@@ -87,6 +89,7 @@ def test_without_the_probe_no_address_is_checked(ctl: Ctl, scratch: Card, firmwa
     assert not any("Unknown command" in line.text for line in scratch.records.log_lines(mark))
 
 
+@pytest.mark.usefixtures("untouched")
 def test_a_dry_run_does_not_probe(ctl: Ctl, rack: list[Card], firmware: str) -> None:
     mark = rack[0].records.log_mark()
     answer = ctl.json("--dry-run", "firmware", "upload", firmware, "rack1")
@@ -125,6 +128,7 @@ def test_a_stale_name_of_the_groups_file_changes_nothing(ctl: Ctl, rack: list[Ca
     assert Snapshot(rack) == before
 
 
+@pytest.mark.usefixtures("untouched")
 def test_a_line_of_the_groups_file_is_believed_for_reading(ctl: Ctl, rack: list[Card]) -> None:
     (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
     answer = ctl.json("versions", "rack1", "rack2")
@@ -151,11 +155,14 @@ def test_an_unheard_name_is_changed_only_if_the_groups_file_is_trusted(
 
 def test_reading_from_a_name_of_two_cards_warns_of_the_second(ctl: Ctl, rack: list[Card], twin: Card) -> None:
     """It may come too late to be seen; a name of nobody keeps this run waiting for it."""
+    before = Snapshot([*rack, twin])
     answer = ctl("--timeout", "2", "versions", "rack1", "nobody")
+    assert Snapshot([*rack, twin]) == before
     assert "rack1: two cards have this name" in answer.err
     assert f"{rack[0].address('eth0')} on lan0" in answer.err
     assert f"{twin.address('eth0')} on lan0" in answer.err
 
 
+@pytest.mark.usefixtures("untouched")
 def test_reading_from_one_card_warns_of_none(ctl: Ctl, rack: list[Card]) -> None:
     assert "warning" not in ctl("--timeout", "2", "versions", "rack1", "nobody").err

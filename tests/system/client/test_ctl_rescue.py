@@ -7,6 +7,8 @@ from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
 from tarvelsim import Card
 
+pytestmark = pytest.mark.usefixtures("bystanders")
+
 ETH2 = ("--if", "VemkEth2")
 FIRST = "VemkEth2 Static =10.0.1.71 =255.255.255.0 - 1000000000\n"
 SECOND = "VemkEth1 Static =10.0.0.72 =255.255.255.0 =10.0.0.1 900000000\n"
@@ -29,6 +31,7 @@ def test_force_moves_a_card_that_works(ctl: Ctl, scratch: Card) -> None:
     scratch.wait_address("eth1", "10.0.1.71")
 
 
+@pytest.mark.usefixtures("untouched")
 def test_from_and_to_and_age_are_shown(ctl: Ctl, scratch: Card) -> None:
     ctl.remember("ip-rack1", FIRST)
     former = scratch.address("eth1")
@@ -86,6 +89,7 @@ def test_a_rescue_without_a_probe_still_sees_a_host(ctl: Ctl, strayed: Card, rac
     assert strayed.address("eth0") == "172.16.5.5"
 
 
+@pytest.mark.usefixtures("untouched")
 def test_the_list_asks_no_card(ctl: Ctl, rack: list[Card]) -> None:
     ctl.remember("ip-rack1", FIRST + SECOND)
     mark = rack[0].records.log_mark()

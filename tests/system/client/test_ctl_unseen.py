@@ -6,6 +6,7 @@ import threading
 from collections.abc import Iterator
 from contextlib import contextmanager
 
+import pytest
 from support.ctl import Ctl
 from support.fake_card import FakeTcpCard, FakeUdpCard, answer
 from support.stopping import stopped
@@ -13,6 +14,8 @@ from tarvelsim import Card
 from tarvelsim.waiting import wait_for
 from wire import Message, text_payload
 from wire.numbers import Command, Format
+
+pytestmark = pytest.mark.usefixtures("bystanders")
 
 NTP = ("time", "set", "--ntp", "10.0.0.99")
 

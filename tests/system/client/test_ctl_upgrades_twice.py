@@ -9,6 +9,8 @@ import pytest
 from support.ctl import Ctl
 from tarvelsim import Card
 
+pytestmark = pytest.mark.usefixtures("bystanders")
+
 
 @pytest.fixture
 def upgrading(ctl: Ctl, scratch: Card, firmware: str) -> Iterator[subprocess.Popen[str]]:
