@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/CardWatch.h"
+#include "client/card/LookTimes.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/cli/LocalFile.h"
@@ -9,13 +10,10 @@
 #include "client/output/Console.h"
 #include "client/plan/VersionsDiff.h"
 
-#include <algorithm>
 #include <fmt/core.h>
 
 namespace
 {
-
-constexpr Seconds betweenLooks{2}; // chosen: a card serves nobody else while it is looked at
 
 enum class Goal { up, down, idle, versions };
 
@@ -43,26 +41,26 @@ protected:
         goal = goalIn(wish);
         watch.emplace(context.loop, context.network, question(), static_cast<std::size_t>(context.options.parallel));
         start = Clock::now();
-        end = after(Seconds(waitTime));
     }
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         context.network.admit(bareRequest(CommandId::versions)); // a dry run ends here
+        const LookTimes times(start, Seconds(waitTime));
         Sight sight = CardWatch::firstSightOf(target);
         bool wasUp = false;
         // Who is known by a name alone was asked for, in vain, just before.
         for (bool isFresh = !sight.endpoint;; isFresh = false) {
-            const TimePoint next = after(betweenLooks); // counted from here, so that silence makes looks no rarer
+            const TimePoint beginning = Clock::now();
             if (!isFresh) {
                 co_await watch->look(target, sight);
             }
             wasUp = wasUp || (!sight.hindrance && !isDown(sight.state));
-            if (isReached(sight) || Clock::now() >= end) {
+            if (isReached(sight) || times.areOver(Clock::now())) {
                 break;
             }
             context.console.progress(target.label, {.phase = std::string(wordsNow(sight))});
-            co_await context.loop.until(std::min(next, end)); // the last look is when the time is over
+            co_await context.loop.until(times.nextAfter(beginning));
         }
         tell(target, sight, wasUp, result);
     }
@@ -143,7 +141,6 @@ private:
     std::vector<Component> expected;
     std::optional<CardWatch> watch;
     TimePoint start;
-    TimePoint end;
 };
 
 } // namespace

@@ -2,8 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
 #include "client/card/CardWatch.h"
+#include "client/commands/Commands.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <thread>
 
 namespace
@@ -165,6 +168,18 @@ TEST_F(WaitCommandTest, AsksForSilentNamesTogether)
     EXPECT_EQ(run({"--timeout", "0.1", "wait", "--for", "up", "--wait-time", "1", "nobody[1-20]"}), 5);
     EXPECT_LE(callsTo("bind").size() - before,
               4U); // a socket for each of two lookups; the kernel may give the cards' port
+}
+
+TEST_F(WaitCommandTest, GivesTwoMinutesUnlessItIsTold)
+{
+    OptionSet options;
+    const std::unique_ptr<Command> wait = makeWait();
+    wait->declare(options);
+    const auto time =
+        std::ranges::find_if(options.specs(), [](const OptionSpec& one) { return one.names == "--wait-time"; });
+    ASSERT_NE(time, options.specs().end());
+    EXPECT_EQ(*std::get<double*>(time->destination), 120);
+    EXPECT_NE(time->help.find("(120)"), std::string::npos);
 }
 
 TEST_F(WaitCommandTest, RefusesWhatNobodyCanWaitFor)
