@@ -133,6 +133,13 @@ TEST_F(RawCommandTest, SendsByBroadcast)
     EXPECT_TRUE(errHas("no card answered in time"));
 }
 
+TEST_F(RawCommandTest, RepeatsNothingWhateverRetriesSays)
+{
+    card.answer(versions, {.hangsUp = true});
+    EXPECT_EQ(run({"--retries", "2", "raw", "--command", "1", "127.0.0.1"}), 5);
+    EXPECT_EQ(card.texts(versions).size(), 1U);
+}
+
 TEST_F(RawCommandTest, ChangesNothingWhereNoConnectionIsTaken)
 {
     EXPECT_EQ(run({"-o", "json", "raw", "--command", "9", "127.0.0.1:1"}), 6);
