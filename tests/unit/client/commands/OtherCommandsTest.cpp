@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
 
+#include <cerrno>
+
 namespace
 {
 
@@ -106,6 +108,15 @@ TEST_F(StatusCommandTest, TellsADaemonThatIsDown)
 {
     EXPECT_EQ(run({"status", "127.0.0.1:1"}), 6);
     EXPECT_TRUE(outHas("daemon down"));
+}
+
+TEST_F(StatusCommandTest, TellsNothingOfACardWhereThisMachineCannotAsk)
+{
+    failAlways("connect", ENETUNREACH);
+    EXPECT_EQ(run({"-o", "json", "status", "127.0.0.1"}), 6);
+    EXPECT_TRUE(outHas("\"category\": \"no-network\""));
+    EXPECT_TRUE(outHas("\"state\": null"));
+    EXPECT_TRUE(errHas("this machine has no way to the card"));
 }
 
 TEST_F(StatusCommandTest, TellsAStrangeOne)
