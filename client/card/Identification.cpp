@@ -18,8 +18,6 @@
 namespace
 {
 
-constexpr const char* waitingForIp = "waiting for the IP configuration";
-
 template<typename Look>
 void forEachPair(const std::vector<Identified>& cards, const Look& look)
 {

@@ -9,8 +9,6 @@
 namespace
 {
 
-constexpr const char* waitingForIp = "waiting for the IP configuration";
-
 // A connection to 0.0.0.0 would end at this host.
 Failure addressless(const std::string& card)
 {

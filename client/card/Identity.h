@@ -15,6 +15,9 @@
 
 // Who answers as a name, and where.
 
+// The phase of the question.
+inline constexpr const char* waitingForIp = "waiting for the IP configuration";
+
 // Where a card without an address answers from.
 inline constexpr std::string_view noAddress = "0.0.0.0";
 

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/IpEvidence.h"
 
+#include "client/model/Contains.h"
+
 #include <algorithm>
 
 namespace
@@ -10,11 +12,6 @@ namespace
 // A card serves what waits on its interfaces in turns, so an answer over one that was asked two questions earlier must
 // have come by now. One more bears a lost datagram.
 constexpr int enoughQuestions = 3;
-
-bool contains(const std::vector<std::string>& addresses, const std::string& address)
-{
-    return std::ranges::find(addresses, address) != addresses.end();
-}
 
 } // namespace
 

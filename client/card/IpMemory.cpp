@@ -29,16 +29,6 @@ std::optional<std::string> valueOf(const std::string& word)
     return word.starts_with('=') ? std::optional(word.substr(1)) : std::nullopt;
 }
 
-std::optional<IpMode> modeOf(const std::string& word)
-{
-    for (const IpMode known : {IpMode::fixed, IpMode::dhcp, IpMode::disabled}) {
-        if (word == wordOf(known)) {
-            return known;
-        }
-    }
-    return std::nullopt;
-}
-
 // The time stands last, because the lines of old have none.
 std::string lineOf(const RememberedIp& entry)
 {
@@ -54,10 +44,10 @@ std::optional<RememberedIp> entryIn(const std::string& line)
     std::string name;
     std::string mode;
     std::array<std::string, 3> values;
-    if (!(words >> name >> mode >> values[0] >> values[1] >> values[2]) || !modeOf(mode)) {
+    if (!(words >> name >> mode >> values[0] >> values[1] >> values[2]) || !ipModeOf(mode)) {
         return std::nullopt;
     }
-    RememberedIp entry{{name, *modeOf(mode), valueOf(values[0]), valueOf(values[1]), valueOf(values[2])}, {}};
+    RememberedIp entry{{name, *ipModeOf(mode), valueOf(values[0]), valueOf(values[1]), valueOf(values[2])}, {}};
     std::int64_t time = 0;
     if (words >> time) {
         entry.time = time;

@@ -38,11 +38,6 @@ std::vector<Endpoint> endpointsOf(const Identified& card, Way way)
 
 } // namespace
 
-bool contains(const std::vector<std::string>& addresses, const std::string& address)
-{
-    return std::ranges::find(addresses, address) != addresses.end();
-}
-
 bool isName(const Identified& card)
 {
     return isHeard(card) || !card.target.isAddress();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/card/Identification.h"
+#include "client/model/Contains.h"
 
 #include <optional>
 
@@ -16,5 +17,3 @@
 
 // Where both names lead. Cards without an address share none, and a noted address counts if it is believed and used.
 [[nodiscard]] std::optional<Endpoint> sharedEndpoint(const Identified& one, const Identified& other, Way way);
-
-[[nodiscard]] bool contains(const std::vector<std::string>& addresses, const std::string& address);

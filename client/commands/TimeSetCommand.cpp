@@ -7,21 +7,15 @@
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
 #include "client/commands/TimeReport.h"
+#include "client/model/CalendarTime.h"
 #include "client/output/Console.h"
 #include "client/plan/TimePlan.h"
 
-#include <chrono>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
 namespace
 {
-
-std::int64_t secondsNow()
-{
-    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
 
 class TimeSetCommand final : public TargetCommand
 {

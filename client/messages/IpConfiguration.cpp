@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <fmt/ranges.h>
 #include <sstream>
 
@@ -24,16 +23,6 @@ constexpr std::array<std::string_view, 5> interfaceAttributes = {"Name", "Mode",
 constexpr ElementForm interfaceForm = {"Interface", interfaceAttributes, "/>"};
 constexpr std::string_view closing = "</IpConfiguration>";
 
-std::optional<IpMode> modeOf(std::string_view word)
-{
-    for (const IpMode mode : {IpMode::fixed, IpMode::dhcp, IpMode::disabled}) {
-        if (word == wordOf(mode)) {
-            return mode;
-        }
-    }
-    return std::nullopt;
-}
-
 std::vector<std::string> wordsOf(const std::string& text)
 {
     std::istringstream words(text);
@@ -42,9 +31,8 @@ std::vector<std::string> wordsOf(const std::string& text)
 
 std::optional<Ipv4> maskOf(std::string_view prefix)
 {
-    int length = 0;
-    const auto [end, error] = std::from_chars(prefix.data(), prefix.data() + prefix.size(), length);
-    return error == std::errc() && end == prefix.data() + prefix.size() ? maskOfPrefix(length) : std::nullopt;
+    const std::optional<int> length = prefixLengthIn(prefix);
+    return length ? maskOfPrefix(*length) : std::nullopt;
 }
 
 // OpenWrt also writes an address with its prefix and no netmask, and several in a list.
@@ -67,7 +55,7 @@ InterfaceConfig withNetmask(InterfaceConfig interface)
 std::optional<InterfaceConfig> interfaceOf(const XmlElement& element)
 {
     const std::optional<std::string> name = element.attribute("Name");
-    const std::optional<IpMode> mode = modeOf(element.attribute("Mode").value_or(""));
+    const std::optional<IpMode> mode = ipModeOf(element.attribute("Mode").value_or(""));
     if (element.name != "Interface" || !name || !mode) {
         return std::nullopt;
     }
@@ -135,6 +123,16 @@ void appendInterface(std::string& xml, const InterfaceConfig& interface)
 }
 
 } // namespace
+
+std::optional<IpMode> ipModeOf(std::string_view word)
+{
+    for (const IpMode mode : {IpMode::fixed, IpMode::dhcp, IpMode::disabled}) {
+        if (word == wordOf(mode)) {
+            return mode;
+        }
+    }
+    return std::nullopt;
+}
 
 std::string_view wordOf(IpMode mode)
 {

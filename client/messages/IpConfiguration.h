@@ -10,6 +10,7 @@
 enum class IpMode { fixed, dhcp, disabled };
 
 [[nodiscard]] std::string_view wordOf(IpMode mode); // as in XML: "Static", "Dhcp", "Disabled"
+[[nodiscard]] std::optional<IpMode> ipModeOf(std::string_view word);
 
 // The configuration of one interface of a card. Addresses only in fixed mode, where a card may lack the last two.
 struct InterfaceConfig {

@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <array>
+#include <charconv>
 
 std::optional<Ipv4> parseIpv4(std::string_view text)
 {
@@ -21,6 +22,13 @@ std::string formatIpv4(Ipv4 address)
     std::array<char, INET_ADDRSTRLEN> text = {};
     ::inet_ntop(AF_INET, &network, text.data(), text.size());
     return text.data();
+}
+
+std::optional<int> prefixLengthIn(std::string_view text)
+{
+    int length = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(length) : std::nullopt;
 }
 
 std::optional<Ipv4> maskOfPrefix(int length)

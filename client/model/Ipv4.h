@@ -14,6 +14,7 @@ using Ipv4 = std::uint32_t;
 [[nodiscard]] std::optional<Ipv4> parseIpv4(std::string_view text);
 [[nodiscard]] std::string formatIpv4(Ipv4 address);
 
-[[nodiscard]] std::optional<Ipv4> maskOfPrefix(int length); // 0 to 32
-[[nodiscard]] bool isMask(Ipv4 mask);                       // ones, then zeros
-[[nodiscard]] bool isHostAddress(Ipv4 address);             // not 0.x, 127.x, multicast or above
+[[nodiscard]] std::optional<int> prefixLengthIn(std::string_view text); // a number, however large
+[[nodiscard]] std::optional<Ipv4> maskOfPrefix(int length);             // 0 to 32
+[[nodiscard]] bool isMask(Ipv4 mask);                                   // ones, then zeros
+[[nodiscard]] bool isHostAddress(Ipv4 address);                         // not 0.x, 127.x, multicast or above

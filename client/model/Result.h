@@ -26,6 +26,9 @@ struct Field {
 using Row = std::vector<Field>;
 using RowVisitor = std::function<void(const Row&)>;
 
+// Stands for the names in what is said of several cards, as it does in the manual.
+inline constexpr std::string_view anyName = "NAME";
+
 // What one target gave: the outcome, fields about the target, and at most one list with a row each. In JSON the list
 // is an array under its name; in a table and in CSV each row of the list is a line.
 struct Result {

@@ -23,9 +23,6 @@ bool sameFields(const Row& one, const Row& other)
     });
 }
 
-// Stands for the names in what is said of several cards, as it does in the manual.
-constexpr std::string_view anyName = "NAME";
-
 bool sameHint(const Result& one, const Result& other)
 {
     return one.hint == other.hint || one.hintAbout(anyName) == other.hintAbout(anyName);

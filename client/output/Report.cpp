@@ -43,7 +43,7 @@ std::string wordsOf(Category category)
 
 bool Report::isNews(const Result& failed)
 {
-    return hints.insert(fmt::format("{} {}", wordOf(failed.category), failed.hintAbout("NAME"))).second;
+    return hints.insert(fmt::format("{} {}", wordOf(failed.category), failed.hintAbout(anyName))).second;
 }
 
 void Report::tell(const Result& result)

@@ -5,7 +5,6 @@
 #include "client/model/Failure.h"
 #include "client/model/Ipv4.h"
 
-#include <charconv>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
@@ -23,10 +22,8 @@ Ipv4 requireAddress(std::string_view text, std::string_view what)
 
 Ipv4 requireMask(std::string_view text)
 {
-    int length = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    const std::optional<Ipv4> mask = isNumber ? maskOfPrefix(length) : parseIpv4(text);
+    const std::optional<int> length = prefixLengthIn(text);
+    const std::optional<Ipv4> mask = length ? maskOfPrefix(*length) : parseIpv4(text);
     if (!mask || !isMask(*mask) || *mask < 0x80000000 || *mask > 0xFFFFFFFC) {
         throw usageFailure(
             fmt::format("\"{}\" is no netmask for a card: it is a prefix length from 1 to 30, or such as "
