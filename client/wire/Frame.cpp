@@ -64,19 +64,7 @@ Bytes textSection(std::string_view text)
 
 bool changesNothing(const Request& request)
 {
-    switch (static_cast<CommandId>(request.header.commandId)) {
-    case CommandId::versions:
-    case CommandId::ipConfigGet:
-    case CommandId::timeReferenceGet:
-        return true;
-    case CommandId::ipConfigSet:
-    case CommandId::firmwareUpload:
-    case CommandId::firmwareUpgrade:
-    case CommandId::reboot:
-    case CommandId::timeReferenceSet:
-        return false;
-    }
-    return false; // a number of tomorrow, sent by `raw`: taken for a change, which is the careful mistake
+    return factsOf(static_cast<CommandId>(request.header.commandId)).effect == Effect::reads;
 }
 
 Bytes encode(const Request& request)

@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <string_view>
 
-// The numbers by which a card is addressed, and what people call the commands; the same for the daemon and its client.
+// The numbers by which a card is addressed, what people call the commands, and what these leave behind; the same for
+// the daemon and its client.
 
 inline constexpr std::uint16_t cardPort = 50003; // on TCP and UDP alike
 inline constexpr std::uint8_t cardDevice = 5;
@@ -22,25 +23,39 @@ enum class CommandId : std::uint16_t {
     timeReferenceSet = 17, // TCP
 };
 
-constexpr std::string_view nameOf(CommandId command)
+// What a request leaves on the card. One that only reads may be repeated, and sent in a dry run.
+enum class Effect : std::uint8_t { reads, changes };
+
+struct CommandFacts {
+    std::string_view name;
+    Effect effect;
+};
+
+constexpr CommandFacts factsOf(CommandId command)
 {
     switch (command) {
     case CommandId::versions:
-        return "versions report";
+        return {"versions report", Effect::reads};
     case CommandId::ipConfigGet:
-        return "IP configuration get";
+        return {"IP configuration get", Effect::reads};
     case CommandId::ipConfigSet:
-        return "IP configuration set";
+        return {"IP configuration set", Effect::changes};
     case CommandId::firmwareUpload:
-        return "firmware upload";
+        return {"firmware upload", Effect::changes};
     case CommandId::firmwareUpgrade:
-        return "firmware upgrade";
+        return {"firmware upgrade", Effect::changes};
     case CommandId::reboot:
-        return "card reboot";
+        return {"card reboot", Effect::changes};
     case CommandId::timeReferenceGet:
-        return "time reference get";
+        return {"time reference get", Effect::reads};
     case CommandId::timeReferenceSet:
-        return "time reference set";
+        return {"time reference set", Effect::changes};
     }
-    return "unknown command";
+    // A number of tomorrow: taken for a change, which is the careful mistake.
+    return {"unknown command", Effect::changes};
+}
+
+constexpr std::string_view nameOf(CommandId command)
+{
+    return factsOf(command).name;
 }
