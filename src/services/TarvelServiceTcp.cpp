@@ -2,28 +2,6 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceTcp.h"
 
-#include "protocol/Commands.h"
-
-#include <array>
-
-namespace
-{
-
-struct Command {
-    CommandId id;
-    int (TarvelServiceTcp::*handle)(const MessageHeader& request);
-};
-
-constexpr auto commands = std::to_array<Command>({
-    {CommandId::versions, &TarvelServiceTcp::processVersions},
-    {CommandId::firmwareUpload, &TarvelServiceTcp::processFwUpload},
-    {CommandId::firmwareUpgrade, &TarvelServiceTcp::processFwUpload},
-    {CommandId::timeReferenceGet, &TarvelServiceTcp::processTimeReferenceGet},
-    {CommandId::timeReferenceSet, &TarvelServiceTcp::processTimeReferenceSet},
-});
-
-} // namespace
-
 void TarvelServiceTcp::dispatch()
 {
     MessageHeader header = {};
@@ -31,7 +9,7 @@ void TarvelServiceTcp::dispatch()
         peer->close();
         return;
     }
-    for (const Command& command : commands) {
+    for (const TcpCommand& command : tcpCommands) {
         if (command.id == static_cast<CommandId>(header.commandId)) {
             (this->*command.handle)(header);
             return;

@@ -2,8 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "protocol/Commands.h"
 #include "protocol/TcpService.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -50,3 +52,17 @@ private:
     // one is due.
     int receiveArchive(const MessageHeader& request);
 };
+
+struct TcpCommand {
+    CommandId id;
+    int (TarvelServiceTcp::*handle)(const MessageHeader& request);
+};
+
+// The table of commands: who handles which.
+inline constexpr auto tcpCommands = std::to_array<TcpCommand>({
+    {CommandId::versions, &TarvelServiceTcp::processVersions},
+    {CommandId::firmwareUpload, &TarvelServiceTcp::processFwUpload},
+    {CommandId::firmwareUpgrade, &TarvelServiceTcp::processFwUpload},
+    {CommandId::timeReferenceGet, &TarvelServiceTcp::processTimeReferenceGet},
+    {CommandId::timeReferenceSet, &TarvelServiceTcp::processTimeReferenceSet},
+});

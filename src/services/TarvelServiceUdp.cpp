@@ -2,29 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/TarvelServiceUdp.h"
 
-#include "protocol/Commands.h"
 #include "protocol/TextSection.h"
 #include "services/Envelope.h"
 #include "util/LibUtils.h"
 #include "util/Log.h"
-
-#include <array>
-
-namespace
-{
-
-struct Command {
-    CommandId id;
-    int (TarvelServiceUdp::*handle)();
-};
-
-constexpr auto commands = std::to_array<Command>({
-    {CommandId::ipConfigSet, &TarvelServiceUdp::handleIpConfigSet},
-    {CommandId::reboot, &TarvelServiceUdp::handleRebootCard},
-    {CommandId::ipConfigGet, &TarvelServiceUdp::handleIpConfigGet},
-});
-
-} // namespace
 
 TarvelServiceUdp::TarvelServiceUdp()
 {
@@ -42,7 +23,7 @@ int TarvelServiceUdp::processDatagram()
     if (const int result = checkHeader(header); result != 0) {
         return result;
     }
-    for (const Command& command : commands) {
+    for (const UdpCommand& command : udpCommands) {
         if (command.id == static_cast<CommandId>(header.commandId)) {
             return (this->*command.handle)();
         }

@@ -2,8 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "protocol/Commands.h"
 #include "protocol/UdpService.h"
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -54,3 +56,15 @@ private:
 
     std::string hostName;
 };
+
+struct UdpCommand {
+    CommandId id;
+    int (TarvelServiceUdp::*handle)();
+};
+
+// The table of commands: who handles which.
+inline constexpr auto udpCommands = std::to_array<UdpCommand>({
+    {CommandId::ipConfigSet, &TarvelServiceUdp::handleIpConfigSet},
+    {CommandId::reboot, &TarvelServiceUdp::handleRebootCard},
+    {CommandId::ipConfigGet, &TarvelServiceUdp::handleIpConfigGet},
+});

@@ -1,30 +1,14 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""Every command, byte for byte in both directions, over both devices."""
+"""Every command, byte for byte in both directions, over both devices. That each has its exchange is seen in the tables of
+commands, which tests/unit holds against the page of the exchanges."""
 
 from collections.abc import Callable
 
 import pytest
 from support.peers import BROADCAST, TcpPeer, UdpPeer
 from tarvelsim import Card
-from wire import Header, Status, golden, masked, request
-
-NUMBERS = range(256)  # among which commands are looked for
-
-
-def commands_of(exchanges: tuple[golden.Exchange, ...]) -> list[int]:
-    return sorted(Header.decode(exchange.request).command for exchange in exchanges)
-
-
-def test_each_tcp_command_that_the_card_knows_has_its_exchange(scratch_card: Card, connect: Callable[[], TcpPeer]) -> None:
-    peer = connect()
-    known = [n for n in NUMBERS if peer.ask(request(n)).header.status != Status.UNKNOWN_COMMAND]
-    assert known == commands_of(golden.TCP)
-
-
-def test_each_udp_command_that_the_card_knows_has_its_exchange(scratch_card: Card, udp: UdpPeer) -> None:
-    known = [n for n in NUMBERS if udp.ask(request(n)).header.status != Status.UNKNOWN_COMMAND]
-    assert known == commands_of(golden.UDP)
+from wire import golden, masked
 
 
 @pytest.mark.parametrize("device", ["eth0", "eth1"])
