@@ -6,7 +6,9 @@ import subprocess
 from dataclasses import dataclass
 from pathlib import Path
 
-DISSECTOR = Path(__file__).resolve().parents[2] / "packaging/wireshark/tarvel.lua"
+from support.daemon import COMMAND
+
+DISSECTOR = Path(COMMAND[-1]).parent / "tarvel.lua"  # made beside the daemon
 _SEPARATOR = "|"
 
 
