@@ -15,6 +15,8 @@ from .numbers import Command
 PAGE = Path(__file__).resolve().parents[3] / "docs/protocol.md"
 
 _ROW = re.compile(r"^\| (\d+) \| [^|]+ \| (TCP|UDP) \|", re.MULTILINE)
+# An attribute of the reply, whose value in the example shows only the form.
+_CHANGING = re.compile(r"`(\w+)` differs from run to run")
 _EXAMPLE = re.compile(r"^### (\d+): (.+)$", re.MULTILINE)
 # A dump's line: up to 16 bytes, then blanks and a remark or the bytes as text.
 _DUMP_LINE = re.compile(r" {4}((?:[0-9a-f]{2} ){0,15}[0-9a-f]{2})(?: {3,}.*)?")
@@ -25,6 +27,7 @@ class Exchange:
     name: str
     request: bytes
     reply: bytes
+    changing: tuple[str, ...] = ()  # attributes of the reply that differ from run to run
 
     def __str__(self) -> str:
         return self.name
@@ -47,8 +50,9 @@ def read_exchanges(page: str) -> dict[int, Exchange]:
     _, *parts = _EXAMPLE.split(page)
     exchanges = {}
     for number, name, section in zip(parts[::3], parts[1::3], parts[2::3], strict=True):
-        request, reply, *_ = dumps(section.partition("\n### ")[0])
-        exchanges[int(number)] = Exchange(name, request, reply)
+        example = section.partition("\n### ")[0]
+        request, reply, *_ = dumps(example)
+        exchanges[int(number)] = Exchange(name, request, reply, tuple(_CHANGING.findall(example)))
     return exchanges
 
 
@@ -58,18 +62,18 @@ def read_transports(page: str) -> dict[int, str]:
 
 
 _PAGE_TEXT = PAGE.read_text(encoding="utf-8")
-_EXCHANGES = read_exchanges(_PAGE_TEXT)
+BY_NUMBER = read_exchanges(_PAGE_TEXT)
 _TRANSPORTS = read_transports(_PAGE_TEXT)
 
-VERSIONS = _EXCHANGES[Command.VERSIONS]
-UPLOAD = _EXCHANGES[Command.UPLOAD]
-UPGRADE = _EXCHANGES[Command.UPGRADE]
-TIME_GET = _EXCHANGES[Command.TIME_GET]
-TIME_SET = _EXCHANGES[Command.TIME_SET]
-IP_GET = _EXCHANGES[Command.IP_GET]
-IP_SET = _EXCHANGES[Command.IP_SET]
-REBOOT = _EXCHANGES[Command.REBOOT]
+VERSIONS = BY_NUMBER[Command.VERSIONS]
+UPLOAD = BY_NUMBER[Command.UPLOAD]
+UPGRADE = BY_NUMBER[Command.UPGRADE]
+TIME_GET = BY_NUMBER[Command.TIME_GET]
+TIME_SET = BY_NUMBER[Command.TIME_SET]
+IP_GET = BY_NUMBER[Command.IP_GET]
+IP_SET = BY_NUMBER[Command.IP_SET]
+REBOOT = BY_NUMBER[Command.REBOOT]
 
-TCP = tuple(exchange for number, exchange in _EXCHANGES.items() if _TRANSPORTS.get(number) == "TCP")
-UDP = tuple(exchange for number, exchange in _EXCHANGES.items() if _TRANSPORTS.get(number) == "UDP")
+TCP = tuple(exchange for number, exchange in BY_NUMBER.items() if _TRANSPORTS.get(number) == "TCP")
+UDP = tuple(exchange for number, exchange in BY_NUMBER.items() if _TRANSPORTS.get(number) == "UDP")
 EVERY = TCP + UDP

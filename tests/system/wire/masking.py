@@ -1,15 +1,28 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""What replies tell differently from run to run."""
+"""What replies tell differently from run to run, as the worked examples of docs/protocol.md say and show."""
 
 import re
 from dataclasses import replace
 
+from . import golden
 from .header import HEADER_SIZE, Header
 from .message import Message, text_payload
+from .numbers import reply_to
 
-# Only in the form in which a card writes it, so that another form is still a difference.
-_CHANGING = re.compile(r'(?<= DateTime=")\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(?="/>$)')
+
+def _value(attribute: str, text: str) -> re.Pattern[str]:
+    """The attribute's value, only in the form which it has in the text, so that another form is still a difference."""
+    (example,) = re.findall(rf'(?<= {attribute}=")[^"]*(?=")', text)
+    form = r"\d+" if example.isdecimal() else re.sub(r"\d", r"\\d", re.escape(example))
+    return re.compile(rf'(?<= {attribute}="){form}(?=")')
+
+
+_CHANGING = {
+    reply_to(number): [_value(attribute, Message.decode(exchange.reply).text) for attribute in exchange.changing]
+    for number, exchange in golden.BY_NUMBER.items()
+    if exchange.changing
+}
 
 
 def masked(replies: bytes) -> bytes:
@@ -28,5 +41,7 @@ def _masked_reply(data: bytes) -> bytes:
         text = message.text
     except ValueError:
         return data
-    payload = text_payload(_CHANGING.sub("*", text))
+    for value in _CHANGING.get(message.header.command, []):
+        text = value.sub("*", text)
+    payload = text_payload(text)
     return Message(replace(message.header, payload_length=len(payload)), payload).encode()
