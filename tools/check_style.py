@@ -52,6 +52,9 @@ AWAITS = (
     (AWAIT_BEFORE_CLOSURE, "beside a closure with values"),
 )
 
+# A file of the card, or all of a folder.
+CARD_FILE = re.compile(r"(?<![\w.])/(?:etc|tmp|var|dev|lib|proc|sys)/[\w./-]*[\w/]")
+
 # A name that exists on one machine only.
 PRIVATE_PATH = re.compile(r"(?<![\w.])/(?:root|home)/")
 
@@ -181,8 +184,19 @@ def untold_commands(root: Path) -> Iterator[str]:
             yield f"CHANGELOG.md: nothing is said of `tarvelctl {name}`"
 
 
+def untold_files(root: Path) -> Iterator[str]:
+    """What of the card the daemon reads, writes or runs stands in its manual page, in the list of files or in that of the
+    commands, which is the protocol's."""
+    manual = text_of(root / "docs/tarveld.8.scd.in") + text_of(root / "docs/protocol.md")
+    named = set(CARD_FILE.findall(re.sub(r"_(/\S+?)_(?!\w)", r"\1", manual)))  # without the marks around it
+    for source in sorted((root / "src").rglob("*.*")):
+        for path in sorted(set(CARD_FILE.findall(text_of(source)))):
+            if not named & {path, path.rpartition("/")[0] + "/"}:
+                yield f"{source.relative_to(root)}: the daemon's manual page does not name {path}"
+
+
 def check(root: Path) -> list[str]:
-    complaints = [*untested_handlers(root), *unlisted_makers(root), *untold_commands(root)]
+    complaints = [*untested_handlers(root), *unlisted_makers(root), *untold_commands(root), *untold_files(root)]
     for name in tracked_files(root):
         if name.endswith("Test.cpp") and not is_built(root, name):
             complaints.append(f"{name}: no CMakeLists.txt above it names it")

@@ -191,3 +191,19 @@ def test_a_command_that_users_are_not_told_of_is_refused(tmp_path: Path) -> None
         'CHANGELOG.md: nothing is said of "uptime report", a command of the protocol',
         "CHANGELOG.md: nothing is said of `tarvelctl up`",
     ]
+
+
+def test_a_file_of_the_card_that_the_manual_does_not_name_is_refused(tmp_path: Path) -> None:
+    texts = {
+        "docs/tarveld.8.scd.in": "_/etc/rc.d/S65ntpd_\n_/etc/pnr/_, _/tmp/a_pnr_assy_\n",
+        "docs/protocol.md": "| 20 | uptime: as /proc/uptime has it |\n",
+        "src/util/One.cpp": '"/etc/pnr/kernel" "/etc/rc.d/S65ntpd" "/tmp/a_pnr_assy" "cat /proc/uptime" "x/etc/passwd"',
+        "src/util/Two.cpp": '"/etc/rc.d/" "/etc/rc.d/S65" "/tmp/a_pnr" "rm -rf /proc/uptime2 && /etc/pnr/a/b"',
+    }
+    for name, text in texts.items():
+        (tmp_path / name).parent.mkdir(parents=True, exist_ok=True)
+        (tmp_path / name).write_text(text, encoding="utf-8")
+    assert list(check_style.untold_files(tmp_path)) == [
+        f"src/util/Two.cpp: the daemon's manual page does not name {path}"
+        for path in ("/etc/pnr/a/b", "/etc/rc.d/", "/etc/rc.d/S65", "/proc/uptime2", "/tmp/a_pnr")
+    ]
