@@ -2,12 +2,17 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """One TCP connection: what the daemon sends for everything that a client sends before it ends its side."""
 
+from wire import Message, golden
+
 from . import firmware, header, time_reference, versions
 from .card import Card
 from .header import Header
 from .stream import Stream
 
 _SCRATCH = 4096
+
+# By command.
+EXAMPLES = {number: exchange for number, exchange in golden.BY_NUMBER.items() if exchange in golden.TCP}
 
 
 def serve_connection(card: Card, client: str, client_port: int, sent: bytes) -> bytes:
@@ -50,8 +55,17 @@ def _handle(card: Card, stream: Stream, request: Header) -> None:
         time_reference.get(card, stream, request)
     elif request.command == 17:
         time_reference.set_(card, stream, request)
+    elif request.command in EXAMPLES:
+        _as_on_the_page(stream, request)
     else:
         _unknown(card, stream, request)
+
+
+def _as_on_the_page(stream: Stream, request: Header) -> None:
+    """Enough for a command without payload whose reply does not depend on the card."""
+    reply = Message.decode(EXAMPLES[request.command].reply)
+    text = reply.text.encode("utf-8", "surrogateescape") if reply.payload else None
+    stream.answer(header.reply(request, header.SUCCESS, text))
 
 
 def _unknown(card: Card, stream: Stream, request: Header) -> None:

@@ -5,6 +5,7 @@
 import pytest
 from support import documents
 from wire import Command, Header, Message, Sections, Status, golden, masked, reply_to, request
+from wire.masking import changing_value
 from wire.sections import BadPayload
 
 REQUESTS = [
@@ -84,6 +85,15 @@ def test_replies_that_differ_in_the_time_of_day_are_the_same_when_masked() -> No
     early, late = told_at("2026-03-04T05:06:07"), told_at("2027-03-04T05:06:07")
     assert early != late
     assert masked(early + golden.VERSIONS.reply + late) == masked(late + golden.VERSIONS.reply + early)
+
+
+@pytest.mark.parametrize(
+    ("example", "same", "other"), [("1234", "7", "-7"), ("12:34", "98:76", "9:8"), ("1.5 s", "7.2 s", "7.2 m")]
+)
+def test_value_that_changes_is_known_by_its_form(example: str, same: str, other: str) -> None:
+    value = changing_value("For", f'<Up Since="1" For="{example}"/>')
+    told = f'<Up Since="2" For="{same}"/><Up For="{other}"/><Up NotFor="{example}"/>'
+    assert value.sub("*", told) == told.replace(f' For="{same}"', ' For="*"')
 
 
 def test_masking_leaves_every_other_difference() -> None:

@@ -11,7 +11,7 @@ from .message import Message, text_payload
 from .numbers import reply_to
 
 
-def _value(attribute: str, text: str) -> re.Pattern[str]:
+def changing_value(attribute: str, text: str) -> re.Pattern[str]:
     """The attribute's value, only in the form which it has in the text, so that another form is still a difference."""
     (example,) = re.findall(rf'(?<= {attribute}=")[^"]*(?=")', text)
     form = r"\d+" if example.isdecimal() else re.sub(r"\d", r"\\d", re.escape(example))
@@ -19,7 +19,7 @@ def _value(attribute: str, text: str) -> re.Pattern[str]:
 
 
 _CHANGING = {
-    reply_to(number): [_value(attribute, Message.decode(exchange.reply).text) for attribute in exchange.changing]
+    reply_to(number): [changing_value(attribute, Message.decode(exchange.reply).text) for attribute in exchange.changing]
     for number, exchange in golden.BY_NUMBER.items()
     if exchange.changing
 }

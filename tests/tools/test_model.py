@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""What the model makes of commands that it has no words of its own for."""
+
+import pytest
+from model import Card, serve_connection, tcp
+from model.settings import Settings
+from wire import Status, golden, reply_to, request
+
+_NEW = 0x7123
+
+
+def _answer(sent: bytes) -> bytes:
+    return serve_connection(Card("card1", Settings({}), {}), "10.0.0.1", 40000, sent)
+
+
+@pytest.mark.parametrize("text", ["<Uptime/>", None])
+def test_command_of_the_page_is_answered_as_in_its_example(monkeypatch: pytest.MonkeyPatch, text: str | None) -> None:
+    shown = golden.Exchange("uptime", request(_NEW), request(reply_to(_NEW), text, status=Status.SUCCESS))
+    monkeypatch.setitem(tcp.EXAMPLES, _NEW, shown)
+    answer = _answer(request(_NEW, sequence=7) + request(_NEW, sequence=8))
+    assert answer == b"".join(request(reply_to(_NEW), text, status=Status.SUCCESS, sequence=n) for n in (7, 8))
+
+
+@pytest.mark.parametrize("command", [_NEW, 3, 4, 9])
+def test_command_that_the_page_has_not_over_tcp_is_unknown(command: int) -> None:
+    assert _answer(request(command)) == request(reply_to(command), status=Status.UNKNOWN_COMMAND)
