@@ -79,6 +79,13 @@ TEST_F(CardRebootTest, IsRefusedWithoutASection)
     expectBroadcast(cardReboot, 2);
 }
 
+TEST_F(CardRebootTest, IsRefusedWithoutASender)
+{
+    EXPECT_EQ(serve(textRequest(9, "<RebootCard To=\"card7\"/>")), -1);
+    EXPECT_TRUE(shell.commands().empty());
+    expectBroadcast(cardReboot, 2);
+}
+
 TEST_F(CardRebootTest, NeverFollowsFromTheBytesOfAnEarlierRequest)
 {
     serve(textRequest(9, rebootText));
