@@ -3,6 +3,7 @@
 #include "client/commands/Findings.h"
 
 #include "client/model/Ranges.h"
+#include "protocol/Commands.h"
 
 #include <algorithm>
 #include <fmt/core.h>
@@ -13,8 +14,9 @@ namespace
 Failure nobody()
 {
     return {ExitCode::noAnswer, Category::timeout, "listening for cards",
-            "no card answered: none is on this network, or a firewall here drops the replies, which come from port "
-            "50003, some of them as broadcasts"};
+            fmt::format("no card answered: none is on this network, or a firewall here drops the replies, which come "
+                        "from port {}, some of them as broadcasts",
+                        cardPort)};
 }
 
 Failure tooFew(std::string hint)

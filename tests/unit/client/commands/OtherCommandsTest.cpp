@@ -75,6 +75,7 @@ TEST_F(DiscoverCommandTest, TellsThatNobodyAnswered)
     card.answer(ipGet, {.hangsUp = true});
     EXPECT_EQ(run({"discover"}), 5);
     EXPECT_TRUE(errHas("no card answered"));
+    EXPECT_TRUE(errHas("from port 50003, some"));
 }
 
 TEST_F(DiscoverCommandTest, ShowsItsProbesInADryRun)
