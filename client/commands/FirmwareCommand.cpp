@@ -29,6 +29,7 @@ std::string FirmwareCommand::planTitle(std::size_t cards) const
 Task<std::string> FirmwareCommand::planOf(Context& context, Target target)
 {
     const Endpoint endpoint = co_await locate(context.network, target);
+    // What would be replaced is what people look at before they agree.
     const Versions versions = co_await queryVersions(context.network, endpoint);
     std::vector<std::string> now;
     for (const Component& component : versions.components) {
@@ -41,6 +42,7 @@ void FirmwareCommand::prepare(Context& context, const std::vector<Target>& /*tar
 {
     context.console.progress("", {"checking the archive"});
     try {
+        // Looking through a large archive takes seconds in which the loop does not run: it is asked for a Ctrl-C.
         archive = requireGoodArchive(
             path, [&] { context.loop.takeInterrupt(); }, mebibyte * static_cast<std::uint64_t>(maxSize));
     } catch (const Interrupted&) {
@@ -73,6 +75,8 @@ Task<FirmwareCommand::Delivery> FirmwareCommand::sendArchive(Context& context, c
         if (!upload.hasBegun()) {
             result.changed = false;
         }
+        // Silence behind a whole archive is no failure yet: the card may have unpacked it, or be upgrading. Of an
+        // upgrade the versions tell later; so the command decides.
         if (!upload.isWhole() || failure.code != ExitCode::noAnswer) {
             throw;
         }
@@ -81,7 +85,7 @@ Task<FirmwareCommand::Delivery> FirmwareCommand::sendArchive(Context& context, c
     delivery.sent = true;
     result.add("bytes", static_cast<std::int64_t>(archive.size));
     if (delivery.silence) {
-        co_return delivery;
+        co_return delivery; // without a speed: when the card had it all, nobody said
     }
     result.add("seconds", upload.seconds());
     result.add("bytes_per_second", static_cast<std::int64_t>(upload.rate()));
