@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // Single functions that every request goes through.
 
 #include "protocol/Message.h"

@@ -107,6 +107,33 @@ def check_line(name: str, number: int, line: str) -> Iterator[str]:
         yield f"{where}: {found.group()} exists on one machine only"
 
 
+def misplaced_includes(name: str, lines: list[str]) -> Iterator[str]:
+    """Ours come first, so that a header of ours that lacks an include of its own does not compile."""
+    system = False
+    for number, line in enumerate(lines, 1):
+        found = re.match(r"\s*#\s*include\s*([<\"])", line)
+        if found and found[1] == '"' and system:
+            yield f"{name}:{number}: an include of ours behind one of the system's"
+        system = system or bool(found and found[1] == "<")
+
+
+def misnamed_suites(name: str, lines: list[str]) -> Iterator[str]:
+    for number, line in enumerate(lines, 1):
+        found = re.match(r"(?:TYPED_)?TEST(?:_[FP])?\((\w+),", line)
+        if found and not found[1].endswith("Test"):
+            yield f"{name}:{number}: the suite {found[1]} is no ...Test"
+
+
+def check_code(name: str, text: str) -> Iterator[str]:
+    lines = text.splitlines()
+    if lines[2:3] == [""]:
+        yield f"{name}:3: blank line behind the SPDX lines"
+    yield from misplaced_includes(name, lines)
+    yield from misplaced_awaits(name, text)
+    if not name.startswith("tests/unit/client/"):
+        yield from misnamed_suites(name, lines)
+
+
 def check_text(name: str, text: str) -> Iterator[str]:
     lines = text.splitlines()
     if not has_licence(name, lines):
@@ -117,7 +144,7 @@ def check_text(name: str, text: str) -> Iterator[str]:
         yield f"{name}: no #pragma once"
     yield from too_long(name, lines)
     if kind(name) in CODE:
-        yield from misplaced_awaits(name, text)
+        yield from check_code(name, text)
     for number, line in enumerate(lines, 1):
         yield from check_line(name, number, line)
 
@@ -185,8 +212,8 @@ def untold_commands(root: Path) -> Iterator[str]:
 
 
 def untold_files(root: Path) -> Iterator[str]:
-    """What of the card the daemon reads, writes or runs stands in its manual page, in the list of files or in that of the
-    commands, which is the protocol's."""
+    """The manual page names what of the card the daemon reads, writes or runs, among its files or its commands; these are
+    the protocol's."""
     manual = text_of(root / "docs/tarveld.8.scd.in") + text_of(root / "docs/protocol.md")
     named = set(CARD_FILE.findall(re.sub(r"_(/\S+?)_(?!\w)", r"\1", manual)))  # without the marks around it
     for source in sorted((root / "src").rglob("*.*")):

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // Stands before every program that the daemon runs on the simulated card: writes down how the program was called,
 // waits or fails if a test asked for that, and then becomes the real program. It is a program of its own, and a small
 // one, because a shell script at this place would cost more time than the programs behind it.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Change.h"
 
 #include "sim/uci/ConfigWriter.h"

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
+
+#include "sim/uci/Config.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "sim/uci/Config.h"
 
 // One staged change: a value or a section type to set, or something to remove.
 struct Change {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/CommandLine.h"
-
-#include <cstddef>
-#include <string_view>
 
 #include "sim/uci/UciError.h"
 #include "sim/uci/Usage.h"
+
+#include <cstddef>
+#include <string_view>
 
 namespace
 {

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Commands.h"
-
-#include <algorithm>
-#include <array>
-#include <strings.h>
 
 #include "sim/uci/PackageCommands.h"
 #include "sim/uci/SectionCommands.h"
 #include "sim/uci/UciError.h"
+
+#include <algorithm>
+#include <array>
+#include <strings.h>
 
 namespace
 {

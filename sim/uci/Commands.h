@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
+
+#include "sim/uci/Session.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "sim/uci/Session.h"
 
 struct ToolResult {
     int status = 0;

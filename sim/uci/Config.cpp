@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Config.h"
+
+#include "sim/uci/Names.h"
+#include "sim/uci/UciError.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-
-#include "sim/uci/Names.h"
-#include "sim/uci/UciError.h"
 
 namespace
 {

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/ConfigParser.h"
-
-#include <cstddef>
-#include <vector>
 
 #include "sim/uci/Lexer.h"
 #include "sim/uci/Names.h"
 #include "sim/uci/UciError.h"
+
+#include <cstddef>
+#include <vector>
 
 namespace
 {

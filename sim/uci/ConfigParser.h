@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
+
+#include "sim/uci/Config.h"
 
 #include <string>
 #include <string_view>
-
-#include "sim/uci/Config.h"
 
 // Reads the text of a configuration file. Sections of the same type and name are one section; an option line with an
 // empty value is as good as none, while an empty item of a list is one.

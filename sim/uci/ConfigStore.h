@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
-
-#include <string>
-#include <vector>
 
 #include "sim/uci/Change.h"
 #include "sim/uci/Config.h"
+
+#include <string>
+#include <vector>
 
 // A directory of configuration files and one of changes that are staged but not yet committed.
 // Operations on a configuration that has no file throw UciError ("Entry not found").

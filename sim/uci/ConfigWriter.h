@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
+
+#include "sim/uci/Config.h"
 
 #include <string>
 #include <string_view>
-
-#include "sim/uci/Config.h"
 
 // The value between single quotes, ready for a configuration file or a shell.
 std::string quoted(std::string_view value);

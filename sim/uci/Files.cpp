@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Files.h"
+
+#include "sim/uci/UciError.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,8 +12,6 @@
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "sim/uci/UciError.h"
 
 namespace
 {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Key.h"
-
-#include <cstddef>
 
 #include "sim/uci/Names.h"
 #include "sim/uci/UciError.h"
+
+#include <cstddef>
 
 namespace
 {

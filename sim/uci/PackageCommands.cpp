@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/PackageCommands.h"
 
-#include <cstddef>
-
 #include "sim/uci/ConfigWriter.h"
+
+#include <cstddef>
 
 namespace
 {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
-
-#include <string>
 
 #include "sim/uci/Session.h"
 #include "sim/uci/Target.h"
+
+#include <string>
 
 // The commands about one section or option. They return what they print, and throw UciError when they fail.
 

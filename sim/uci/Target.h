@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
-
-#include <string>
 
 #include "sim/uci/Config.h"
 #include "sim/uci/ConfigStore.h"
 #include "sim/uci/Key.h"
+
+#include <string>
 
 // What a key leads to in its configuration, staged changes included.
 struct Target {

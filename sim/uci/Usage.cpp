@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Usage.h"
 
 const char* const usage = R"(Usage: uci [<options>] <command> [<argument>]

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
+#include "sim/uci/CommandLine.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
-
-#include "sim/uci/CommandLine.h"
 
 namespace
 {

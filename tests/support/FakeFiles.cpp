@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // Files by their name: the real call, in the sandbox. The journal shows the card's name.
 
 #include "support/Replaced.h"

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // The network interfaces: the loopback device, and what a test adds. What else the machine has would decide what a test
 // sees; and under an emulator, which hands on the kernel's list as it stands, some C libraries never come to its end.
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // The process and its signals: the real call.
 
 #include "support/Replaced.h"

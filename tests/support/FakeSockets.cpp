@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // Sockets: the real call on the loopback device. What is sent to any other address is delivered to the same port on
 // the loopback address, so that a test can receive a broadcast and no test can send one; a connection likewise.
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // Open files and descriptors: the real call.
 
 #include "support/Replaced.h"

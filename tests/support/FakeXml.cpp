@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // libxml2 is the real one. The version that it is asked for is noted down instead, since the real check says nothing
 // about a library that is new enough; the clean-up at the end is noted down and made.
 

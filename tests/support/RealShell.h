@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
 
 // While this object lives, system() and popen() of the production code run their commands for real. Only for tests of

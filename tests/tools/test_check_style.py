@@ -16,7 +16,7 @@ def complaints(name: str, text: str) -> list[str]:
 
 
 def test_a_clean_file_passes() -> None:
-    assert complaints("src/util/Log.h", LICENCE + "\n#pragma once\n") == []
+    assert complaints("src/util/Log.h", LICENCE + "#pragma once\n") == []
 
 
 def test_a_source_needs_its_licence_lines() -> None:
@@ -37,7 +37,7 @@ def test_a_long_source_is_refused() -> None:
 
 
 def test_a_test_may_be_longer() -> None:
-    assert complaints("tests/unit/core/DaemonTest.cpp", LICENCE + "\n" * 298) == []
+    assert complaints("tests/unit/core/DaemonTest.cpp", LICENCE + "//\n" * 298) == []
 
 
 @pytest.mark.parametrize(
@@ -59,6 +59,24 @@ def test_a_makefile_has_tabs() -> None:
 
 def test_a_path_that_only_looks_private_passes() -> None:
     assert complaints("docs/x.md", "the sandbox's ." + HOME + "x and tmp" + HOME + "y\n") == []
+
+
+@pytest.mark.parametrize("name", ["src/util/Log.cpp", "client/main.cpp", "sim/uci/Key.cpp", "tests/support/Script.cpp"])
+def test_a_blank_line_behind_the_licence_is_refused(name: str) -> None:
+    assert complaints(name, LICENCE + "\nint x;\n") == [f"{name}:3: blank line behind the SPDX lines"]
+
+
+@pytest.mark.parametrize("name", ["src/util/Log.cpp", "sim/uci/Key.cpp", "tests/unit/sim/KeyTest.cpp"])
+def test_an_include_of_ours_behind_one_of_the_systems_is_refused(name: str) -> None:
+    text = LICENCE + '#include "a/A.h"\n\n#include "a/B.h"\n\n#include <array>\n\n#include "a/C.h"\n'
+    assert complaints(name, text) == [f"{name}:9: an include of ours behind one of the system's"]
+
+
+@pytest.mark.parametrize("macro", ["TEST", "TEST_F", "TEST_P", "TYPED_TEST"])
+def test_a_suite_that_is_no_test_is_refused(macro: str) -> None:
+    text = LICENCE + f"{macro}(KeyTest, IsOne)\n{macro}(Key, IsAnother)\n"
+    name = "tests/unit/sim/KeyTest.cpp"
+    assert complaints(name, text) == [f"{name}:4: the suite Key is no ...Test"]
 
 
 @pytest.mark.parametrize(

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "hardening/DocumentRule.h"
 
 #include <gtest/gtest.h>

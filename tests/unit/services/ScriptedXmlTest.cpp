@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // What no document makes the present libxml2 say, but its interface allows: the end before the first node, and a node
 // without a name. The text reader's functions are defined here, so that the library's own are not linked.
 

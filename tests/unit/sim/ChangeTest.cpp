@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Change.h"
-
-#include <gtest/gtest.h>
 
 #include "sim/uci/ConfigParser.h"
 #include "sim/uci/ConfigWriter.h"
+
+#include <gtest/gtest.h>
 
 namespace
 {
@@ -18,34 +17,34 @@ std::string changed(const std::string& text, const Change& change)
     return writeConfig(package);
 }
 
-TEST(Change, SettingAnOptionKeepsItsPlace)
+TEST(ChangeTest, SettingAnOptionKeepsItsPlace)
 {
     EXPECT_EQ(changed("config t s; option a 1; option b 2", {Change::Kind::set, "s", "a", "3"}),
               "\nconfig t 's'\n\toption a '3'\n\toption b '2'\n\n");
 }
 
-TEST(Change, SettingAListMakesItASingleValue)
+TEST(ChangeTest, SettingAListMakesItASingleValue)
 {
     EXPECT_EQ(changed("config t s; list a 1; list a 2", {Change::Kind::set, "s", "a", "3"}),
               "\nconfig t 's'\n\toption a '3'\n\n");
 }
 
-TEST(Change, SettingTheTypeOfANewNameMakesASection)
+TEST(ChangeTest, SettingTheTypeOfANewNameMakesASection)
 {
     EXPECT_EQ(changed("", {Change::Kind::set, "s", "", "t"}), "\nconfig t 's'\n\n");
 }
 
-TEST(Change, RemovingASectionRemovesItsOptions)
+TEST(ChangeTest, RemovingASectionRemovesItsOptions)
 {
     EXPECT_EQ(changed("config t s; option a 1", {Change::Kind::remove, "s", "", ""}), "\n");
 }
 
-TEST(Change, RemovingWhatIsGoneChangesNothing)
+TEST(ChangeTest, RemovingWhatIsGoneChangesNothing)
 {
     EXPECT_EQ(changed("config t s", {Change::Kind::remove, "x", "a", ""}), "\nconfig t 's'\n\n");
 }
 
-TEST(Change, AKeptChangeIsReadAsItWas)
+TEST(ChangeTest, AKeptChangeIsReadAsItWas)
 {
     const Change change{Change::Kind::set, "s", "o", "it's\ntwo lines"};
     const auto read = parseChanges("c", change.describe("c") + "\n").changes;
@@ -53,34 +52,34 @@ TEST(Change, AKeptChangeIsReadAsItWas)
     EXPECT_EQ(read[0].value, change.value);
 }
 
-TEST(Change, AKeptRemovalIsReadAsARemoval)
+TEST(ChangeTest, AKeptRemovalIsReadAsARemoval)
 {
     EXPECT_EQ(parseChanges("c", "-c.s.o\n").changes.at(0).kind, Change::Kind::remove);
 }
 
-TEST(Change, NonsenseInTheStoreIsLeftOutAndNoticed)
+TEST(ChangeTest, NonsenseInTheStoreIsLeftOutAndNoticed)
 {
     const StagedChanges read = parseChanges("c", "rubbish\nc.s.o='1'\n-c.s.o=1\nc.@t[0]='u'\nd.s.o='1'\n");
     EXPECT_EQ(read.changes.size(), 1U);
     EXPECT_TRUE(read.hasNonsense);
 }
 
-TEST(Change, AnOpenQuoteInTheStoreIsNonsense)
+TEST(ChangeTest, AnOpenQuoteInTheStoreIsNonsense)
 {
     EXPECT_TRUE(parseChanges("c", "c.s.o='1\n").hasNonsense);
 }
 
-TEST(Change, ATypeOfTheSameLengthLeavesASectionWithoutAName)
+TEST(ChangeTest, ATypeOfTheSameLengthLeavesASectionWithoutAName)
 {
     EXPECT_EQ(changed("config system", {Change::Kind::set, "cfg01e48a", "", "sistem"}), "\nconfig sistem\n\n");
 }
 
-TEST(Change, ATypeOfAnotherLengthGivesASectionItsMadeUpName)
+TEST(ChangeTest, ATypeOfAnotherLengthGivesASectionItsMadeUpName)
 {
     EXPECT_EQ(changed("config system", {Change::Kind::set, "cfg01e48a", "", "t"}), "\nconfig t 'cfg01e48a'\n\n");
 }
 
-TEST(Change, WithoutItsSectionAChangeFindsNoPlace)
+TEST(ChangeTest, WithoutItsSectionAChangeFindsNoPlace)
 {
     Package package = parseConfig("c", "config t s");
     EXPECT_FALSE((Change{Change::Kind::set, "x", "a", "1"}.applyTo(package)));

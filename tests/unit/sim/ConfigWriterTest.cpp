@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/ConfigWriter.h"
 
-#include <gtest/gtest.h>
-
 #include "sim/uci/ConfigParser.h"
+
+#include <gtest/gtest.h>
 
 namespace
 {
 
-TEST(ConfigWriter, WritesSectionsOptionsAndListsInTheUsualForm)
+TEST(ConfigWriterTest, WritesSectionsOptionsAndListsInTheUsualForm)
 {
     const Package package = parseConfig("test", "config t s; option a 1; list b x; list b y; config u");
     EXPECT_EQ(writeConfig(package), "\nconfig t 's'\n"
@@ -21,12 +20,12 @@ TEST(ConfigWriter, WritesSectionsOptionsAndListsInTheUsualForm)
                                     "\n");
 }
 
-TEST(ConfigWriter, AQuoteInAValueSurvives)
+TEST(ConfigWriterTest, AQuoteInAValueSurvives)
 {
     EXPECT_EQ(quoted("it's"), R"('it'\''s')");
 }
 
-TEST(ConfigWriter, WhatItWritesReadsAsTheSame)
+TEST(ConfigWriterTest, WhatItWritesReadsAsTheSame)
 {
     const std::string text = "\nconfig t 's'\n\toption a 'x '\\'' \" \\ # ;\ny'\n\n";
     EXPECT_EQ(writeConfig(parseConfig("test", text)), text);

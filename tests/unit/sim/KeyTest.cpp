@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "sim/uci/Key.h"
 
-#include <gtest/gtest.h>
-
 #include "sim/uci/UciError.h"
+
+#include <gtest/gtest.h>
 
 namespace
 {
 
-TEST(Key, HasUpToThreeParts)
+TEST(KeyTest, HasUpToThreeParts)
 {
     const Key key = Key::parse("network.lan.ipaddr");
     EXPECT_EQ(key.config, "network");
@@ -18,36 +17,36 @@ TEST(Key, HasUpToThreeParts)
     EXPECT_EQ(key.option, "ipaddr");
 }
 
-TEST(Key, TheValueIsWhatFollowsTheFirstEqualSign)
+TEST(KeyTest, TheValueIsWhatFollowsTheFirstEqualSign)
 {
     EXPECT_EQ(Key::parse("a.b.c=d=e.f").value, "d=e.f");
 }
 
-TEST(Key, WithoutEqualSignThereIsNoValue)
+TEST(KeyTest, WithoutEqualSignThereIsNoValue)
 {
     EXPECT_FALSE(Key::parse("a.b.c").value.has_value());
 }
 
-TEST(Key, AnEmptyValueIsAValue)
+TEST(KeyTest, AnEmptyValueIsAValue)
 {
     EXPECT_EQ(Key::parse("a.b.c=").value, "");
 }
 
-TEST(Key, ASectionMayBeAddressedByTypeAndIndex)
+TEST(KeyTest, ASectionMayBeAddressedByTypeAndIndex)
 {
     EXPECT_EQ(Key::parse("system.@system[0].hostname").section, "@system[0]");
 }
 
-class InvalidKey : public testing::TestWithParam<const char*>
+class InvalidKeyTest : public testing::TestWithParam<const char*>
 {
 };
 
-TEST_P(InvalidKey, IsRefused)
+TEST_P(InvalidKeyTest, IsRefused)
 {
     EXPECT_THROW(Key::parse(GetParam()), UciError);
 }
 
-INSTANTIATE_TEST_SUITE_P(Key, InvalidKey,
+INSTANTIATE_TEST_SUITE_P(Key, InvalidKeyTest,
                          testing::Values("", ".", "a.", "a..c", "a.b.", "a.b.c.d", "a/b", "a.b.c-d", "=v",
                                          "a.b.c=\x01"));
 

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "UciSandbox.h"
 
 namespace
@@ -8,160 +7,160 @@ namespace
 
 const std::string factory = "# made at the factory\nconfig interface 'lan'\n\toption proto 'static'\n\tlist dns 'x'\n";
 
-class StagingCommands : public UciSandbox
+class StagingCommandsTest : public UciSandbox
 {
 protected:
-    StagingCommands()
+    StagingCommandsTest()
     {
         writeConfig("network", factory);
         writeConfig("system", "config system\n\toption hostname 'card1'\n");
     }
 };
 
-TEST_F(StagingCommands, GetSeesAStagedValue)
+TEST_F(StagingCommandsTest, GetSeesAStagedValue)
 {
     output({"set", "network.lan.proto=dhcp"});
     EXPECT_EQ(output({"get", "network.lan.proto"}), "dhcp\n");
 }
 
-TEST_F(StagingCommands, AStagedValueIsNotInTheFile)
+TEST_F(StagingCommandsTest, AStagedValueIsNotInTheFile)
 {
     output({"set", "network.lan.proto=dhcp"});
     EXPECT_EQ(config("network"), factory);
 }
 
-TEST_F(StagingCommands, TheLastOfSeveralStagedValuesCounts)
+TEST_F(StagingCommandsTest, TheLastOfSeveralStagedValuesCounts)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"set", "network.lan.proto=none"});
     EXPECT_EQ(output({"get", "network.lan.proto"}), "none\n");
 }
 
-TEST_F(StagingCommands, SetIntoAMissingSectionFails)
+TEST_F(StagingCommandsTest, SetIntoAMissingSectionFails)
 {
     EXPECT_EQ(uci({"set", "network.wan.proto=dhcp"}).errors, "uci: Invalid argument\n");
 }
 
-TEST_F(StagingCommands, SetInAMissingConfigurationFails)
+TEST_F(StagingCommandsTest, SetInAMissingConfigurationFails)
 {
     EXPECT_EQ(uci({"set", "wireless.lan.proto=dhcp"}).errors, "uci: Entry not found\n");
 }
 
-TEST_F(StagingCommands, SetWithoutAValueFails)
+TEST_F(StagingCommandsTest, SetWithoutAValueFails)
 {
     EXPECT_EQ(uci({"set", "network.lan.proto"}).status, 1);
 }
 
-TEST_F(StagingCommands, SetMakesANewSection)
+TEST_F(StagingCommandsTest, SetMakesANewSection)
 {
     output({"set", "network.wan=interface"});
     EXPECT_EQ(output({"get", "network.wan"}), "interface\n");
 }
 
-TEST_F(StagingCommands, SetFillsAStagedSection)
+TEST_F(StagingCommandsTest, SetFillsAStagedSection)
 {
     output({"set", "network.wan=interface"});
     output({"set", "network.wan.proto=dhcp"});
     EXPECT_EQ(output({"get", "network.wan.proto"}), "dhcp\n");
 }
 
-TEST_F(StagingCommands, SetToAnEmptyValueDeletesTheOption)
+TEST_F(StagingCommandsTest, SetToAnEmptyValueDeletesTheOption)
 {
     output({"set", "network.lan.proto="});
     EXPECT_EQ(uci({"get", "network.lan.proto"}).status, 1);
 }
 
-TEST_F(StagingCommands, SetOfAMissingOptionToAnEmptyValueIsNoError)
+TEST_F(StagingCommandsTest, SetOfAMissingOptionToAnEmptyValueIsNoError)
 {
     EXPECT_EQ(output({"set", "network.lan.gateway="}), "");
 }
 
-TEST_F(StagingCommands, SetInAMissingSectionToAnEmptyValueFails)
+TEST_F(StagingCommandsTest, SetInAMissingSectionToAnEmptyValueFails)
 {
     EXPECT_EQ(uci({"set", "network.wan.gateway="}).status, 1);
 }
 
-TEST_F(StagingCommands, SetOfTheTypeOfNoSectionIsNoError)
+TEST_F(StagingCommandsTest, SetOfTheTypeOfNoSectionIsNoError)
 {
     EXPECT_EQ(output({"set", "network.@interface[7]=bridge"}), "");
     EXPECT_EQ(output({"changes"}), "");
 }
 
-TEST_F(StagingCommands, SetToTheSameValueStagesNothing)
+TEST_F(StagingCommandsTest, SetToTheSameValueStagesNothing)
 {
     output({"set", "network.lan.proto=static"});
     EXPECT_EQ(output({"changes"}), "");
 }
 
-TEST_F(StagingCommands, SetInAnAnonymousSectionIsFoundAgain)
+TEST_F(StagingCommandsTest, SetInAnAnonymousSectionIsFoundAgain)
 {
     output({"set", "system.@system[0].hostname=card2"});
     EXPECT_EQ(output({"get", "system.@system[-1].hostname"}), "card2\n");
 }
 
-TEST_F(StagingCommands, DeleteHidesAnOption)
+TEST_F(StagingCommandsTest, DeleteHidesAnOption)
 {
     output({"delete", "network.lan.proto"});
     EXPECT_EQ(uci({"get", "network.lan.proto"}).status, 1);
 }
 
-TEST_F(StagingCommands, DeleteHidesASection)
+TEST_F(StagingCommandsTest, DeleteHidesASection)
 {
     output({"delete", "network.lan"});
     EXPECT_EQ(uci({"get", "network.lan"}).status, 1);
 }
 
-TEST_F(StagingCommands, DeleteOfAMissingOptionFails)
+TEST_F(StagingCommandsTest, DeleteOfAMissingOptionFails)
 {
     EXPECT_EQ(uci({"delete", "network.lan.gateway"}).errors, "uci: Entry not found\n");
 }
 
-TEST_F(StagingCommands, ChangesListsWhatIsStagedInOrder)
+TEST_F(StagingCommandsTest, ChangesListsWhatIsStagedInOrder)
 {
     output({"set", "network.lan.proto=it's"});
     output({"delete", "network.lan.dns"});
     EXPECT_EQ(output({"changes"}), "network.lan.proto='it'\\''s'\n-network.lan.dns\n");
 }
 
-TEST_F(StagingCommands, ChangesOfOneConfigurationLeavesOutTheOthers)
+TEST_F(StagingCommandsTest, ChangesOfOneConfigurationLeavesOutTheOthers)
 {
     output({"set", "network.lan.proto=dhcp"});
     EXPECT_EQ(output({"changes", "system"}), "");
 }
 
-TEST_F(StagingCommands, TheToolOf2014ListsChangesWithoutQuotes)
+TEST_F(StagingCommandsTest, TheToolOf2014ListsChangesWithoutQuotes)
 {
     output({"set", "network.lan.proto=dhcp"});
     const ToolResult old = runTool({"-c", configs(), "-t", staged(), "changes"}, Generation::of2014);
     EXPECT_EQ(old.output, "network.lan.proto=dhcp\n");
 }
 
-TEST_F(StagingCommands, ChangesOfAMissingConfigurationFails)
+TEST_F(StagingCommandsTest, ChangesOfAMissingConfigurationFails)
 {
     EXPECT_EQ(uci({"changes", "wireless"}).status, 1);
 }
 
-TEST_F(StagingCommands, CommitWritesTheFile)
+TEST_F(StagingCommandsTest, CommitWritesTheFile)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"commit", "network"});
     EXPECT_EQ(config("network"), "\nconfig interface 'lan'\n\toption proto 'dhcp'\n\tlist dns 'x'\n\n");
 }
 
-TEST_F(StagingCommands, CommitLeavesNothingStaged)
+TEST_F(StagingCommandsTest, CommitLeavesNothingStaged)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"commit", "network"});
     EXPECT_EQ(output({"changes"}), "");
 }
 
-TEST_F(StagingCommands, CommitOfNothingLeavesTheFileAsItIs)
+TEST_F(StagingCommandsTest, CommitOfNothingLeavesTheFileAsItIs)
 {
     output({"commit", "network"});
     EXPECT_EQ(config("network"), factory);
 }
 
-TEST_F(StagingCommands, CommitWithoutANameCommitsAll)
+TEST_F(StagingCommandsTest, CommitWithoutANameCommitsAll)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"set", "system.@system[0].hostname=card2"});
@@ -170,19 +169,19 @@ TEST_F(StagingCommands, CommitWithoutANameCommitsAll)
     EXPECT_EQ(output({"changes"}), "");
 }
 
-TEST_F(StagingCommands, CommitOfOneConfigurationLeavesTheOthersStaged)
+TEST_F(StagingCommandsTest, CommitOfOneConfigurationLeavesTheOthersStaged)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"commit", "system"});
     EXPECT_EQ(output({"changes"}), "network.lan.proto='dhcp'\n");
 }
 
-TEST_F(StagingCommands, CommitOfAMissingConfigurationFails)
+TEST_F(StagingCommandsTest, CommitOfAMissingConfigurationFails)
 {
     EXPECT_EQ(uci({"commit", "wireless"}).status, 1);
 }
 
-TEST_F(StagingCommands, CommitWithoutANameSkipsABrokenFile)
+TEST_F(StagingCommandsTest, CommitWithoutANameSkipsABrokenFile)
 {
     output({"set", "system.@system[0].hostname=card2"});
     writeConfig("network", "rubbish\n");
@@ -191,27 +190,27 @@ TEST_F(StagingCommands, CommitWithoutANameSkipsABrokenFile)
     EXPECT_EQ(config("system"), "\nconfig system\n\toption hostname 'card2'\n\n");
 }
 
-TEST_F(StagingCommands, CommitWithTheNameOfABrokenFileFails)
+TEST_F(StagingCommandsTest, CommitWithTheNameOfABrokenFileFails)
 {
     writeConfig("network", "rubbish\n");
     EXPECT_EQ(uci({"commit", "network"}).status, 1);
 }
 
-TEST_F(StagingCommands, RevertDropsTheChangesOfAConfiguration)
+TEST_F(StagingCommandsTest, RevertDropsTheChangesOfAConfiguration)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"revert", "network"});
     EXPECT_EQ(output({"get", "network.lan.proto"}), "static\n");
 }
 
-TEST_F(StagingCommands, RevertOfOneConfigurationKeepsTheOthers)
+TEST_F(StagingCommandsTest, RevertOfOneConfigurationKeepsTheOthers)
 {
     output({"set", "system.@system[0].hostname=card2"});
     output({"revert", "network"});
     EXPECT_EQ(output({"get", "system.@system[0].hostname"}), "card2\n");
 }
 
-TEST_F(StagingCommands, RevertOfAnOptionKeepsTheOtherOptions)
+TEST_F(StagingCommandsTest, RevertOfAnOptionKeepsTheOtherOptions)
 {
     output({"set", "network.lan.proto=dhcp"});
     output({"delete", "network.lan.dns"});
@@ -219,14 +218,14 @@ TEST_F(StagingCommands, RevertOfAnOptionKeepsTheOtherOptions)
     EXPECT_EQ(output({"changes"}), "network.lan.proto='dhcp'\n");
 }
 
-TEST_F(StagingCommands, RevertFindsAnAnonymousSection)
+TEST_F(StagingCommandsTest, RevertFindsAnAnonymousSection)
 {
     output({"set", "system.@system[0].hostname=card2"});
     output({"revert", "system.@system[0].hostname"});
     EXPECT_EQ(output({"get", "system.@system[0].hostname"}), "card1\n");
 }
 
-TEST_F(StagingCommands, RevertOfAMissingConfigurationFails)
+TEST_F(StagingCommandsTest, RevertOfAMissingConfigurationFails)
 {
     EXPECT_EQ(uci({"revert", "wireless"}).status, 1);
 }

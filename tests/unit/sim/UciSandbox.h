@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #pragma once
+
+#include "sim/uci/CommandLine.h"
+#include "sim/uci/Files.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -9,9 +11,6 @@
 #include <string>
 #include <unistd.h>
 #include <vector>
-
-#include "sim/uci/CommandLine.h"
-#include "sim/uci/Files.h"
 
 // The tool with directories of its own, which are gone after the test.
 class UciSandbox : public testing::Test

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "support/CapturedOutput.h"
 
 #include <gtest/gtest.h>
 #include <iostream>
 #include <unistd.h>
 
-TEST(CapturedOutput, CatchesEveryWayOfWriting)
+TEST(CapturedOutputTest, CatchesEveryWayOfWriting)
 {
     CapturedOutput output;
     std::cout << "stream ";
@@ -15,7 +14,7 @@ TEST(CapturedOutput, CatchesEveryWayOfWriting)
     EXPECT_EQ(output.out(), "stream stdio ");
 }
 
-TEST(CapturedOutput, KeepsErrorsApart)
+TEST(CapturedOutputTest, KeepsErrorsApart)
 {
     CapturedOutput output;
     std::cerr << "error";

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "support/Sandbox.h"
 
 #include "OrdinaryCalls.h"
@@ -42,7 +41,7 @@ TEST_F(SandboxTest, HoldsNothingOfThisMachine)
     EXPECT_FALSE(ordinary::exists("/sys/class"));
 }
 
-TEST(SandboxLife, LeavesNothingBehind)
+TEST(SandboxLifeTest, LeavesNothingBehind)
 {
     std::string root;
     {
@@ -53,7 +52,7 @@ TEST(SandboxLife, LeavesNothingBehind)
     EXPECT_FALSE(std::filesystem::exists(root));
 }
 
-TEST(SandboxLife, ANameOfTheCardWithoutOneEndsTheTest)
+TEST(SandboxLifeTest, ANameOfTheCardWithoutOneEndsTheTest)
 {
     EXPECT_DEATH(ordinary::exists("/etc/passwd"), "the test has no sandbox");
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 #include "timesettings/TimeReference.h"
 
 #include "support/ErrorText.h"

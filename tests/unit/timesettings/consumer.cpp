@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
-
 // A replication consumer outside the daemon. Names that the library has within are its own here, and mean other things;
 // the system calls that would look at this machine are, too.
 #include <cstdarg>
