@@ -88,6 +88,7 @@ private:
                                    {"expected", component.version}});
             ids.push_back(component.id);
         }
+        // Thrown last: the list of what differs belongs to the failure.
         if (!unmet.empty()) {
             throw differs("comparing with the expected versions",
                           fmt::format("not as expected: {}", fmt::join(ids, ", ")));
@@ -120,6 +121,7 @@ private:
             const std::optional<std::string> version = versionOf(components, id);
             result.list.push_back({{"component", id}, {"version", version ? Cell(*version) : Cell()}});
         }
+        // A card that failed in another way keeps that failure.
         if (result.ok() && !differing.empty()) {
             result.fail(
                 differs("comparing the cards", fmt::format("the cards differ in {}", fmt::join(differing, ", "))));

@@ -126,7 +126,7 @@ std::string values(const ProgramShape& shape)
     for (const CommandShape& command : shape.commands) {
         branches += valueBranches(command, fmt::format("'{}'", command.name));
     }
-    branches += valueBranches(shape.program, "*");
+    branches += valueBranches(shape.program, "*"); // last, since the first branch that fits counts
     return function("_tarvelctl_value", "$1:$2", "of an option of a command", branches);
 }
 
@@ -169,6 +169,7 @@ std::string arguments(const ProgramShape& shape)
     for (const CommandShape& command : shape.commands) {
         for (std::size_t index = 0; index < command.arguments.size(); ++index) {
             const OptionShape& argument = command.arguments[index];
+            // No more can come behind one that repeats, so its branch may take any number of arguments.
             const std::string place = argument.repeats ? "'*" : fmt::format("{}'", index);
             branches += branch(fmt::format("'{}:{}", command.name, place), kindText(argument));
         }

@@ -29,6 +29,7 @@ std::string quoted(std::string_view text)
     return result + "'";
 }
 
+// "-x" wants a value and offers no files, which "complete -f" above has taken away everywhere; "-F" brings them back.
 std::string valueOf(const OptionShape& option)
 {
     switch (option.kind) {
@@ -85,6 +86,7 @@ std::string wordLines(const std::vector<CommandShape>& words, const std::string&
 std::string groupLines(const ProgramShape& shape, const CommandShape& group)
 {
     const std::vector<CommandShape> words = wordsAfter(shape, group.name);
+    // With its second word the command is whole, and the group has nothing left to offer.
     std::string condition = conditionOf(group.name) + "; and not __fish_seen_subcommand_from";
     for (const CommandShape& word : words) {
         condition += " " + word.name;

@@ -31,6 +31,7 @@ _tarvelctl_choose() { # from the commands behind the first argument, which are d
 
 )script";
 
+// Found in a folder of fpath, the file is the body of the function; read with `source`, it has to announce it.
 constexpr const char* tail = R"script(
 if [[ $funcstack[1] == _tarvelctl ]]; then
     _tarvelctl "$@"
@@ -66,7 +67,7 @@ std::string action(const OptionShape& option)
     case ValueKind::card:
         return "_tarvelctl_cards";
     default:
-        return " ";
+        return " "; // something must stand there, and nobody can guess it
     }
 }
 

@@ -50,6 +50,7 @@ void walkSections(std::uint8_t messageFormat, std::span<std::byte> rest, Convert
         if (count > rest.size()) {
             return;
         }
+        // Bytes behind the last whole element stay as they are, and are passed over with the rest.
         kind.convert(rest.data(), count / kind.elementSize);
         rest = rest.subspan(count);
     }
@@ -76,6 +77,7 @@ void encodeDatagramSections(std::uint8_t messageFormat, std::span<std::byte> sec
 
 std::span<std::byte> DatagramBuffer::sections()
 {
+    // What is shorter than a header has no sections, instead of a difference that wraps around.
     return std::span(storage).subspan(headerSize, std::max(length, headerSize) - headerSize);
 }
 
