@@ -215,7 +215,7 @@ def test_a_file_of_the_card_that_the_manual_does_not_name_is_refused(tmp_path: P
     texts = {
         "docs/tarveld.8.scd.in": "_/etc/rc.d/S65ntpd_\n_/etc/pnr/_, _/tmp/a_pnr_assy_\n",
         "docs/protocol.md": "| 20 | uptime: as /proc/uptime has it |\n",
-        "src/util/One.cpp": '"/etc/pnr/kernel" "/etc/rc.d/S65ntpd" "/tmp/a_pnr_assy" "cat /proc/uptime" "x/etc/passwd"',
+        "src/util/One.cpp": '"/etc/pnr/kernel" "/etc/rc.d/S65ntpd" "/tmp/a_pnr_assy" "cat /proc/uptime" "x/etc/passwd >/dev/null"',
         "src/util/Two.cpp": '"/etc/rc.d/" "/etc/rc.d/S65" "/tmp/a_pnr" "rm -rf /proc/uptime2 && /etc/pnr/a/b"',
     }
     for name, text in texts.items():
