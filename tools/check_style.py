@@ -130,8 +130,7 @@ def check_code(name: str, text: str) -> Iterator[str]:
         yield f"{name}:3: blank line behind the SPDX lines"
     yield from misplaced_includes(name, lines)
     yield from misplaced_awaits(name, text)
-    if not name.startswith("tests/unit/client/"):
-        yield from misnamed_suites(name, lines)
+    yield from misnamed_suites(name, lines)
 
 
 def check_text(name: str, text: str) -> Iterator[str]:

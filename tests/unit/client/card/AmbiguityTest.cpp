@@ -27,29 +27,29 @@ CardReply answer(const std::string& address, const std::string& interface, std::
     return reply;
 }
 
-TEST(Ambiguity, IsNoneInOneAnswer)
+TEST(AmbiguityTest, IsNoneInOneAnswer)
 {
     EXPECT_EQ(ambiguityOf({answer("10.0.0.11", "lan0")}), std::nullopt);
 }
 
-TEST(Ambiguity, IsNoneIfEachInterfaceHeardTheSameOnce)
+TEST(AmbiguityTest, IsNoneIfEachInterfaceHeardTheSameOnce)
 {
     EXPECT_EQ(ambiguityOf({answer("10.0.0.11", "lan0"), answer("10.0.1.11", "lan1")}), std::nullopt);
 }
 
-TEST(Ambiguity, IsNoneInTheAnswersToTwoRequests)
+TEST(AmbiguityTest, IsNoneInTheAnswersToTwoRequests)
 {
     EXPECT_EQ(ambiguityOf({answer("10.0.0.11", "lan0", 1), answer("10.0.0.11", "lan0", 2)}), std::nullopt);
 }
 
-TEST(Ambiguity, IsInTwoAnswersOfOneSenderToOneRequest)
+TEST(AmbiguityTest, IsInTwoAnswersOfOneSenderToOneRequest)
 {
     const std::optional<std::string> why = ambiguityOf({answer("10.0.0.11", "lan0"), answer("10.0.0.11", "lan0")});
     ASSERT_TRUE(why);
     EXPECT_NE(why->find("10.0.0.11 on lan0 and 10.0.0.11 on lan0"), std::string::npos) << *why;
 }
 
-TEST(Ambiguity, IsInDifferentTexts)
+TEST(AmbiguityTest, IsInDifferentTexts)
 {
     const std::string other = stating("10.0.0.12", "10.0.1.12");
     const std::optional<std::string> why =
@@ -58,7 +58,7 @@ TEST(Ambiguity, IsInDifferentTexts)
     EXPECT_NE(why->find("10.0.0.11 on lan0 and 10.0.1.12 on lan1"), std::string::npos) << *why;
 }
 
-TEST(Ambiguity, IsInARefusalBesideAText)
+TEST(AmbiguityTest, IsInARefusalBesideAText)
 {
     CardReply refusal = answer("10.0.1.11", "lan1");
     refusal.reply.header.status = static_cast<std::uint8_t>(Status::failure);
@@ -66,32 +66,32 @@ TEST(Ambiguity, IsInARefusalBesideAText)
     EXPECT_TRUE(ambiguityOf({answer("10.0.0.11", "lan0"), refusal}));
 }
 
-TEST(Ambiguity, IsNoneIfACardStatesBothOfItsPortsInOneNetwork)
+TEST(AmbiguityTest, IsNoneIfACardStatesBothOfItsPortsInOneNetwork)
 {
     const std::string both = stating("10.0.0.11", "10.0.0.12");
     EXPECT_EQ(ambiguityOf({answer("10.0.0.11", "lan0", 1, both), answer("10.0.0.12", "lan0", 1, both)}), std::nullopt);
 }
 
-TEST(Ambiguity, IsInASenderThatTheTextDoesNotState)
+TEST(AmbiguityTest, IsInASenderThatTheTextDoesNotState)
 {
     const std::optional<std::string> why = ambiguityOf({answer("10.0.0.11", "lan0"), answer("10.0.0.99", "lan0")});
     ASSERT_TRUE(why);
     EXPECT_NE(why->find("both ports in one network"), std::string::npos) << *why;
 }
 
-TEST(Ambiguity, IsInStrangersThatAnswerOneRequestEach)
+TEST(AmbiguityTest, IsInStrangersThatAnswerOneRequestEach)
 {
     EXPECT_TRUE(ambiguityOf({answer("10.0.0.11", "lan0", 1), answer("10.0.0.99", "lan0", 2)}));
 }
 
-TEST(Ambiguity, IsInAThirdAnswerOfAStatedSender)
+TEST(AmbiguityTest, IsInAThirdAnswerOfAStatedSender)
 {
     const std::string both = stating("10.0.0.11", "10.0.0.12");
     EXPECT_TRUE(ambiguityOf({answer("10.0.0.11", "lan0", 1, both), answer("10.0.0.12", "lan0", 1, both),
                              answer("10.0.0.12", "lan0", 1, both)}));
 }
 
-TEST(Ambiguity, StatesNoAddressesInWhatMakesNoSense)
+TEST(AmbiguityTest, StatesNoAddressesInWhatMakesNoSense)
 {
     EXPECT_TRUE(statedAddresses(answer("10.0.0.11", "lan0", 1, "nonsense")).empty());
     EXPECT_EQ(statedAddresses(answer("10.0.0.11", "lan0")), (std::vector<std::string>{"10.0.0.11", "10.0.1.11"}));

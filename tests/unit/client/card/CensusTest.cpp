@@ -7,7 +7,7 @@
 namespace
 {
 
-TEST(Census, CountsWhatAnAddressAnsweredOnOneInterface)
+TEST(CensusTest, CountsWhatAnAddressAnsweredOnOneInterface)
 {
     Census census;
     census.note({{}, "10.0.0.11", cardPort, "lan0"});
@@ -18,7 +18,7 @@ TEST(Census, CountsWhatAnAddressAnsweredOnOneInterface)
     EXPECT_EQ(census.answersFrom("10.0.0.13"), 0);
 }
 
-TEST(Census, TakesACardThatTwoInterfacesHearForOne)
+TEST(CensusTest, TakesACardThatTwoInterfacesHearForOne)
 {
     Census census;
     census.note({{}, "10.0.0.11", cardPort, "lan0"});

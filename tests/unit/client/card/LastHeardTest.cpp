@@ -7,7 +7,7 @@
 namespace
 {
 
-TEST(LastHeard, KnowsTheLastPlaceOfEachName)
+TEST(LastHeardTest, KnowsTheLastPlaceOfEachName)
 {
     LastHeard known;
     known.note("card 1", "10.0.0.11", 100);
@@ -19,13 +19,13 @@ TEST(LastHeard, KnowsTheLastPlaceOfEachName)
     EXPECT_FALSE(again.of("card"));
 }
 
-TEST(LastHeard, TakesWhatCanBeReadOfABrokenFile)
+TEST(LastHeardTest, TakesWhatCanBeReadOfABrokenFile)
 {
     EXPECT_TRUE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card1"));
     EXPECT_FALSE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card2"));
 }
 
-TEST(LastHeard, TellsAnAgeInOneUnit)
+TEST(LastHeardTest, TellsAnAgeInOneUnit)
 {
     EXPECT_EQ(ageText(-5), "0 s");
     EXPECT_EQ(ageText(119), "119 s");

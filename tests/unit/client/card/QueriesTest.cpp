@@ -142,7 +142,7 @@ TEST_F(QueriesTest, ReadBackAgainUntilTheCardAnswers)
     EXPECT_EQ(outcome, TimeOutcome::doneLate);
 }
 
-TEST(TimeToAnswer, IsAMinuteForACardThatAsksTimeServersFirst)
+TEST(TimeToAnswerTest, IsAMinuteForACardThatAsksTimeServersFirst)
 {
     EventLoop loop;
     const Network network(loop, {.policy = {Seconds(5), 2}, .interfaces = {}});
@@ -150,7 +150,7 @@ TEST(TimeToAnswer, IsAMinuteForACardThatAsksTimeServersFirst)
     EXPECT_EQ(timeToAnswer(network, TimeMode::manual), Seconds(5));
 }
 
-TEST(TimeToAnswer, IsWhatTheUserGives)
+TEST(TimeToAnswerTest, IsWhatTheUserGives)
 {
     EventLoop loop;
     const Network network(loop, {.policy = {Seconds(7), 2}, .interfaces = {}, .timeoutGiven = true});

@@ -4,28 +4,28 @@
 
 #include <gtest/gtest.h>
 
-TEST(TransferMeter, TheRateCountsWhatWasAcknowledged)
+TEST(TransferMeterTest, TheRateCountsWhatWasAcknowledged)
 {
     TransferMeter meter(4000);
     meter.update(2, 1000);
     EXPECT_DOUBLE_EQ(meter.rate(), 500);
 }
 
-TEST(TransferMeter, TheTimeLeftIsAtTheRateSoFar)
+TEST(TransferMeterTest, TheTimeLeftIsAtTheRateSoFar)
 {
     TransferMeter meter(4000);
     meter.update(2, 1000);
     EXPECT_DOUBLE_EQ(meter.secondsLeft(), 6);
 }
 
-TEST(TransferMeter, NothingIsForetoldBeforeTheFirstBytes)
+TEST(TransferMeterTest, NothingIsForetoldBeforeTheFirstBytes)
 {
     TransferMeter meter(4000);
     EXPECT_DOUBLE_EQ(meter.rate(), 0);
     EXPECT_DOUBLE_EQ(meter.secondsLeft(), 0);
 }
 
-TEST(TransferMeter, SilenceCountsFromTheLastProgress)
+TEST(TransferMeterTest, SilenceCountsFromTheLastProgress)
 {
     TransferMeter meter(4000);
     meter.update(2, 1000);
@@ -35,7 +35,7 @@ TEST(TransferMeter, SilenceCountsFromTheLastProgress)
     EXPECT_DOUBLE_EQ(meter.secondsSilent(), 0);
 }
 
-TEST(TransferMeter, CompleteWhenAllIsAcknowledged)
+TEST(TransferMeterTest, CompleteWhenAllIsAcknowledged)
 {
     TransferMeter meter(4000);
     meter.update(1, 3999);
@@ -44,7 +44,7 @@ TEST(TransferMeter, CompleteWhenAllIsAcknowledged)
     EXPECT_TRUE(meter.isComplete());
 }
 
-TEST(TransferMeter, TellsPeopleAmountShareRateAndTimeLeft)
+TEST(TransferMeterTest, TellsPeopleAmountShareRateAndTimeLeft)
 {
     TransferMeter meter(4 * 1024 * 1024);
     meter.update(2, 1024 * 1024);

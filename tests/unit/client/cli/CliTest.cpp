@@ -18,7 +18,7 @@ void parse(CommandLine& line, std::vector<const char*> words)
     parseCommandLine(static_cast<int>(words.size()), words.data(), line);
 }
 
-TEST(CommandLine, ChoosesACommandOfAGroup)
+TEST(CommandLineTest, ChoosesACommandOfAGroup)
 {
     CommandLine line;
     parse(line, {"time", "get", "card1"});
@@ -26,7 +26,7 @@ TEST(CommandLine, ChoosesACommandOfAGroup)
     EXPECT_TRUE(line.command);
 }
 
-TEST(CommandLine, TakesTheProgramsOptionsBeforeAndAfterTheCommand)
+TEST(CommandLineTest, TakesTheProgramsOptionsBeforeAndAfterTheCommand)
 {
     CommandLine line;
     parse(line, {"-o", "json", "versions", "--timeout", "1.5", "card1"});
@@ -34,7 +34,7 @@ TEST(CommandLine, TakesTheProgramsOptionsBeforeAndAfterTheCommand)
     EXPECT_EQ(line.options.timeout, 1.5);
 }
 
-TEST(CommandLine, TellsAllThatIsGoneOverByAnOption)
+TEST(CommandLineTest, TellsAllThatIsGoneOverByAnOption)
 {
     CommandLine line;
     parse(line, {"--help"});
@@ -49,21 +49,21 @@ TEST(CommandLine, TellsAllThatIsGoneOverByAnOption)
     }
 }
 
-TEST(CommandLine, LeavesTargetsBehindAnInterfaceAlone)
+TEST(CommandLineTest, LeavesTargetsBehindAnInterfaceAlone)
 {
     CommandLine line;
     parse(line, {"versions", "-i", "lan0", "card1"});
     EXPECT_EQ(line.options.interfaces, std::vector<std::string>{"lan0"});
 }
 
-TEST(CommandLine, TakesATargetThatIsCalledLikeACommand)
+TEST(CommandLineTest, TakesATargetThatIsCalledLikeACommand)
 {
     CommandLine line;
     parse(line, {"time", "get", "ip", "set"});
     EXPECT_EQ(line.commandName, "time get");
 }
 
-TEST(CommandLine, IsRefusedWithAUsageFailure)
+TEST(CommandLineTest, IsRefusedWithAUsageFailure)
 {
     const std::vector<std::vector<const char*>> wrong = {{},
                                                          {"nonsense"},
@@ -88,26 +88,26 @@ std::string complaintAbout(const std::vector<const char*>& words)
     return failureOf([&] { parse(line, words); }).hint;
 }
 
-TEST(CommandLine, NamesTheCommandsWhenNoneIsGiven)
+TEST(CommandLineTest, NamesTheCommandsWhenNoneIsGiven)
 {
     EXPECT_EQ(complaintAbout({"time"}), "no command is given; the commands of time are get, set");
 }
 
-TEST(CommandLine, NamesTheWordThatIsNoCommand)
+TEST(CommandLineTest, NamesTheWordThatIsNoCommand)
 {
     EXPECT_EQ(complaintAbout({"time", "nonsense"}),
               "there is no command \"nonsense\"; the commands of time are get, set");
     EXPECT_TRUE(complaintAbout({"nonsense"}).starts_with("there is no command \"nonsense\"; the commands are "));
 }
 
-TEST(CommandLine, KeepsTheNameOfACommandWithWrongWords)
+TEST(CommandLineTest, KeepsTheNameOfACommandWithWrongWords)
 {
     CommandLine line;
     EXPECT_THROW(parse(line, {"time", "get", "--nonsense", "card1"}), Failure);
     EXPECT_EQ(line.commandName, "time get");
 }
 
-TEST(CommandLine, TellsTheVersion)
+TEST(CommandLineTest, TellsTheVersion)
 {
     const std::vector<std::vector<const char*>> ways = {{"--version"}, {"-V"}, {"-q", "--version"}, {"versions", "-V"}};
     for (const std::vector<const char*>& words : ways) {
@@ -119,14 +119,14 @@ TEST(CommandLine, TellsTheVersion)
     }
 }
 
-TEST(CommandLine, TakesAnotherWordForNoQuestionForTheVersion)
+TEST(CommandLineTest, TakesAnotherWordForNoQuestionForTheVersion)
 {
     CommandLine line;
     EXPECT_THROW(parse(line, {"-v"}), Failure);
     EXPECT_TRUE(line.text.empty());
 }
 
-TEST(CommandLine, ListsEveryExitStatusInItsHelp)
+TEST(CommandLineTest, ListsEveryExitStatusInItsHelp)
 {
     CommandLine line;
     parse(line, {"--help"});
@@ -137,7 +137,7 @@ TEST(CommandLine, ListsEveryExitStatusInItsHelp)
     }
 }
 
-TEST(CommandTable, NamesEachCommandOnce)
+TEST(CommandTableTest, NamesEachCommandOnce)
 {
     std::set<std::string_view> names;
     for (const CommandRow& row : commandTable()) {

@@ -41,7 +41,7 @@ void expectUnderstood(const std::string& example, std::string_view command)
     }
 }
 
-TEST(Examples, OfEveryCommandAreUnderstoodAsThatCommand)
+TEST(ExamplesTest, OfEveryCommandAreUnderstoodAsThatCommand)
 {
     for (const CommandRow& row : commandTable()) {
         std::istringstream examples{std::string(row.examples)};
@@ -53,7 +53,7 @@ TEST(Examples, OfEveryCommandAreUnderstoodAsThatCommand)
     }
 }
 
-TEST(Examples, StandInTheHelpOfTheirCommand)
+TEST(ExamplesTest, StandInTheHelpOfTheirCommand)
 {
     const std::vector<const char*> words = {"tarvelctl", "versions", "--help"};
     CommandLine line;

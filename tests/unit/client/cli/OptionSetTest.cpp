@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(OptionSet, LetsAnOptionBeCompletedBehindThoseAddedLater)
+TEST(OptionSetTest, LetsAnOptionBeCompletedBehindThoseAddedLater)
 {
     OptionSet options;
     bool given = false;

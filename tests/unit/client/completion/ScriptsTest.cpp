@@ -26,11 +26,11 @@ std::vector<std::string> wordsOf(const ProgramShape& shape)
 
 using MakeScript = std::string (*)(const ProgramShape&);
 
-class CompletionScript : public testing::TestWithParam<MakeScript>
+class CompletionScriptTest : public testing::TestWithParam<MakeScript>
 {
 };
 
-TEST_P(CompletionScript, NamesEveryCommandAndOption)
+TEST_P(CompletionScriptTest, NamesEveryCommandAndOption)
 {
     const ProgramShape shape = shapeOfProgram();
     const std::string script = GetParam()(shape);
@@ -39,7 +39,7 @@ TEST_P(CompletionScript, NamesEveryCommandAndOption)
     }
 }
 
-TEST_P(CompletionScript, KeepsAnApostropheInAHelpFromEndingAWord)
+TEST_P(CompletionScriptTest, KeepsAnApostropheInAHelpFromEndingAWord)
 {
     ProgramShape shape;
     shape.commands.push_back({"a", "the card's own", {{{"--b"}, "it's", ValueKind::none, {}, false}}, {}});
@@ -48,9 +48,9 @@ TEST_P(CompletionScript, KeepsAnApostropheInAHelpFromEndingAWord)
     EXPECT_EQ(script.find("it's"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Shells, CompletionScript, testing::Values(bashCompletion, zshCompletion, fishCompletion));
+INSTANTIATE_TEST_SUITE_P(Shells, CompletionScriptTest, testing::Values(bashCompletion, zshCompletion, fishCompletion));
 
-TEST(ProgramShape, TellsAFileFromACardByTheWordForTheValue)
+TEST(ProgramShapeTest, TellsAFileFromACardByTheWordForTheValue)
 {
     const ProgramShape shape = shapeOfProgram();
     for (const CommandShape& command : shape.commands) {
@@ -62,7 +62,7 @@ TEST(ProgramShape, TellsAFileFromACardByTheWordForTheValue)
     }
 }
 
-TEST(ProgramShape, PutsTheCommandsOfAGroupBehindIt)
+TEST(ProgramShapeTest, PutsTheCommandsOfAGroupBehindIt)
 {
     const std::vector<CommandShape> words = wordsAfter(shapeOfProgram(), "time");
     ASSERT_EQ(words.size(), 2U);
@@ -70,7 +70,7 @@ TEST(ProgramShape, PutsTheCommandsOfAGroupBehindIt)
     EXPECT_EQ(words[1].name, "set");
 }
 
-TEST(ProgramShape, NamesEachGroupOnceAmongTheFirstWords)
+TEST(ProgramShapeTest, NamesEachGroupOnceAmongTheFirstWords)
 {
     int times = 0;
     for (const CommandShape& word : wordsAfter(shapeOfProgram(), "")) {

@@ -30,29 +30,29 @@ std::string cell(const Dissection& dissection, std::string_view field, const cha
     return "(no such field)";
 }
 
-TEST(Dissection, NamesTheCommandOfARequest)
+TEST(DissectionTest, NamesTheCommandOfARequest)
 {
     const Dissection dissection = dissect(encode(bareRequest(CommandId::versions)));
     EXPECT_EQ(cell(dissection, "command", "value"), "1");
     EXPECT_EQ(cell(dissection, "command", "meaning"), "versions report, request");
 }
 
-TEST(Dissection, TellsAReplyFromItsFlag)
+TEST(DissectionTest, TellsAReplyFromItsFlag)
 {
     EXPECT_EQ(cell(dissect(reply(CommandId::ipConfigGet, "")), "command", "meaning"), "IP configuration get, reply");
 }
 
-TEST(Dissection, NamesTheStatusOfAReply)
+TEST(DissectionTest, NamesTheStatusOfAReply)
 {
     EXPECT_EQ(cell(dissect(reply(CommandId::reboot, "")), "status", "meaning"), "success");
 }
 
-TEST(Dissection, DoesNotReadAStatusIntoARequest)
+TEST(DissectionTest, DoesNotReadAStatusIntoARequest)
 {
     EXPECT_EQ(cell(dissect(encode(bareRequest(CommandId::reboot))), "status", "meaning"), "not looked at in a request");
 }
 
-TEST(Dissection, ShowsTheTextWithoutItsNul)
+TEST(DissectionTest, ShowsTheTextWithoutItsNul)
 {
     const Dissection dissection = dissect(reply(CommandId::versions, "<Versions/>"));
     EXPECT_EQ(cell(dissection, "text", "value"), "<Versions/>");
@@ -60,32 +60,32 @@ TEST(Dissection, ShowsTheTextWithoutItsNul)
     EXPECT_EQ(cell(dissection, "8-bit section count", "value"), "12");
 }
 
-TEST(Dissection, TellsATextThatIsNoXml)
+TEST(DissectionTest, TellsATextThatIsNoXml)
 {
     EXPECT_EQ(cell(dissect(reply(CommandId::versions, "<Versions Id=\"\"\"/>")), "text", "meaning"), "no valid XML");
 }
 
-TEST(Dissection, TellsThatTheNulIsMissing)
+TEST(DissectionTest, TellsThatTheNulIsMissing)
 {
     Bytes message = reply(CommandId::versions, "<Versions/>");
     message.back() = static_cast<std::byte>(' ');
     EXPECT_EQ(cell(dissect(message), "text", "meaning"), "XML, not ended by a NUL");
 }
 
-TEST(Dissection, ShowsWhatIsNoTextAsBytes)
+TEST(DissectionTest, ShowsWhatIsNoTextAsBytes)
 {
     const Dissection dissection = dissect(reply(CommandId::firmwareUpload, "\x1F\x8B\x08"));
     EXPECT_EQ(cell(dissection, "8-bit section", "value"), "1f8b0800");
 }
 
-TEST(Dissection, GivesEachFieldItsOffset)
+TEST(DissectionTest, GivesEachFieldItsOffset)
 {
     const Dissection dissection = dissect(reply(CommandId::versions, "x"), 100);
     EXPECT_EQ(cell(dissection, "command", "offset"), "108");
     EXPECT_EQ(cell(dissection, "text", "offset"), "124");
 }
 
-TEST(Dissection, TakesSectionsInTheOrderInWhichTheyTravel)
+TEST(DissectionTest, TakesSectionsInTheOrderInWhichTheyTravel)
 {
     Request message = bareRequest(CommandId::versions);
     message.header.messageFormat = section64Bit | section16Bit;
@@ -96,7 +96,7 @@ TEST(Dissection, TakesSectionsInTheOrderInWhichTheyTravel)
     EXPECT_EQ(cell(dissection, "16-bit section count", "value"), "2");
 }
 
-TEST(Dissection, LeavesTheNextMessageAlone)
+TEST(DissectionTest, LeavesTheNextMessageAlone)
 {
     Bytes two = reply(CommandId::versions, "one");
     const std::size_t length = two.size();
@@ -105,42 +105,42 @@ TEST(Dissection, LeavesTheNextMessageAlone)
     EXPECT_EQ(dissect(two).length, length);
 }
 
-TEST(Dissection, RefusesBytesThatAreNoHeader)
+TEST(DissectionTest, RefusesBytesThatAreNoHeader)
 {
     const Dissection dissection = dissect(Bytes(19));
     EXPECT_EQ(dissection.result.code, ExitCode::protocol);
     EXPECT_EQ(dissection.result.hint, "19 bytes are no message: the header alone has 20");
 }
 
-TEST(Dissection, RefusesAnotherStartPattern)
+TEST(DissectionTest, RefusesAnotherStartPattern)
 {
     const Dissection dissection = dissect(Bytes(20));
     EXPECT_EQ(dissection.result.code, ExitCode::protocol);
     EXPECT_EQ(cell(dissection, "start pattern", "meaning"), "should be 0xff9ac381");
 }
 
-TEST(Dissection, TellsHowMuchOfThePayloadIsMissing)
+TEST(DissectionTest, TellsHowMuchOfThePayloadIsMissing)
 {
     Bytes message = reply(CommandId::versions, "<Versions/>");
     message.resize(30);
     EXPECT_EQ(dissect(message).result.hint, "the header announces 16 bytes of payload, but only 10 are there");
 }
 
-TEST(Dissection, TellsASectionLongerThanThePayload)
+TEST(DissectionTest, TellsASectionLongerThanThePayload)
 {
     Bytes message = reply(CommandId::versions, "x");
     message[20] = std::byte{9};
     EXPECT_EQ(dissect(message).result.hint, "the 8-bit section announces 9 bytes, but only 2 are there");
 }
 
-TEST(Dissection, TellsBytesThatAreInNoSection)
+TEST(DissectionTest, TellsBytesThatAreInNoSection)
 {
     Bytes message = reply(CommandId::versions, "x");
     message[5] = std::byte{0};
     EXPECT_EQ(dissect(message).result.hint, "6 bytes of the payload are in no section");
 }
 
-TEST(Dissection, UsesUpAnyBytesWithoutReadingBeyondThem)
+TEST(DissectionTest, UsesUpAnyBytesWithoutReadingBeyondThem)
 {
     std::mt19937 random(20260304); // the same bytes each time
     const Bytes model = reply(CommandId::versions, "<Versions><Component/></Versions>");

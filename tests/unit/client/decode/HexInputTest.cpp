@@ -28,59 +28,59 @@ std::string complaintAbout(std::string_view text)
     return "";
 }
 
-TEST(HexInput, ReadsDigitsInOneRow)
+TEST(HexInputTest, ReadsDigitsInOneRow)
 {
     EXPECT_EQ(parseHex("81c39aFF"), bytes({0x81, 0xC3, 0x9A, 0xFF}));
 }
 
-TEST(HexInput, IgnoresBlanksAndPunctuation)
+TEST(HexInputTest, IgnoresBlanksAndPunctuation)
 {
     EXPECT_EQ(parseHex(" 81:c3, 9a-ff;\n\n{01}\r\n"), bytes({0x81, 0xC3, 0x9A, 0xFF, 0x01}));
 }
 
-TEST(HexInput, TakesPrefixedBytesEvenOfOneDigit)
+TEST(HexInputTest, TakesPrefixedBytesEvenOfOneDigit)
 {
     EXPECT_EQ(parseHex("0x81, 0XC3, 0x5 \\x9a"), bytes({0x81, 0xC3, 0x05, 0x9A}));
 }
 
-TEST(HexInput, LeavesOutOffsetsAndCharactersOfXxd)
+TEST(HexInputTest, LeavesOutOffsetsAndCharactersOfXxd)
 {
     EXPECT_EQ(parseHex("00000000: 81c3 9aff 0101 0504  abc def.\n00000008: 6162                 ab\n"),
               bytes({0x81, 0xC3, 0x9A, 0xFF, 0x01, 0x01, 0x05, 0x04, 0x61, 0x62}));
 }
 
-TEST(HexInput, LeavesOutOffsetsAndCharactersOfHexdump)
+TEST(HexInputTest, LeavesOutOffsetsAndCharactersOfHexdump)
 {
     EXPECT_EQ(parseHex("00000000  81 c3  9a ff  |ab d|\n00000004  01        |.|\n00000005\n"),
               bytes({0x81, 0xC3, 0x9A, 0xFF, 0x01}));
 }
 
-TEST(HexInput, TakesWordsOfFourBytesForBytes)
+TEST(HexInputTest, TakesWordsOfFourBytesForBytes)
 {
     EXPECT_EQ(parseHex("81c39aff 01000504").size(), 8U);
 }
 
-TEST(HexInput, TakesALoneWordForBytesWhereNoOffsetsAre)
+TEST(HexInputTest, TakesALoneWordForBytesWhereNoOffsetsAre)
 {
     EXPECT_EQ(parseHex("81c39aff\n01000504\n").size(), 8U);
 }
 
-TEST(HexInput, NamesTheLineAndTheWordThatIsNoHexadecimal)
+TEST(HexInputTest, NamesTheLineAndTheWordThatIsNoHexadecimal)
 {
     EXPECT_EQ(complaintAbout("81\nc3 xy"), "line 2: \"xy\" is not hexadecimal");
 }
 
-TEST(HexInput, RefusesAnOddNumberOfDigits)
+TEST(HexInputTest, RefusesAnOddNumberOfDigits)
 {
     EXPECT_EQ(complaintAbout("81c"), "line 1: \"81c\" has an odd number of digits");
 }
 
-TEST(HexInput, RefusesAPrefixWithNothingBehindIt)
+TEST(HexInputTest, RefusesAPrefixWithNothingBehindIt)
 {
     EXPECT_EQ(complaintAbout("0x"), "line 1: \"0x\" is not hexadecimal");
 }
 
-TEST(HexInput, FindsNoBytesInAnEmptyText)
+TEST(HexInputTest, FindsNoBytesInAnEmptyText)
 {
     EXPECT_TRUE(parseHex(" \n\n").empty());
 }

@@ -40,13 +40,13 @@ void expectKept(const std::vector<ArchiveMember>& members)
     EXPECT_EQ(index, members.size());
 }
 
-TEST(MemberList, IsEmptyAtFirst)
+TEST(MemberListTest, IsEmptyAtFirst)
 {
     EXPECT_TRUE(MemberList().empty());
     expectKept({});
 }
 
-TEST(MemberList, KeepsAllOfAMember)
+TEST(MemberListTest, KeepsAllOfAMember)
 {
     expectKept({{"pnr/kernel", MemberKind::file, 5, "", true},
                 {"pnr", MemberKind::directory, 0, "", false},
@@ -55,12 +55,12 @@ TEST(MemberList, KeepsAllOfAMember)
                 {"pipe", MemberKind::special, 0, "", false}});
 }
 
-TEST(MemberList, KeepsPathsThatAreAlike)
+TEST(MemberListTest, KeepsPathsThatAreAlike)
 {
     expectKept({named("a/b/c"), named("a/b/c"), named("a/b/cd"), named("a/b"), named(""), named("b/b"), named("a")});
 }
 
-TEST(MemberList, KeepsWhatIsLong)
+TEST(MemberListTest, KeepsWhatIsLong)
 {
     for (const std::size_t length : {127U, 128U, 129U, 16383U, 16384U, 100000U}) {
         const std::string start(length, 'a');
@@ -68,7 +68,7 @@ TEST(MemberList, KeepsWhatIsLong)
     }
 }
 
-TEST(MemberList, KeepsEverySize)
+TEST(MemberListTest, KeepsEverySize)
 {
     expectKept({sized(127), sized(128), sized(INT64_MAX), sized(-1), sized(INT64_MIN)});
 }

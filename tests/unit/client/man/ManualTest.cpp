@@ -32,7 +32,7 @@ void expectNamed(const std::string& text, const OptionShape& option, const std::
     }
 }
 
-TEST(Manual, NamesEveryOptionOfTheProgram)
+TEST(ManualTest, NamesEveryOptionOfTheProgram)
 {
     const std::string options = section(manual(), "# OPTIONS");
     for (const OptionShape& option : shapeOfProgram().program.options) {
@@ -40,7 +40,7 @@ TEST(Manual, NamesEveryOptionOfTheProgram)
     }
 }
 
-TEST(Manual, HasASectionForEveryCommandWithItsOptions)
+TEST(ManualTest, HasASectionForEveryCommandWithItsOptions)
 {
     const std::string text = manual();
     for (const CommandShape& command : shapeOfProgram().commands) {
@@ -52,7 +52,7 @@ TEST(Manual, HasASectionForEveryCommandWithItsOptions)
     }
 }
 
-TEST(Manual, DescribesNoCommandThatIsNotThere)
+TEST(ManualTest, DescribesNoCommandThatIsNotThere)
 {
     const std::string text = manual();
     std::size_t headings = 0;
@@ -80,7 +80,7 @@ std::vector<std::string> exitStatusesTold()
     return told;
 }
 
-TEST(Manual, ListsTheExitStatusesAsTheHelpDoes)
+TEST(ManualTest, ListsTheExitStatusesAsTheHelpDoes)
 {
     std::vector<std::string> expected;
     for (const ExitStatus& status : exitStatuses()) {
@@ -91,7 +91,7 @@ TEST(Manual, ListsTheExitStatusesAsTheHelpDoes)
     EXPECT_EQ(exitStatusesTold(), expected);
 }
 
-TEST(Manual, WarnsOfWhatDiscoveryCosts)
+TEST(ManualTest, WarnsOfWhatDiscoveryCosts)
 {
     const std::string about = section(manual(), "## discover ");
     EXPECT_NE(about.find("warning in the log"), std::string::npos);

@@ -68,18 +68,18 @@ void expectAnswerOrFailure(const std::string& text, Parse parse)
     }
 }
 
-TEST(HostileText, IsAVersionsReportOrAFailure)
+TEST(HostileTextTest, IsAVersionsReportOrAFailure)
 {
     expectAnswerOrFailure(versionsText, [](const std::string& text) { (void)parseVersions(text); });
 }
 
-TEST(HostileText, IsAnIpConfigurationOfTwoInterfacesOrAFailure)
+TEST(HostileTextTest, IsAnIpConfigurationOfTwoInterfacesOrAFailure)
 {
     expectAnswerOrFailure(ipText,
                           [](const std::string& text) { EXPECT_EQ(parseIpConfiguration(text).interfaces.size(), 2); });
 }
 
-TEST(HostileText, IsATimeReferenceInAKnownModeOrAFailure)
+TEST(HostileTextTest, IsATimeReferenceInAKnownModeOrAFailure)
 {
     expectAnswerOrFailure(timeText, [](const std::string& text) {
         const TimeMode mode = parseTimeReference(text).mode;
@@ -87,7 +87,7 @@ TEST(HostileText, IsATimeReferenceInAKnownModeOrAFailure)
     });
 }
 
-TEST(HostileText, InAFrameIsATextOrAFailure)
+TEST(HostileTextTest, InAFrameIsATextOrAFailure)
 {
     const Bytes section = textSection(versionsText);
     const std::string asText(reinterpret_cast<const char*>(section.data()), section.size());
@@ -100,7 +100,7 @@ TEST(HostileText, InAFrameIsATextOrAFailure)
     });
 }
 
-TEST(HostileText, PrintsNothing)
+TEST(HostileTextTest, PrintsNothing)
 {
     const std::string wide("<\0\0\0\xFF\xFF\xFF\xFF", 8);
     testing::internal::CaptureStderr();

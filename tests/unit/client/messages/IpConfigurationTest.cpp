@@ -26,7 +26,7 @@ bool isRefusedConfiguration(const std::string& text)
     return failureOf([&] { (void)configurationOf(text); }).code == ExitCode::protocol;
 }
 
-TEST(IpConfiguration, GivesBothInterfaces)
+TEST(IpConfigurationTest, GivesBothInterfaces)
 {
     const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", std::nullopt};
@@ -34,14 +34,14 @@ TEST(IpConfiguration, GivesBothInterfaces)
     EXPECT_EQ(configuration.interfaces, (std::vector<InterfaceConfig>{first, second}));
 }
 
-TEST(IpConfiguration, TakesAPrefixForANetmask)
+TEST(IpConfigurationTest, TakesAPrefixForANetmask)
 {
     const std::string prefixed = "<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"10.0.1.11/20\"/>";
     const InterfaceConfig second = {"VemkEth2", IpMode::fixed, "10.0.1.11", "255.255.240.0", std::nullopt};
     EXPECT_EQ(configurationOf(opening + eth1Element + prefixed + closing).interfaces[1], second);
 }
 
-TEST(IpConfiguration, LeavesAPrefixThatIsNone)
+TEST(IpConfigurationTest, LeavesAPrefixThatIsNone)
 {
     for (const char* address : {"10.0.1.11/33", "10.0.1.11/", "10.0.1.11/2x"}) {
         const std::string odd =
@@ -51,7 +51,7 @@ TEST(IpConfiguration, LeavesAPrefixThatIsNone)
     }
 }
 
-TEST(IpConfiguration, ShowsSeveralAddressesAsSeveral)
+TEST(IpConfigurationTest, ShowsSeveralAddressesAsSeveral)
 {
     const std::string several = "<Interface Name=\"VemkEth2\" Mode=\"Static\" Address=\"10.0.1.11/24 10.0.2.11/24\"/>";
     const InterfaceConfig second = configurationOf(opening + eth1Element + several + closing).interfaces[1];
@@ -59,14 +59,14 @@ TEST(IpConfiguration, ShowsSeveralAddressesAsSeveral)
     EXPECT_EQ(addressesOf(second), (std::vector<std::string>{"10.0.1.11", "10.0.2.11"}));
 }
 
-TEST(IpConfiguration, NamesTheCardAndUs)
+TEST(IpConfigurationTest, NamesTheCardAndUs)
 {
     const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     EXPECT_EQ(configuration.from, "card1");
     EXPECT_EQ(configuration.to, "tarvelctl");
 }
 
-TEST(IpConfiguration, IsReadByItsFormIfItIsNoXml)
+TEST(IpConfigurationTest, IsReadByItsFormIfItIsNoXml)
 {
     const IpConfiguration configuration =
         configurationOf("<IpConfiguration From=\"a<b\" To=\"tarvelctl\">" + eth1Element + eth2Element + closing);
@@ -74,14 +74,14 @@ TEST(IpConfiguration, IsReadByItsFormIfItIsNoXml)
     EXPECT_TRUE(configuration.malformed);
 }
 
-TEST(IpConfiguration, IsFoundByTheInterfacesName)
+TEST(IpConfigurationTest, IsFoundByTheInterfacesName)
 {
     const IpConfiguration configuration = configurationOf(opening + eth1Element + eth2Element + closing);
     EXPECT_EQ(configuration.find("VemkEth2")->mode, IpMode::dhcp);
     EXPECT_EQ(configuration.find("VemkEth3"), nullptr);
 }
 
-TEST(IpConfiguration, HasNoOtherForm)
+TEST(IpConfigurationTest, HasNoOtherForm)
 {
     const std::string otherMode = "<Interface Name=\"VemkEth2\" Mode=\"Pppoe\"/>";
     for (const std::string& text :
@@ -93,7 +93,7 @@ TEST(IpConfiguration, HasNoOtherForm)
     }
 }
 
-TEST(IpConfigurationRequest, IsWrittenWithoutWhitespaceBetweenElements)
+TEST(IpConfigurationRequestTest, IsWrittenWithoutWhitespaceBetweenElements)
 {
     const InterfaceConfig first = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.0.0.0", "10.0.0.1"};
     const InterfaceConfig second = {"VemkEth2", IpMode::disabled, std::nullopt, std::nullopt, std::nullopt};
@@ -103,13 +103,13 @@ TEST(IpConfigurationRequest, IsWrittenWithoutWhitespaceBetweenElements)
               "Mode=\"Disabled\"/></IpConfiguration>");
 }
 
-TEST(IpConfigurationRequest, EscapesTheCardsName)
+TEST(IpConfigurationRequestTest, EscapesTheCardsName)
 {
     EXPECT_EQ(ipConfigGetXml("a\"<&>'\n"),
               "<IpConfiguration From=\"tarvelctl\" To=\"a&quot;&lt;&amp;&gt;&apos;&#10;\"/>");
 }
 
-TEST(RebootRequest, CarriesTheEnvelopeOnly)
+TEST(RebootRequestTest, CarriesTheEnvelopeOnly)
 {
     EXPECT_EQ(rebootXml("card7"), "<RebootCard From=\"tarvelctl\" To=\"card7\"/>");
 }

@@ -29,24 +29,24 @@ std::string report(const std::string& version)
            "\"/>\n\t<Component Id=\"base\" Version=\"1.0\"/>\n</Versions>";
 }
 
-TEST(VersionsReport, GivesItsComponentsInOrder)
+TEST(VersionsReportTest, GivesItsComponentsInOrder)
 {
     const Components expected = {{"kernel", "6.1"}, {"base", "1.0"}};
     EXPECT_EQ(versionsOf(report("6.1")).components, expected);
     EXPECT_FALSE(versionsOf(report("6.1")).malformed);
 }
 
-TEST(VersionsReport, MayBeEmpty)
+TEST(VersionsReportTest, MayBeEmpty)
 {
     EXPECT_TRUE(versionsOf("<Versions>\n</Versions>").components.empty());
 }
 
-TEST(VersionsReport, IsMarkedMalformedIfItWasReadByItsForm)
+TEST(VersionsReportTest, IsMarkedMalformedIfItWasReadByItsForm)
 {
     EXPECT_TRUE(versionsOf(report("6.1<beta>")).malformed);
 }
 
-TEST(VersionsReport, MayHoldUnescapedVersions)
+TEST(VersionsReportTest, MayHoldUnescapedVersions)
 {
     for (const char* version :
          {"6.1<", "\"6.1\"", "a&b", "R&amp;D", "&#97;", "6\"x", "\" Version=", "\xff\xfe", "</Versions>"}) {
@@ -55,7 +55,7 @@ TEST(VersionsReport, MayHoldUnescapedVersions)
     }
 }
 
-TEST(VersionsReport, HasNoOtherForm)
+TEST(VersionsReportTest, HasNoOtherForm)
 {
     for (const char* text : {"", "Versions", "<Versions>", "<Versions>\n\t<Component Id=\"a\"/>\n</Versions>",
                              "<Version></Version>", "<Versions>\n\t<Component Id=\"a\" Version=\"b\"/>\n",
@@ -64,7 +64,7 @@ TEST(VersionsReport, HasNoOtherForm)
     }
 }
 
-TEST(VersionsReport, IsRefusedWithADocumentType)
+TEST(VersionsReportTest, IsRefusedWithADocumentType)
 {
     EXPECT_TRUE(isRefusedReport("<!DOCTYPE Versions [<!ENTITY a \"b\">]><Versions></Versions>"));
 }

@@ -9,7 +9,7 @@
 namespace
 {
 
-TEST(Category, HasAWordOfItsOwnForEach)
+TEST(CategoryTest, HasAWordOfItsOwnForEach)
 {
     std::set<std::string> words;
     for (int number = 0; number <= static_cast<int>(Category::wrongVersion); ++number) {
@@ -18,7 +18,7 @@ TEST(Category, HasAWordOfItsOwnForEach)
     EXPECT_EQ(words.size(), static_cast<std::size_t>(Category::wrongVersion) + 1);
 }
 
-TEST(Category, IsSilentWhenAllIsWell)
+TEST(CategoryTest, IsSilentWhenAllIsWell)
 {
     EXPECT_EQ(wordOf(Category::none), "");
 }

@@ -33,22 +33,22 @@ std::string said(bool quiet, bool verbose)
     return testing::internal::GetCapturedStderr();
 }
 
-TEST(Console, SaysAllButTracesAndProgress)
+TEST(ConsoleTest, SaysAllButTracesAndProgress)
 {
     EXPECT_EQ(said(false, false), "a note\nwarning: a warning\nerror: two\nlines\n");
 }
 
-TEST(Console, LeavesOutNotesWhenQuiet)
+TEST(ConsoleTest, LeavesOutNotesWhenQuiet)
 {
     EXPECT_EQ(said(true, false), "warning: a warning\nerror: two\nlines\n");
 }
 
-TEST(Console, SaysTracesWhenVerbose)
+TEST(ConsoleTest, SaysTracesWhenVerbose)
 {
     EXPECT_EQ(said(false, true), "a note\nwarning: a warning\nerror: two\nlines\nbytes\n");
 }
 
-TEST(Console, ShowsWhatCouldSteerATerminalAsText)
+TEST(ConsoleTest, ShowsWhatCouldSteerATerminalAsText)
 {
     testing::internal::CaptureStderr();
     Console(false, false).note("a\x1b[31mb");
@@ -57,7 +57,7 @@ TEST(Console, ShowsWhatCouldSteerATerminalAsText)
     EXPECT_EQ(text.front(), 'a');
 }
 
-TEST(Console, CannotAskWithoutATerminal)
+TEST(ConsoleTest, CannotAskWithoutATerminal)
 {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(Console(false, false).canAsk());
@@ -149,7 +149,7 @@ bool isYes(const char* typed)
     return yes;
 }
 
-TEST(Confirmation, TakesNothingButAYes)
+TEST(ConfirmationTest, TakesNothingButAYes)
 {
     for (const char* yes : {"y\n", "Y\n", "yes\n", "yes"}) {
         EXPECT_TRUE(isYes(yes)) << yes;

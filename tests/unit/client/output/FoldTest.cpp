@@ -20,7 +20,7 @@ Result lostCard(const std::string& target)
     return outcome(target, target + " is lost (" + target + "); try `tarvelctl ip rescue " + target + "`");
 }
 
-TEST(Fold, PutsFailuresTogetherThatDifferInTheNameAlone)
+TEST(FoldTest, PutsFailuresTogetherThatDifferInTheNameAlone)
 {
     const std::vector<Result> folded = fold({lostCard("card1"), lostCard("card2"), lostCard("card12")});
     ASSERT_EQ(folded.size(), 1U);
@@ -28,23 +28,23 @@ TEST(Fold, PutsFailuresTogetherThatDifferInTheNameAlone)
     EXPECT_EQ(folded[0].hint, "NAME is lost (NAME); try `tarvelctl ip rescue NAME`");
 }
 
-TEST(Fold, LeavesTheNameOfASingleCard)
+TEST(FoldTest, LeavesTheNameOfASingleCard)
 {
     EXPECT_EQ(fold({lostCard("card1")}).front().hint, lostCard("card1").hint);
 }
 
-TEST(Fold, KeepsFailuresApartThatDifferInMore)
+TEST(FoldTest, KeepsFailuresApartThatDifferInMore)
 {
     EXPECT_EQ(fold({outcome("card1", "card1 is at 10.0.0.1"), outcome("card2", "card2 is at 10.0.0.2")}).size(), 2U);
 }
 
-TEST(Fold, LeavesWhatIsSaidOfAllInTheSameWords)
+TEST(FoldTest, LeavesWhatIsSaidOfAllInTheSameWords)
 {
     const std::string both = "card1 and card2 both lead to 10.0.0.12";
     EXPECT_EQ(fold({outcome("card1", both), outcome("card2", both)}).front().hint, both);
 }
 
-TEST(Fold, TakesANameForOneOnlyWhereItIsAWord)
+TEST(FoldTest, TakesANameForOneOnlyWhereItIsAWord)
 {
     const std::vector<Result> folded = fold({outcome("a", "a card"), outcome("b", "b card"), outcome("ar", "ar card")});
     ASSERT_EQ(folded.size(), 1U);

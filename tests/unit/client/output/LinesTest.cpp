@@ -25,7 +25,7 @@ std::vector<Row> linesOf(const Result& result)
     return lines;
 }
 
-TEST(Lines, RepeatTheTargetForEachRowOfTheList)
+TEST(LinesTest, RepeatTheTargetForEachRowOfTheList)
 {
     Result result = card("card1", "6.1");
     result.list.push_back({{"component", "base"}, {"version", "1"}});
@@ -36,7 +36,7 @@ TEST(Lines, RepeatTheTargetForEachRowOfTheList)
     EXPECT_EQ(cellOf(lines[1], "version"), Cell("1"));
 }
 
-TEST(Lines, OfALongListAreThoseOfAKeptOne)
+TEST(LinesTest, OfALongListAreThoseOfAKeptOne)
 {
     const Result kept = card("card1", "6.1");
     Result made = kept;
@@ -45,7 +45,7 @@ TEST(Lines, OfALongListAreThoseOfAKeptOne)
     EXPECT_EQ(linesOf(made), linesOf(kept));
 }
 
-TEST(Lines, OfAFailureWithoutDataHaveItsOutcome)
+TEST(LinesTest, OfAFailureWithoutDataHaveItsOutcome)
 {
     Result result;
     result.target = "card1";
@@ -60,12 +60,12 @@ TEST(Lines, OfAFailureWithoutDataHaveItsOutcome)
                                                   {"hint", "why"}}}));
 }
 
-TEST(Lines, LackOtherColumns)
+TEST(LinesTest, LackOtherColumns)
 {
     EXPECT_EQ(cellOf({{"a", "1"}}, "b"), Cell());
 }
 
-TEST(CellText, IsWrittenForPeople)
+TEST(CellTextTest, IsWrittenForPeople)
 {
     EXPECT_EQ(textOf(Cell()), "");
     EXPECT_EQ(textOf(Cell(true)), "yes");
@@ -73,7 +73,7 @@ TEST(CellText, IsWrittenForPeople)
     EXPECT_EQ(textOf(Cell(0.25)), "0.250");
 }
 
-TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
+TEST(FoldTest, PutsTargetsWithTheSameAnswerTogether)
 {
     const std::vector<Result> folded = fold({card("card1", "6.1"), card("card2", "6.2"), card("card3", "6.1")});
     ASSERT_EQ(folded.size(), 2);
@@ -81,7 +81,7 @@ TEST(Fold, PutsTargetsWithTheSameAnswerTogether)
     EXPECT_EQ(folded[1].target, "card2");
 }
 
-TEST(Fold, KeepsLongListsApart)
+TEST(FoldTest, KeepsLongListsApart)
 {
     Result one = card("card1", "6.1");
     one.longList = [](const RowVisitor& /*visit*/) {};
@@ -90,7 +90,7 @@ TEST(Fold, KeepsLongListsApart)
     EXPECT_EQ(fold({one, other}).size(), 2);
 }
 
-TEST(Fold, TakesMeasuredValuesForNoDifference)
+TEST(FoldTest, TakesMeasuredValuesForNoDifference)
 {
     Result one = card("card1", "6.1");
     Result other = card("card2", "6.1");
@@ -101,14 +101,14 @@ TEST(Fold, TakesMeasuredValuesForNoDifference)
     EXPECT_EQ(folded[0].fields, (Row{{"seconds", Cell()}}));
 }
 
-TEST(Fold, KeepsApartWhatWasChangedAndWhatWasNot)
+TEST(FoldTest, KeepsApartWhatWasChangedAndWhatWasNot)
 {
     Result one = card("card1", "6.1");
     one.changed = true;
     EXPECT_EQ(fold({one, card("card2", "6.1")}).size(), 2);
 }
 
-TEST(CommonCode, IsThatOfAllOrMixed)
+TEST(CommonCodeTest, IsThatOfAllOrMixed)
 {
     Result failed;
     failed.code = ExitCode::noAnswer;

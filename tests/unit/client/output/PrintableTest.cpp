@@ -10,42 +10,42 @@
 namespace
 {
 
-TEST(Printable, ShowsControlCharactersAsNumbers)
+TEST(PrintableTest, ShowsControlCharactersAsNumbers)
 {
     EXPECT_EQ(printable("\x1b[31mred\n"), "\\x1b[31mred\\x0a");
     EXPECT_EQ(printable(" ~\x7f"), " ~\\x7f");
 }
 
-TEST(Printable, LooksAtAllThatFollowsThePlainStart)
+TEST(PrintableTest, LooksAtAllThatFollowsThePlainStart)
 {
     EXPECT_EQ(printable("plain"), "plain");
     EXPECT_EQ(printable("plain\ta\rb"), "plain\\x09a\\x0db");
 }
 
-TEST(Printable, LeavesOtherLettersAsTheyAre)
+TEST(PrintableTest, LeavesOtherLettersAsTheyAre)
 {
     const std::string text = "r\u00fcck \u20ac \u202f \U0001f600 \u00a0";
     EXPECT_EQ(printable(text), text);
 }
 
-TEST(Printable, ShowsControlCharactersBeyondAsciiAsNumbers)
+TEST(PrintableTest, ShowsControlCharactersBeyondAsciiAsNumbers)
 {
     EXPECT_EQ(printable("\u0080 \u009b2J \u009f"), "\\xc2\\x80 \\xc2\\x9b2J \\xc2\\x9f");
 }
 
-TEST(Printable, ShowsWhatTurnsTheDirectionOfReadingAsNumbers)
+TEST(PrintableTest, ShowsWhatTurnsTheDirectionOfReadingAsNumbers)
 {
     EXPECT_EQ(printable("\u200e\u202e"), "\\xe2\\x80\\x8e\\xe2\\x80\\xae");
     EXPECT_EQ(printable("\u2066\u2069"), "\\xe2\\x81\\xa6\\xe2\\x81\\xa9");
     EXPECT_EQ(printable("\u061c"), "\\xd8\\x9c");
 }
 
-TEST(Printable, ShowsSeparatorsOfLinesAndParagraphsAsNumbers)
+TEST(PrintableTest, ShowsSeparatorsOfLinesAndParagraphsAsNumbers)
 {
     EXPECT_EQ(printable("\u2028\u2029"), "\\xe2\\x80\\xa8\\xe2\\x80\\xa9");
 }
 
-TEST(Printable, ShowsWhatIsNoUtf8AsNumbers)
+TEST(PrintableTest, ShowsWhatIsNoUtf8AsNumbers)
 {
     EXPECT_EQ(printable("a\x9b"
                         "b"),
@@ -61,12 +61,12 @@ TEST(Printable, ShowsWhatIsNoUtf8AsNumbers)
     EXPECT_EQ(printable("\xff"), "\\xff");
 }
 
-TEST(Printable, LeavesTheEndsOfLinesInATextOfSeveral)
+TEST(PrintableTest, LeavesTheEndsOfLinesInATextOfSeveral)
 {
     EXPECT_EQ(printableLines("a\x1b\nb\n\rc"), "a\\x1b\nb\n\\x0dc");
 }
 
-TEST(Printable, IsCutAtTheEndOfACharacter)
+TEST(PrintableTest, IsCutAtTheEndOfACharacter)
 {
     EXPECT_EQ(cutTo("abcdef", 6), "abcdef");
     EXPECT_EQ(cutTo("abcdefg", 6), "abc...");
@@ -76,14 +76,14 @@ TEST(Printable, IsCutAtTheEndOfACharacter)
     EXPECT_EQ(cutTo("abcd", 0), "");
 }
 
-TEST(Console, LetsNoControlCharacterThrough)
+TEST(ConsoleTest, LetsNoControlCharacterThrough)
 {
     testing::internal::CaptureStderr();
     Console(false, false).note("card1: \x1b[2J");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "card1: \\x1b[2J\n");
 }
 
-TEST(Json, HasNothingOutsideAscii)
+TEST(JsonTest, HasNothingOutsideAscii)
 {
     Result result;
     result.add("text", "\u009b \u202e \x9b");

@@ -32,7 +32,7 @@ std::string told(const std::vector<Result>& results, bool isQuiet = false)
     return testing::internal::GetCapturedStderr();
 }
 
-TEST(Report, TellsALongHintOnceForEachCategory)
+TEST(ReportTest, TellsALongHintOnceForEachCategory)
 {
     EXPECT_EQ(told({failed("card1"), failed("card2"), failed("card3", longHint, Category::timeout)}),
               "error: card1: not-found while looking for the card\n  " + longHint +
@@ -42,14 +42,14 @@ TEST(Report, TellsALongHintOnceForEachCategory)
                   longHint + "\n0 ok, 2 not found, 1 timeout\n");
 }
 
-TEST(Report, TakesAHintThatDiffersInTheTargetAloneForTheSame)
+TEST(ReportTest, TakesAHintThatDiffersInTheTargetAloneForTheSame)
 {
     const std::string rest = " has no address on this network; there are ways to give it one, and here they are";
     const std::string text = told({failed("card1", "card1" + rest), failed("card2", "card2" + rest)});
     EXPECT_EQ(text.find("card2" + rest), std::string::npos);
 }
 
-TEST(Report, TellsWhatIsTrueOfOneCardOnly)
+TEST(ReportTest, TellsWhatIsTrueOfOneCardOnly)
 {
     const std::string text =
         told({failed("card1", longHint + " at 10.0.0.1"), failed("card2", longHint + " at 10.0.0.2")});
@@ -57,12 +57,12 @@ TEST(Report, TellsWhatIsTrueOfOneCardOnly)
     EXPECT_NE(text.find("at 10.0.0.2\n"), std::string::npos);
 }
 
-TEST(Report, TellsAShortHintInTheSameLine)
+TEST(ReportTest, TellsAShortHintInTheSameLine)
 {
     EXPECT_EQ(told({failed("card1", "busy")}), "error: card1: not-found while looking for the card: busy\n");
 }
 
-TEST(Report, HasNoFirstLineBeyond80Columns)
+TEST(ReportTest, HasNoFirstLineBeyond80Columns)
 {
     for (std::size_t size = 1; size < 200; ++size) {
         std::istringstream lines(told({failed(std::string(size, 'c'))}));
@@ -73,14 +73,14 @@ TEST(Report, HasNoFirstLineBeyond80Columns)
     }
 }
 
-TEST(Report, LeavesOutNoneOfManyTargets)
+TEST(ReportTest, LeavesOutNoneOfManyTargets)
 {
     const std::string targets = "card1,card3,card5,card7,card9,card11,card13,card15,card17,card19,card21,card23,card25";
     EXPECT_EQ(told({failed(targets)}),
               "error: not-found while looking for the card\n  " + targets + "\n  " + longHint + "\n");
 }
 
-TEST(Report, CountsOnlyWhereThereIsSomethingToCount)
+TEST(ReportTest, CountsOnlyWhereThereIsSomethingToCount)
 {
     Result well;
     well.target = "card2";
@@ -91,7 +91,7 @@ TEST(Report, CountsOnlyWhereThereIsSomethingToCount)
               "error: card1: not-found while looking for the card: busy\n");
 }
 
-TEST(Report, LetsACardsTextAddNoLine)
+TEST(ReportTest, LetsACardsTextAddNoLine)
 {
     EXPECT_EQ(told({failed("card1", "a\nb")}), "error: card1: not-found while looking for the card: a\\x0ab\n");
 }

@@ -41,7 +41,7 @@ std::string printed(const std::string& format, const std::vector<Result>& result
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(Csv, HasARowForAFailure)
+TEST(CsvTest, HasARowForAFailure)
 {
     EXPECT_EQ(printed("csv", {timeOf("card1", "10.0.0.5"), silentCard()}),
               "target,ok,code,category,changed,server,skew\n"
@@ -49,19 +49,19 @@ TEST(Csv, HasARowForAFailure)
               "card2,no,5,timeout,no,,\n");
 }
 
-TEST(Csv, HasItsHeadingWithoutAResult)
+TEST(CsvTest, HasItsHeadingWithoutAResult)
 {
     EXPECT_EQ(printed("csv", {}), "target,ok,code,category,changed,server,skew\n");
 }
 
-TEST(Csv, LeavesOutWhatNobodyKnows)
+TEST(CsvTest, LeavesOutWhatNobodyKnows)
 {
     Result result = silentCard();
     result.changed = std::nullopt;
     EXPECT_EQ(printed("csv", {result}, {"changed", "target"}), "changed,target\n,card2\n");
 }
 
-TEST(Csv, QuotesAsTextWhatASpreadsheetWouldRun)
+TEST(CsvTest, QuotesAsTextWhatASpreadsheetWouldRun)
 {
     for (const std::string formula : {"=1+1", "@sum", "+1", "-1"}) {
         EXPECT_EQ(printed("csv", {timeOf("card1", formula)}, {"server"}), "server\n'" + formula + "\n");
@@ -70,29 +70,29 @@ TEST(Csv, QuotesAsTextWhatASpreadsheetWouldRun)
     EXPECT_EQ(printed("csv", {timeOf("card1", "a=1")}, {"server"}), "server\na=1\n");
 }
 
-TEST(Csv, LeavesNumbersAsTheyAre)
+TEST(CsvTest, LeavesNumbersAsTheyAre)
 {
     EXPECT_EQ(printed("csv", {timeOf("card1", "a")}, {"skew"}), "skew\n-0.250\n");
 }
 
-TEST(Table, HasItsHeadingWithoutAResult)
+TEST(TableTest, HasItsHeadingWithoutAResult)
 {
     EXPECT_EQ(printed("table", {}), "TARGET  SERVER  SKEW\n");
     EXPECT_EQ(printed("table", {}, {}, {{"target", 8}, {"reachable"}}), "TARGET    REACHABLE\n");
 }
 
-TEST(Table, HasNoRowForAFailureWithoutData)
+TEST(TableTest, HasNoRowForAFailureWithoutData)
 {
     EXPECT_EQ(printed("table", {silentCard(), timeOf("card1", "10.0.0.5")}), "TARGET  SERVER    SKEW\n"
                                                                              "card1   10.0.0.5  -0.250\n");
 }
 
-TEST(Table, HasOneIfItsOutcomeIsAskedFor)
+TEST(TableTest, HasOneIfItsOutcomeIsAskedFor)
 {
     EXPECT_EQ(printed("table", {silentCard()}, {"target", "category"}), "TARGET  CATEGORY\ncard2   timeout\n");
 }
 
-TEST(Table, NeedsNoTargetsForWhatIsAboutNoCard)
+TEST(TableTest, NeedsNoTargetsForWhatIsAboutNoCard)
 {
     EXPECT_EQ(printed("table", {timeOf("", "a")}), "SERVER  SKEW\na       -0.250\n");
 }
@@ -110,14 +110,14 @@ Result listOf(const std::vector<std::string>& paths)
     return result;
 }
 
-TEST(Table, IsAsWideAsTheWidestRowOfALongList)
+TEST(TableTest, IsAsWideAsTheWidestRowOfALongList)
 {
     EXPECT_EQ(printed("table", {listOf({"a", "long"})}, {}, {{"path"}, {"size"}}), "TARGET  PATH  SIZE\n"
                                                                                    "a.tgz   a\n"
                                                                                    "a.tgz   long\n");
 }
 
-TEST(Json, HasALongListElementByElement)
+TEST(JsonTest, HasALongListElementByElement)
 {
     const std::string head = R"({
   "schema": 2,
@@ -149,7 +149,7 @@ TEST(Json, HasALongListElementByElement)
     EXPECT_EQ(printed("json", {listOf({})}), head + "]\n    }\n  ]\n}\n");
 }
 
-TEST(Json, SeparatesResults)
+TEST(JsonTest, SeparatesResults)
 {
     const std::string text = printed("json", {timeOf("card1", "a"), listOf({}), timeOf("card2", "b")});
     EXPECT_NE(text.find("    },\n    {\n      \"target\": \"a.tgz\""), std::string::npos);
@@ -157,14 +157,14 @@ TEST(Json, SeparatesResults)
     EXPECT_TRUE(printed("json", {}).ends_with("  \"results\": []\n}\n"));
 }
 
-TEST(JsonLines, HaveALongListInTheLine)
+TEST(JsonLinesTest, HaveALongListInTheLine)
 {
     const std::string text = printed("jsonl", {listOf({"a", "b"}), listOf({})});
     EXPECT_NE(text.find("\"changed\":false,\"members\":[{\"path\":\"a\"},{\"path\":\"b\"}]}\n{"), std::string::npos);
     EXPECT_TRUE(text.ends_with("\"members\":[]}\n"));
 }
 
-TEST(Json, TellsWhetherTheCardWasChanged)
+TEST(JsonTest, TellsWhetherTheCardWasChanged)
 {
     Result result = timeOf("card1", "a");
     EXPECT_NE(printed("json", {result}).find("\"changed\": false"), std::string::npos);
@@ -174,13 +174,13 @@ TEST(Json, TellsWhetherTheCardWasChanged)
     EXPECT_NE(printed("json", {result}).find("\"changed\": null"), std::string::npos);
 }
 
-TEST(Columns, AreThoseChosenInThatOrder)
+TEST(ColumnsTest, AreThoseChosenInThatOrder)
 {
     EXPECT_EQ(printed("csv", {timeOf("card1", "a")}, columnNames("skew,target,code")), "skew,target,code\n"
                                                                                        "-0.250,card1,0\n");
 }
 
-TEST(Columns, AreRefusedIfThereAreNone)
+TEST(ColumnsTest, AreRefusedIfThereAreNone)
 {
     const Failure failure = failureOf([] { printed("csv", {}, {"servers"}); });
     testing::internal::GetCapturedStdout();
@@ -201,7 +201,7 @@ Result versionOf(const std::string& name)
     return result;
 }
 
-TEST(Json, IsOneDocument)
+TEST(JsonTest, IsOneDocument)
 {
     EXPECT_EQ(printed("json", {versionOf("card1"), silentCard()}), R"({
   "schema": 2,
@@ -238,7 +238,7 @@ TEST(Json, IsOneDocument)
 )");
 }
 
-TEST(JsonLines, AreADocumentForEachTarget)
+TEST(JsonLinesTest, AreADocumentForEachTarget)
 {
     EXPECT_EQ(printed("jsonl", {timeOf("card1", "10.0.0.5"), silentCard()}),
               R"({"schema":2,"command":"time get","target":"card1","ok":true,"code":0,"category":null,"phase":null,)"

@@ -37,90 +37,90 @@ std::string refusalOf(const std::string& text)
     return failure.hint;
 }
 
-TEST(ParseStatic, TakesAPrefixLength)
+TEST(ParseStaticTest, TakesAPrefixLength)
 {
     const InterfaceConfig expected = {"VemkEth1", IpMode::fixed, "10.0.0.11", "255.255.255.0", std::nullopt};
     EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/24"), expected);
 }
 
-TEST(ParseStatic, TakesADottedNetmask)
+TEST(ParseStaticTest, TakesADottedNetmask)
 {
     EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/255.255.0.0").netmask, "255.255.0.0");
 }
 
-TEST(ParseStatic, TakesAGateway)
+TEST(ParseStaticTest, TakesAGateway)
 {
     EXPECT_EQ(parseStatic("VemkEth1", "10.0.0.11/24,10.0.0.1"), fixedEth1);
 }
 
-TEST(ParseStatic, RefusesAnAddressWithoutNetmask)
+TEST(ParseStaticTest, RefusesAnAddressWithoutNetmask)
 {
     EXPECT_NE(refusalOf("10.0.0.11").find("netmask"), std::string::npos);
 }
 
-TEST(ParseStatic, RefusesWhatIsNoAddress)
+TEST(ParseStaticTest, RefusesWhatIsNoAddress)
 {
     for (const char* text : {"10.0.0/24", "10.0.0.256/24", "0.0.0.11/24", "127.0.0.1/8", "224.0.0.1/24", "/24", ""}) {
         EXPECT_FALSE(refusalOf(text).empty()) << text;
     }
 }
 
-TEST(ParseStatic, RefusesWhatIsNoNetmask)
+TEST(ParseStaticTest, RefusesWhatIsNoNetmask)
 {
     for (const char* mask : {"0", "31", "32", "33", "-1", "255.0.255.0", "x", ""}) {
         EXPECT_FALSE(refusalOf(std::string("10.0.0.11/") + mask).empty()) << mask;
     }
 }
 
-TEST(ParseStatic, RefusesTheNetworksOwnAddresses)
+TEST(ParseStaticTest, RefusesTheNetworksOwnAddresses)
 {
     EXPECT_NE(refusalOf("10.0.0.0/24").find("network"), std::string::npos);
     EXPECT_NE(refusalOf("10.0.0.255/24").find("broadcast"), std::string::npos);
 }
 
-TEST(ParseStatic, RefusesAGatewayOutsideTheNet)
+TEST(ParseStaticTest, RefusesAGatewayOutsideTheNet)
 {
     EXPECT_NE(refusalOf("10.0.0.11/24,10.0.1.1").find("outside"), std::string::npos);
 }
 
-TEST(ParseStatic, RefusesTheCardAsItsOwnGateway)
+TEST(ParseStaticTest, RefusesTheCardAsItsOwnGateway)
 {
     EXPECT_FALSE(refusalOf("10.0.0.11/24,10.0.0.11").empty());
 }
 
-TEST(InterfaceName, IsOneOfTwo)
+TEST(InterfaceNameTest, IsOneOfTwo)
 {
     EXPECT_NO_THROW(requireInterfaceName("VemkEth2"));
     EXPECT_THROW(requireInterfaceName("eth0"), Failure);
     EXPECT_THROW(requireInterfaceName("VemkEth10"), Failure);
 }
 
-TEST(IpPlan, HasNothingToDoForTheSameConfiguration)
+TEST(IpPlanTest, HasNothingToDoForTheSameConfiguration)
 {
     const IpPlan plan = planIp(cardWith(fixedEth1, dhcpEth2), fixedEth1);
     EXPECT_TRUE(plan.nothingToDo());
     EXPECT_TRUE(plan.effects.empty());
 }
 
-TEST(IpPlan, TellsThatAGatewayWillBeDeleted)
+TEST(IpPlanTest, TellsThatAGatewayWillBeDeleted)
 {
     InterfaceConfig wanted = fixedEth1;
     wanted.gateway.reset();
     EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), wanted).effects, "gateway 10.0.0.1"));
 }
 
-TEST(IpPlan, TellsThatStagedSettingsAreCommittedAlong)
+TEST(IpPlanTest, TellsThatStagedSettingsAreCommittedAlong)
 {
     EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), disabledEth1).effects, "NTP server"));
 }
 
-TEST(IpPlan, TellsWhenBothInterfacesShareANetwork)
+TEST(IpPlanTest, TellsWhenBothInterfacesShareANetwork)
 {
     const InterfaceConfig wanted = {"VemkEth2", IpMode::fixed, "10.0.0.12", "255.255.255.0", std::nullopt};
     EXPECT_TRUE(mentions(planIp(cardWith(fixedEth1, dhcpEth2), wanted).effects, "same network"));
 }
 
-TEST(IpPlan, TellsWhichOfSeveralAddressesIsInTheSameNetwork)
+TEST(IpPlanTest, TellsWhichOfSeveralAddressesIsInTheSameNetwork)
 {
     const InterfaceConfig wanted = {"VemkEth2", IpMode::fixed, "10.0.0.12", "255.255.255.0", std::nullopt};
     const InterfaceConfig several = {"VemkEth1", IpMode::fixed, "10.0.9.11/24, 10.0.0.11/24", std::nullopt,
@@ -130,24 +130,24 @@ TEST(IpPlan, TellsWhichOfSeveralAddressesIsInTheSameNetwork)
     EXPECT_FALSE(mentions(effects, "10.0.9.11"));
 }
 
-TEST(IpPlan, RefusesToDisableBothInterfaces)
+TEST(IpPlanTest, RefusesToDisableBothInterfaces)
 {
     EXPECT_THROW((void)planIp(cardWith(fixedEth1, disabledEth2), disabledEth1), Failure);
 }
 
-TEST(IpPlan, GoesBackToWhatTheCardHas)
+TEST(IpPlanTest, GoesBackToWhatTheCardHas)
 {
     EXPECT_EQ(planIp(cardWith(fixedEth1, dhcpEth2), disabledEth1).rollback, fixedEth1);
 }
 
-TEST(IpPlan, HasNoWayBackIfTheCardRefusedToTell)
+TEST(IpPlanTest, HasNoWayBackIfTheCardRefusedToTell)
 {
     const IpPlan plan = planIp(std::nullopt, disabledEth1);
     EXPECT_FALSE(plan.rollback);
     EXPECT_NE(plan.noRollback.find("refused"), std::string::npos);
 }
 
-TEST(IpPlan, HasNoWayBackToAStaticInterfaceWithoutNetmask)
+TEST(IpPlanTest, HasNoWayBackToAStaticInterfaceWithoutNetmask)
 {
     InterfaceConfig now = fixedEth1;
     now.netmask.reset();
@@ -156,20 +156,20 @@ TEST(IpPlan, HasNoWayBackToAStaticInterfaceWithoutNetmask)
     EXPECT_NE(plan.noRollback.find("netmask"), std::string::npos);
 }
 
-TEST(IpPlan, HasNoWayBackToAddressesTheCardWouldRefuse)
+TEST(IpPlanTest, HasNoWayBackToAddressesTheCardWouldRefuse)
 {
     InterfaceConfig now = fixedEth1;
     now.address = "10.0.0.11/24";
     EXPECT_FALSE(planIp(cardWith(now, dhcpEth2), disabledEth1).rollback);
 }
 
-TEST(IpPlan, DescribesAnInterfaceInOneLine)
+TEST(IpPlanTest, DescribesAnInterfaceInOneLine)
 {
     EXPECT_EQ(describe(fixedEth1), "Static 10.0.0.11/255.255.255.0 gateway 10.0.0.1");
     EXPECT_EQ(describe(dhcpEth2), "Dhcp");
 }
 
-TEST(PlanIp, TellsThatSeveralAddressesGo)
+TEST(PlanIpTest, TellsThatSeveralAddressesGo)
 {
     const InterfaceConfig several = {"VemkEth1", IpMode::fixed, "10.0.0.11/24, 10.0.2.11/24", std::nullopt,
                                      std::nullopt};

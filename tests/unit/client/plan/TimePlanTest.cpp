@@ -25,69 +25,69 @@ bool isRefused(const TimeOptions& options, bool unsafe = false)
     return failureOf([&] { checkTimeOptions(options, unsafe); }).code == ExitCode::usage;
 }
 
-TEST(TimePlan, SendsTheWantedServerInNtpMode)
+TEST(TimePlanTest, SendsTheWantedServerInNtpMode)
 {
     const TimeRequest expected{TimeMode::ntp, "10.0.0.9", 1000};
     EXPECT_EQ(planTime(cardWith("10.0.0.1"), {TimeMode::ntp, "10.0.0.9", 1000}, false), expected);
 }
 
-TEST(TimePlan, SendsTheCardsServerBackWithAManualTime)
+TEST(TimePlanTest, SendsTheCardsServerBackWithAManualTime)
 {
     const TimeRequest expected{TimeMode::manual, "10.0.0.1", 1000};
     EXPECT_EQ(planTime(cardWith("10.0.0.1"), {TimeMode::manual, "", 1000}, false), expected);
 }
 
-TEST(TimePlan, SendsAnEmptyServerBackIfNoneIsConfigured)
+TEST(TimePlanTest, SendsAnEmptyServerBackIfNoneIsConfigured)
 {
     EXPECT_EQ(planTime(cardWith("NOT CONFIGURED"), {TimeMode::manual, "", 1000}, false).server, "");
 }
 
-TEST(TimePlan, RefusesAnEmptyServerThatWouldDeleteTheSetting)
+TEST(TimePlanTest, RefusesAnEmptyServerThatWouldDeleteTheSetting)
 {
     EXPECT_EQ(categoryOf(cardWith("")), Category::cannotKeepServer);
 }
 
-TEST(TimePlan, SendsAListOfServersBackAsItCame)
+TEST(TimePlanTest, SendsAListOfServersBackAsItCame)
 {
     const std::string list = "0.pool.ntp.org 1.pool.ntp.org  a-b_c:d ";
     EXPECT_EQ(planTime(cardWith(list), {TimeMode::manual, "", 1000}, false).server, list);
 }
 
-TEST(TimePlan, RefusesOtherBlanksThanThoseOfAList)
+TEST(TimePlanTest, RefusesOtherBlanksThanThoseOfAList)
 {
     EXPECT_EQ(categoryOf(cardWith("10.0.0.1\t10.0.0.2")), Category::usage);
 }
 
-TEST(TimePlan, NamesTheServersOfAListThatGo)
+TEST(TimePlanTest, NamesTheServersOfAListThatGo)
 {
     const TimeRequest request{TimeMode::ntp, "b", 0};
     EXPECT_EQ(serversThatGo(cardWith("a b  c"), request), (std::vector<std::string>{"a", "c"}));
     EXPECT_EQ(serversThatGo(cardWith("NOT CONFIGURED"), request), std::vector<std::string>());
 }
 
-TEST(TimePlan, RefusesAServerOf99CharactersThatMayHaveBeenCut)
+TEST(TimePlanTest, RefusesAServerOf99CharactersThatMayHaveBeenCut)
 {
     EXPECT_EQ(categoryOf(cardWith(std::string(99, 'a'))), Category::cannotKeepServer);
     EXPECT_EQ(categoryOf(cardWith(std::string(98, 'a'))), Category::none);
 }
 
-TEST(TimePlan, RefusesToSendBackWhatAShellWouldInterpret)
+TEST(TimePlanTest, RefusesToSendBackWhatAShellWouldInterpret)
 {
     EXPECT_EQ(categoryOf(cardWith("a;reboot")), Category::usage);
     EXPECT_EQ(categoryOf(cardWith("a;reboot"), true), Category::none);
 }
 
-TEST(TimeOptions, RefusesAnEmptyServer)
+TEST(TimeOptionsTest, RefusesAnEmptyServer)
 {
     EXPECT_TRUE(isRefused({TimeMode::ntp, "", 1000}));
 }
 
-TEST(TimeOptions, RefusesTheWordsForNoServer)
+TEST(TimeOptionsTest, RefusesTheWordsForNoServer)
 {
     EXPECT_TRUE(isRefused({TimeMode::ntp, "NOT CONFIGURED", 1000}));
 }
 
-TEST(TimeOptions, RefusesAServerThatAShellWouldInterpret)
+TEST(TimeOptionsTest, RefusesAServerThatAShellWouldInterpret)
 {
     for (const char* server : {"a;b", "$(reboot)", "`id`", "a b", "a'b", "a&b", "a|b", "a>b", "a*", "#a"}) {
         EXPECT_TRUE(isRefused({TimeMode::ntp, server, 1000})) << server;
@@ -95,19 +95,19 @@ TEST(TimeOptions, RefusesAServerThatAShellWouldInterpret)
     EXPECT_FALSE(isRefused({TimeMode::ntp, "a;b", 1000}, true));
 }
 
-TEST(TimeOptions, RefusesAServerThatLooksLikeAnOption)
+TEST(TimeOptionsTest, RefusesAServerThatLooksLikeAnOption)
 {
     EXPECT_TRUE(isRefused({TimeMode::ntp, "--server", 1000}));
     EXPECT_TRUE(isRefused({TimeMode::ntp, "-4", 1000}, true));
 }
 
-TEST(TimeOptions, RefusesATooLongServer)
+TEST(TimeOptionsTest, RefusesATooLongServer)
 {
     EXPECT_TRUE(isRefused({TimeMode::ntp, std::string(99, 'a'), 1000}));
     EXPECT_FALSE(isRefused({TimeMode::ntp, std::string(98, 'a'), 1000}));
 }
 
-TEST(TimeOptions, RefusesTimesBeyondThe32BitClock)
+TEST(TimeOptionsTest, RefusesTimesBeyondThe32BitClock)
 {
     EXPECT_FALSE(isRefused({TimeMode::manual, "", 2147483647}));
     EXPECT_TRUE(isRefused({TimeMode::manual, "", 2147483648}));

@@ -12,46 +12,46 @@ namespace
 
 using Components = std::vector<Component>;
 
-TEST(DifferingComponents, AreNoneForEqualCards)
+TEST(DifferingComponentsTest, AreNoneForEqualCards)
 {
     const Components card = {{"kernel", "6.1"}, {"base", "1.0"}};
     EXPECT_TRUE(differingComponents({card, card}).empty());
 }
 
-TEST(DifferingComponents, HaveAnotherVersionOnSomeCard)
+TEST(DifferingComponentsTest, HaveAnotherVersionOnSomeCard)
 {
     const std::vector<std::string> expected = {"base"};
     EXPECT_EQ(differingComponents({{{"kernel", "6.1"}, {"base", "1.0"}}, {{"kernel", "6.1"}, {"base", "1.1"}}}),
               expected);
 }
 
-TEST(DifferingComponents, AreMissingOnSomeCard)
+TEST(DifferingComponentsTest, AreMissingOnSomeCard)
 {
     const std::vector<std::string> expected = {"base"};
     EXPECT_EQ(differingComponents({{{"kernel", "6.1"}}, {{"kernel", "6.1"}, {"base", "1.1"}}}), expected);
 }
 
-TEST(ExpectedVersions, AreOneALineWithComments)
+TEST(ExpectedVersionsTest, AreOneALineWithComments)
 {
     const Components expected = {{"kernel", "KERN 6.1"}, {"base", "1.0"}};
     EXPECT_EQ(parseExpectedVersions("# cards of 2026\nkernel  KERN 6.1  # new\n\nbase 1.0\n", "f"), expected);
 }
 
-TEST(ExpectedVersions, NeedAVersionOnEachLine)
+TEST(ExpectedVersionsTest, NeedAVersionOnEachLine)
 {
     const Failure failure = failureOf([] { (void)parseExpectedVersions("base 1.0\nkernel\n", "f"); });
     EXPECT_EQ(failure.code, ExitCode::badFile);
     EXPECT_NE(failure.hint.find("f, line 2"), std::string::npos);
 }
 
-TEST(ExpectedVersions, AreNotNone)
+TEST(ExpectedVersionsTest, AreNotNone)
 {
     for (const char* text : {"", "\n", "# nothing\n"}) {
         EXPECT_EQ(failureOf([&] { (void)parseExpectedVersions(text, "f"); }).code, ExitCode::usage);
     }
 }
 
-TEST(UnmetExpectations, AreOtherAndMissingVersions)
+TEST(UnmetExpectationsTest, AreOtherAndMissingVersions)
 {
     const Components card = {{"kernel", "6.1"}, {"base", "1.0"}};
     const Components unmet = {{"base", "1.1"}, {"boot", "3"}};

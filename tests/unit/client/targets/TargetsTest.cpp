@@ -168,21 +168,21 @@ TEST_F(TargetsTest, AreNeverNone)
     EXPECT_THROW(labels({""}), Failure);
 }
 
-TEST(Inventory, NamesTheLineThatIsWrong)
+TEST(InventoryTest, NamesTheLineThatIsWrong)
 {
     const Failure failure = failureOf([] { Inventory::parse("card01 10.0.0.11\ncard02 here\n", "groups"); });
     EXPECT_EQ(failure.code, ExitCode::badFile);
     EXPECT_NE(failure.hint.find("groups, line 2"), std::string::npos);
 }
 
-TEST(Inventory, RefusesANameThatStandsTwice)
+TEST(InventoryTest, RefusesANameThatStandsTwice)
 {
     const Failure failure = failureOf([] { Inventory::parse("card01 10.0.0.11\n\ncard01 10.0.0.12\n", "groups"); });
     EXPECT_EQ(failure.code, ExitCode::usage);
     EXPECT_EQ(failure.hint, "groups, line 3: card01 has an address already");
 }
 
-TEST(Inventory, IsNoDirectory)
+TEST(InventoryTest, IsNoDirectory)
 {
     const Failure failure = failureOf([] { (void)Inventory::load("/"); });
     EXPECT_EQ(failure.code, ExitCode::usage);

@@ -39,26 +39,26 @@ ExitCode codeOf(int status)
     return failureOf([&] { checkStatus(reply.header); }).code;
 }
 
-TEST(Request, OfAVersionsReportHasNoPayload)
+TEST(RequestTest, OfAVersionsReportHasNoPayload)
 {
     Request request = bareRequest(CommandId::versions);
     request.header.sequenceId = 0x0A0B0C0D;
     EXPECT_EQ(hexText(encode(request)), "81c39aff 01000504 01000001 0d0c0b0a 00000000");
 }
 
-TEST(Request, WithATextCarriesItsCountAndNul)
+TEST(RequestTest, WithATextCarriesItsCountAndNul)
 {
     Request request = textRequest(CommandId::reboot, "<a/>");
     request.header.sequenceId = 1;
     EXPECT_EQ(hexText(encode(request)), "81c39aff 01010504 09000001 01000000 09000000 05000000 3c612f3e 00");
 }
 
-TEST(Request, HasASequenceNumberOfItsOwn)
+TEST(RequestTest, HasASequenceNumberOfItsOwn)
 {
     EXPECT_NE(bareRequest(CommandId::versions).header.sequenceId, bareRequest(CommandId::versions).header.sequenceId);
 }
 
-TEST(Reply, AnswersTheRequestWithItsSequenceNumber)
+TEST(ReplyTest, AnswersTheRequestWithItsSequenceNumber)
 {
     const Request request = bareRequest(CommandId::versions);
     EXPECT_TRUE(answers(replyTo(request).header, request));
@@ -66,7 +66,7 @@ TEST(Reply, AnswersTheRequestWithItsSequenceNumber)
     EXPECT_FALSE(answers(request.header, request)) << "a request is no reply";
 }
 
-TEST(Reply, IsRefusedIfItAnnouncesTooMuch)
+TEST(ReplyTest, IsRefusedIfItAnnouncesTooMuch)
 {
     const Request request = bareRequest(CommandId::versions);
     Reply reply = replyTo(request);
@@ -74,7 +74,7 @@ TEST(Reply, IsRefusedIfItAnnouncesTooMuch)
     EXPECT_THROW(checkReplyHeader(reply.header, request), Failure);
 }
 
-TEST(Reply, IsRefusedWithAnotherStartPattern)
+TEST(ReplyTest, IsRefusedWithAnotherStartPattern)
 {
     const Request request = bareRequest(CommandId::versions);
     Reply reply = replyTo(request);
@@ -82,13 +82,13 @@ TEST(Reply, IsRefusedWithAnotherStartPattern)
     EXPECT_THROW(checkReplyHeader(reply.header, request), Failure);
 }
 
-TEST(ReplyText, IsWhatStandsBeforeTheNul)
+TEST(ReplyTextTest, IsWhatStandsBeforeTheNul)
 {
     EXPECT_EQ(textOf(textReply(textSection("hello"))), "hello");
     EXPECT_EQ(textOf(textReply(textSection(""))), "");
 }
 
-TEST(ReplyText, IsRefusedIfItsCountLies)
+TEST(ReplyTextTest, IsRefusedIfItsCountLies)
 {
     Bytes section = textSection("hello");
     section[0] = std::byte{7};
@@ -99,7 +99,7 @@ TEST(ReplyText, IsRefusedIfItsCountLies)
     EXPECT_EQ(categoryOfText(section), "garbage");
 }
 
-TEST(ReplyText, IsRefusedWithoutOrWithAnInnerNul)
+TEST(ReplyTextTest, IsRefusedWithoutOrWithAnInnerNul)
 {
     Bytes section = textSection("hello");
     section.back() = std::byte{'x'};
@@ -109,21 +109,21 @@ TEST(ReplyText, IsRefusedWithoutOrWithAnInnerNul)
     EXPECT_EQ(categoryOfText(section), "garbage");
 }
 
-TEST(ReplyText, IsRefusedIfItIsTooShortForACount)
+TEST(ReplyTextTest, IsRefusedIfItIsTooShortForACount)
 {
     for (std::size_t size = 0; size < 5; ++size) {
         EXPECT_EQ(categoryOfText(Bytes(size)), "garbage") << size;
     }
 }
 
-TEST(ReplyText, IsRefusedInAnotherFormat)
+TEST(ReplyTextTest, IsRefusedInAnotherFormat)
 {
     Reply reply = textReply(textSection("hello"));
     reply.header.messageFormat = section8Bit | section16Bit;
     EXPECT_THROW((void)textOf(reply), Failure);
 }
 
-TEST(ReplyStatus, DecidesTheExitCode)
+TEST(ReplyStatusTest, DecidesTheExitCode)
 {
     EXPECT_EQ(codeOf(1), ExitCode::ok);
     EXPECT_EQ(codeOf(2), ExitCode::refusedByCard);

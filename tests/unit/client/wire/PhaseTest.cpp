@@ -16,20 +16,20 @@ Task<int> failWaiting(EventLoop& loop, std::string phase)
     throw Failure{ExitCode::noAnswer, Category::timeout, std::move(phase), ""};
 }
 
-TEST(Phase, IsAddedToAFailureThatHasNone)
+TEST(PhaseTest, IsAddedToAFailureThatHasNone)
 {
     EventLoop loop;
     EXPECT_EQ(failureOf([&] { loop.run(inPhase("asking", failWaiting(loop, ""))); }).phase, "asking");
     EXPECT_EQ(failureOf([] { inPhase("reading", [] { throw garbage("nonsense"); }); }).phase, "reading");
 }
 
-TEST(Phase, StaysWhereAFailureKnowsItBetter)
+TEST(PhaseTest, StaysWhereAFailureKnowsItBetter)
 {
     EventLoop loop;
     EXPECT_EQ(failureOf([&] { loop.run(inPhase("asking", failWaiting(loop, "connecting"))); }).phase, "connecting");
 }
 
-TEST(Phase, LeavesAResultAlone)
+TEST(PhaseTest, LeavesAResultAlone)
 {
     EXPECT_EQ(inPhase("reading", [] { return 7; }), 7);
 }

@@ -27,7 +27,7 @@ std::vector<std::uint16_t> commandsThat(DryRun mode)
     return admitted;
 }
 
-TEST(SendGate, AdmitsInADryRunThatChangesOnlyWhatReads)
+TEST(SendGateTest, AdmitsInADryRunThatChangesOnlyWhatReads)
 {
     std::vector<std::uint16_t> reading;
     for (const DescribedCommand& command : describedCommands()) {
@@ -39,12 +39,12 @@ TEST(SendGate, AdmitsInADryRunThatChangesOnlyWhatReads)
     EXPECT_EQ(commandsThat(DryRun::changes), reading);
 }
 
-TEST(SendGate, AdmitsNothingInADryRunThatReads)
+TEST(SendGateTest, AdmitsNothingInADryRunThatReads)
 {
     EXPECT_TRUE(commandsThat(DryRun::everything).empty());
 }
 
-TEST(SendGate, AdmitsEverythingElsewhere)
+TEST(SendGateTest, AdmitsEverythingElsewhere)
 {
     EXPECT_EQ(commandsThat(DryRun::off).size(), 65536U);
 }

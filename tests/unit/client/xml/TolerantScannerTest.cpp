@@ -17,7 +17,7 @@ std::optional<XmlElement> scan(std::string_view text)
     return text.empty() ? element : std::nullopt;
 }
 
-TEST(TolerantScanner, ReadsAllAttributes)
+TEST(TolerantScannerTest, ReadsAllAttributes)
 {
     const std::optional<XmlElement> element = scan(R"(<E A="1" B="2" C="3"/>)");
     ASSERT_TRUE(element);
@@ -26,7 +26,7 @@ TEST(TolerantScanner, ReadsAllAttributes)
     EXPECT_EQ(element->attribute("C"), "3");
 }
 
-TEST(TolerantScanner, LetsAnyAttributeBeMissing)
+TEST(TolerantScannerTest, LetsAnyAttributeBeMissing)
 {
     const std::optional<XmlElement> element = scan(R"(<E B="2"/>)");
     ASSERT_TRUE(element);
@@ -34,7 +34,7 @@ TEST(TolerantScanner, LetsAnyAttributeBeMissing)
     EXPECT_EQ(element->attribute("B"), "2");
 }
 
-TEST(TolerantScanner, KeepsQuotesAndBracketsOfAValue)
+TEST(TolerantScannerTest, KeepsQuotesAndBracketsOfAValue)
 {
     const std::optional<XmlElement> element = scan(R"(<E A="a"b<c>&d" B="/>"/>)");
     ASSERT_TRUE(element);
@@ -42,14 +42,14 @@ TEST(TolerantScanner, KeepsQuotesAndBracketsOfAValue)
     EXPECT_EQ(element->attribute("B"), "/>");
 }
 
-TEST(TolerantScanner, TakesOneElementOffTheFront)
+TEST(TolerantScannerTest, TakesOneElementOffTheFront)
 {
     std::string_view text = R"(<E A="1"/><E A="2"/>)";
     ASSERT_TRUE(scanElement(text, form));
     EXPECT_EQ(text, R"(<E A="2"/>)");
 }
 
-TEST(TolerantScanner, LeavesTextOfAnotherFormAlone)
+TEST(TolerantScannerTest, LeavesTextOfAnotherFormAlone)
 {
     for (const std::string_view other :
          {"", "<", "<F A=\"1\"/>", "<E A=\"1\"", "<E A=\"1", "<E  A=\"1\"/>", "<E A=\"1\" D=\"2\">", "E A=\"1\"/>"}) {
