@@ -22,6 +22,9 @@ constexpr std::size_t mostInBurst = 50;
 constexpr Seconds burstTime{0.1};
 constexpr Seconds listening{0.3}; // chosen: from the first answer on; a card answers within milliseconds
 
+// Of one name: two are one too many already, and who floods shall not fill this machine's memory.
+constexpr std::size_t mostAnswers = 100;
+
 Failure notFound()
 {
     return {ExitCode::noAnswer, Category::notFound, lookingForCard,
@@ -172,6 +175,9 @@ void Lookup::take(const Datagram& datagram)
 
 void Lookup::note(Asked& one, CardReply answer)
 {
+    if (one.answers.size() == mostAnswers) {
+        return;
+    }
     one.answers.push_back(std::move(answer));
     if (one.answers.size() > 1) {
         return;

@@ -203,7 +203,9 @@ void FakeCard::serveDatagram() const
     const Answer answer = answerTo(requestIn(bytes));
     if (!answer.hangsUp && !answer.keepsSilent) {
         const std::string reply = replyWith(answer, bytes);
-        ::sendto(datagrams, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr*>(&sender), size);
+        for (int sent = 0; sent < answer.copies; ++sent) {
+            ::sendto(datagrams, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr*>(&sender), size);
+        }
     }
 }
 

@@ -29,6 +29,7 @@ public:
         std::uint8_t status = 1;
         std::optional<std::string> bytes = std::nullopt; // behind the header, instead of a text, however wrong
         std::uint8_t startPattern = 0x81;                // its first byte
+        int copies = 1;                                  // of a datagram
         bool hangsUp = false;                            // closes the connection, or says nothing, instead
         bool keepsSilent = false;                        // says nothing, and serves nobody until the client hangs up
     };

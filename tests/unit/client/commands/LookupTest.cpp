@@ -98,6 +98,15 @@ TEST_F(LookupTest, EndsWithAFloodOfSecondAnswers)
     forgetScripts();
 }
 
+TEST_F(LookupTest, KeepsAHundredAnswersToANameOfAllThatComeInAFlood)
+{
+    card.behave(ipGet,
+                [](const FakeCard::Request&) { return FakeCard::Answer{.text = ipXml("127.0.0.1"), .copies = 150}; });
+    Lookup lookup(network, {"card1"});
+    loop.run(lookup.hearOut());
+    EXPECT_EQ(lookup.answersTo("card1").size(), 100U);
+}
+
 TEST_F(LookupTest, AsksForNoMoreNamesOnceEnoughHaveAnswered)
 {
     std::vector<std::string> names = nobodies(119);
