@@ -99,6 +99,7 @@ class Card:
         factory.make_boot_files()
         if with_extra_files:
             factory.write_extra_files(self._settings)
+        self._reboot_wanted = False  # who asked while the card went down has what he wanted
         self._log.start()
         configured = netifd.times_configured()
         netifd.start(self._settings)
@@ -107,6 +108,7 @@ class Card:
         self._log.note(f"booted ({self._boots})")
         if self._settings.autostart:
             self._daemon.start()
+        programs.run_start_links()
 
     def _shut_down(self) -> None:
         self._respawn_at = None

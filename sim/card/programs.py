@@ -6,6 +6,7 @@ Each of them is the gate, which records the call and then becomes the program of
 """
 
 import os
+import re
 import subprocess
 from pathlib import Path
 
@@ -54,6 +55,16 @@ def install(programs: dict[str, str]) -> None:
 def run_init_script(name: str, action: str) -> None:
     """For the card's own purposes: it is not recorded, and what it says is nobody's concern."""
     subprocess.run([str(_REAL / name), action], env={"PATH": PATH}, capture_output=True, check=False)
+
+
+def run_start_links() -> None:
+    """What is enabled starts one after the other, as at boot, and nobody waits for it. It is not recorded, either."""
+    names = [re.sub(r"^S\d+", "", link.name) for link in sorted(Path("/etc/rc.d").glob("S*"))]
+    scripts = [str(_REAL / name) for name in names if (_REAL / name).exists()]
+    if scripts:
+        nowhere = [(os.POSIX_SPAWN_OPEN, number, "/dev/null", os.O_RDWR, 0) for number in range(3)]
+        command = ["bash", "-c", 'for script; do "$script" start; done', "boot", *scripts]
+        os.posix_spawnp("bash", command, {"PATH": PATH}, file_actions=nowhere, setsid=True)
 
 
 def _link(target: str, link: Path) -> None:

@@ -96,6 +96,37 @@ def test_reboot_stops_the_daemon_first_and_the_network_last(scratch_card: Card) 
     assert scratch_card.daemon.wait_exit().signal == signal.SIGTERM
 
 
+def test_who_asks_for_a_reboot_while_the_card_goes_down_gets_no_second_one(scratch_card: Card) -> None:
+    scratch_card.inside.run(["reboot"])
+    scratch_card.records.wait_log("K10tarveld stop")
+    os.kill(scratch_card.init_pid, signal.SIGTERM)
+    scratch_card.wait_boot(2)
+    for _ in range(2):  # served between what is due, a second reboot first of all
+        assert scratch_card.daemon.pid is not None
+    assert own_lines(scratch_card)[1:] == STOPS
+
+
+def test_boot_starts_what_is_enabled_with_what_is_committed(scratch_card: Card) -> None:
+    scratch_card.inside.uci("set", "system.ntp.server=10.0.0.9")
+    scratch_card.inside.uci("commit", "system")
+    scratch_card.inside.uci("set", "system.ntp.server=10.0.0.10")
+    scratch_card.inside.run(["/etc/init.d/ntpd", "enable"])
+    scratch_card.inside.run(["/etc/init.d/ntpdate", "enable"])
+    scratch_card.inside.run(["reboot"])
+    scratch_card.wait_boot(2)
+    running = "/var/etc/ntpd.conf"
+    wait_for(lambda: scratch_card.inside.exists(running), 20, lambda: "ntpd is not started")
+    wait_for(lambda: scratch_card.inside.read(running) == "server 10.0.0.9 iburst\n", 20, lambda: "for another server")
+
+
+def test_boot_starts_nothing_that_is_not_enabled(scratch_card: Card) -> None:
+    scratch_card.inside.uci("set", "system.ntp.server=10.0.0.9")
+    scratch_card.inside.uci("commit", "system")
+    scratch_card.inside.run(["reboot"])
+    scratch_card.wait_boot(2)
+    assert not scratch_card.inside.exists("/var/etc/ntpd.conf")
+
+
 def test_reboot_stops_ntpd_where_that_is_enabled(scratch_card: Card) -> None:
     scratch_card.inside.run(["/etc/init.d/ntpd", "enable"])
     scratch_card.inside.run(["reboot"])

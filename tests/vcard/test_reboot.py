@@ -40,6 +40,14 @@ def test_the_working_directory_is_made_anew(card: VirtualCard) -> None:
     assert "/tmp/upgrade successfully created" in card.log()
 
 
+def test_an_enabled_ntpd_is_started_with_the_committed_server(card: VirtualCard) -> None:
+    card.run("uci set system.ntp.server=10.0.0.77 && uci commit system && /etc/init.d/ntpd enable")
+    reboot(card)
+    card.wait_for(lambda: card.status("pidof ntpd") == 0, "ntpd runs")
+    card.wait_for(lambda: "-p 10.0.0.77" in card.run("tr '\\0' ' ' </proc/$(pidof ntpd)/cmdline"), "with its server")
+    card.run("/etc/init.d/ntpd stop; /etc/init.d/ntpd disable; uci set system.ntp.server=10.0.0.1 && uci commit system")
+
+
 def test_an_ntp_server_that_was_only_staged_is_forgotten_and_the_mode_is_kept(card: VirtualCard) -> None:
     ask(Command.TIME_SET, time_reference("Ntp", "10.0.0.77"))
     reboot(card)
