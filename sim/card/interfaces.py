@@ -2,6 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What the options of an interface mean to the platform's network daemon: it is strict, and a mistake costs all of it."""
 
+import re
 import socket
 import struct
 from dataclasses import dataclass, field
@@ -56,11 +57,19 @@ def _address_with_prefix(word: str, prefix: int) -> str:
     return f"{address}/{_prefix_length(own_prefix, 'INVALID_ADDRESS') if slash else prefix}"
 
 
+def _number(text: str) -> int:
+    """As C reads one: 0x10, 020 and 16 are the same. Python reads more, and refuses 020."""
+    found = re.fullmatch(r"0[xX](?P<b16>[0-9a-fA-F]+)|(?P<b8>0[0-7]*)|(?P<b10>[1-9][0-9]*)", text)
+    if found is None or found.lastgroup is None:
+        raise ValueError(text)
+    return int(found[found.lastgroup], int(found.lastgroup.removeprefix("b")))
+
+
 def _prefix_length(netmask: str, otherwise: str) -> int:
     """A mask counts as far as its first zero; without a dot it is a number of bits, in any base that C knows."""
     try:
         if "." not in netmask:
-            length = int(netmask, 0)
+            length = _number(netmask)
         else:
             (mask,) = struct.unpack(">I", socket.inet_aton(netmask))
             length = _LONGEST_PREFIX - (~mask & 0xFFFFFFFF).bit_length()

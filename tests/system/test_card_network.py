@@ -53,7 +53,8 @@ def test_gateway_in_any_but_the_usual_form_costs_the_address(scratch_card: Card,
 
 @pytest.mark.parametrize(
     ("netmask", "length"),
-    [("255.255.0.0", 16), ("255.0.255.0", 8), ("24", 24), ("0x18", 24), ("0", 0), ("255.255.255.255", 32)],
+    [("255.255.0.0", 16), ("255.0.255.0", 8), ("24", 24), ("0x18", 24), ("030", 24), ("0", 0),
+     ("255.255.255.255", 32), ("255.255.65280", 24), ("0xff.0xff.0.0", 16)],
 )
 def test_netmask_counts_as_far_as_its_first_zero_and_may_be_a_number_of_bits(
     scratch_card: Card, netmask: str, length: int
@@ -62,7 +63,7 @@ def test_netmask_counts_as_far_as_its_first_zero_and_may_be_a_number_of_bits(
     assert scratch_card.addresses("eth1") == [f"10.0.1.11/{length}"]
 
 
-@pytest.mark.parametrize("netmask", ["0xffffff00", "33", "x", "255.x"])
+@pytest.mark.parametrize("netmask", ["0xffffff00", "33", "x", "255.x", "2_4", "08", "0b11000"])
 def test_netmask_that_is_none_costs_the_address(scratch_card: Card, netmask: str) -> None:
     configure(scratch_card, netmask=netmask)
     assert errors(scratch_card) == ["INVALID_NETMASK"]

@@ -42,7 +42,9 @@ def default_routes(card: VirtualCard) -> list[str]:
 
 
 @pytest.mark.parametrize(
-    "option", ["ipaddr=10.0.1.0x0b", "ipaddr=10.11", "netmask=0xffffff00", "netmask=33", "gateway=10.1"]
+    "option", ["ipaddr=10.0.1.0x0b", "ipaddr=10.11", "netmask=0xffffff00", "netmask=33", "netmask=08",
+        "netmask=255.256.0.0", "gateway=10.1",
+    ]
 )
 def test_a_setting_in_an_unusual_form_costs_the_address_and_restarting_succeeds_all_the_same(
     card: VirtualCard, option: str
@@ -53,7 +55,11 @@ def test_a_setting_in_an_unusual_form_costs_the_address_and_restarting_succeeds_
     assert " UP " in card.run("ifconfig eth1")
 
 
-@pytest.mark.parametrize(("netmask", "length"), [("255.255.0.0", 16), ("255.0.255.0", 8), ("24", 24)])
+@pytest.mark.parametrize(("netmask", "length"), [
+        ("255.255.0.0", 16), ("255.0.255.0", 8), ("255.255.255.255", 32), ("255.255.65280", 24), ("0xff.0xff.0.0", 16),
+        ("24", 24), ("0x18", 24), ("030", 24),
+    ],
+)
 def test_a_netmask_counts_as_far_as_its_first_zero_and_may_be_a_number_of_bits(
     card: VirtualCard, netmask: str, length: int
 ) -> None:
@@ -78,6 +84,15 @@ def test_an_interface_may_have_a_list_of_addresses(card: VirtualCard) -> None:
     try:
         configure(card)
         assert addresses(card) == ["10.0.1.77/24", "10.0.2.77/16"]
+    finally:
+        card.run("cp /tmp/kept /etc/config/network")
+
+
+def test_a_broken_file_is_no_failure_and_brings_nothing_up(card: VirtualCard) -> None:
+    card.run("cp /etc/config/network /tmp/kept && echo \"config interface 'x\" >/etc/config/network")
+    try:
+        configure(card)
+        assert addresses(card, "eth0") == addresses(card) == []
     finally:
         card.run("cp /tmp/kept /etc/config/network")
 
