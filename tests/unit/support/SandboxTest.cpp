@@ -34,6 +34,14 @@ TEST_F(SandboxTest, ANameInNoFolderOfTheCardEndsTheTest)
     EXPECT_DEATH(ordinary::exists("/usr/bin/env"), "it is in no folder of the card");
 }
 
+TEST_F(SandboxTest, ANameThatClimbsOutEndsTheTest)
+{
+    EXPECT_DEATH(ordinary::exists("../x"), "it is in no folder of the card");
+    EXPECT_DEATH(ordinary::exists("/etc/../../x"), "it is in no folder of the card");
+    EXPECT_FALSE(ordinary::exists("/etc/../tmp/x"));
+    EXPECT_FALSE(ordinary::exists("x/../y"));
+}
+
 TEST_F(SandboxTest, HoldsNothingOfThisMachine)
 {
     EXPECT_FALSE(ordinary::exists("/etc/passwd"));
