@@ -210,6 +210,17 @@ def untold_commands(root: Path) -> Iterator[str]:
             yield f"CHANGELOG.md: nothing is said of `tarvelctl {name}`"
 
 
+def differing_versions(root: Path) -> Iterator[str]:
+    """The package's recipe is read where the tree is not at hand, so it says the version once more."""
+    places = {
+        "CMakeLists.txt": r"^project\(tarveld VERSION ([0-9.]+)",
+        "packaging/openwrt/Makefile": r"^PKG_VERSION:=([0-9.]+)",
+    }
+    versions = {name: re.findall(pattern, text_of(root / name), re.MULTILINE) for name, pattern in places.items()}
+    if len(set(map(tuple, versions.values()))) != 1:
+        yield "; ".join(f"{name} has version {' '.join(found) or 'none'}" for name, found in versions.items())
+
+
 def untold_files(root: Path) -> Iterator[str]:
     """The manual page names what of the card the daemon reads, writes or runs, among its files or its commands; these are
     the protocol's."""
@@ -223,6 +234,7 @@ def untold_files(root: Path) -> Iterator[str]:
 
 def check(root: Path) -> list[str]:
     complaints = [*untested_handlers(root), *unlisted_makers(root), *untold_commands(root), *untold_files(root)]
+    complaints += differing_versions(root)
     for name in tracked_files(root):
         if name.endswith("Test.cpp") and not is_built(root, name):
             complaints.append(f"{name}: no CMakeLists.txt above it names it")

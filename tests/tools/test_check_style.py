@@ -89,6 +89,21 @@ def test_a_source_is_named_where_it_is_built(tmp_path: Path, listing: str, is_na
     assert check_style.is_built(tmp_path, "src/a/One.cpp") == is_named
 
 
+@pytest.mark.parametrize(
+    ("recipe", "complaints"),
+    [
+        ("PKG_VERSION:=1.2.3\n", []),
+        ("PKG_VERSION:=1.2\n", ["CMakeLists.txt has version 1.2.3; packaging/openwrt/Makefile has version 1.2"]),
+        ("PKG_NAME:=x\n", ["CMakeLists.txt has version 1.2.3; packaging/openwrt/Makefile has version none"]),
+    ],
+)
+def test_the_package_has_the_version_of_the_project(tmp_path: Path, recipe: str, complaints: list[str]) -> None:
+    (tmp_path / "CMakeLists.txt").write_text("project(tarveld VERSION 1.2.3 DESCRIPTION x)\n", encoding="utf-8")
+    (tmp_path / "packaging/openwrt").mkdir(parents=True)
+    (tmp_path / "packaging/openwrt/Makefile").write_text(recipe, encoding="utf-8")
+    assert list(check_style.differing_versions(tmp_path)) == complaints
+
+
 def test_a_longer_name_names_no_source(tmp_path: Path) -> None:
     (tmp_path / "CMakeLists.txt").write_text("add_library(a NotOne.cpp One.cpp.in)\n", encoding="utf-8")
     assert not check_style.is_built(tmp_path, "One.cpp")
