@@ -91,6 +91,15 @@
   $ wc -c < network
   | 0
 
+# The same without the name (measured)
+
+  $ mount -t tmpfs -o size=1 none .
+  $ printf "config interface 'lan'\n" > network
+  $ uci set network.lan.proto=dhcp
+  $ uci commit
+  $ wc -c < network
+  | 0
+
 # The change is gone with it (source)
 
   $ mount -t tmpfs -o size=1 none .
