@@ -50,7 +50,7 @@ int extract()
 }
 
 // What is not accepted does not stay where somebody could use it.
-int extractChecked(bool isUpgrade)
+[[maybe_unused]] int extractChecked(bool isUpgrade)
 {
     std::vector<std::string> files;
     const bool isAccepted =
