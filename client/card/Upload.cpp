@@ -5,12 +5,8 @@
 #include "client/wire/Phase.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <fmt/core.h>
 #include <poll.h>
-#include <unistd.h>
 
 namespace
 {
@@ -33,7 +29,7 @@ Failure stalled(std::string phase, double seconds)
 Failure fileChanged(const std::string& path)
 {
     return {ExitCode::badFile, Category::badArchive, "reading the archive",
-            fmt::format("{} changed or became unreadable while it was sent", path)};
+            fmt::format("{} has changed since it was checked, or became unreadable", path)};
 }
 
 bool hasInput(const TcpConnection& connection)
@@ -71,8 +67,7 @@ Task<void> Upload::send(Endpoint endpoint)
 
 Task<void> Upload::exchange(Endpoint endpoint)
 {
-    file = Descriptor(::open(archive.path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file) {
+    if (!archive.file.isUnchanged()) {
         throw fileChanged(archive.path);
     }
     TcpConnection connection = co_await network.connect(std::move(endpoint), request);
@@ -118,8 +113,9 @@ void Upload::refill()
 {
     buffer.resize(static_cast<std::size_t>(std::min<std::uint64_t>(pieceSize, archive.size - fileRead)));
     bufferSent = 0;
-    const ssize_t size = ::pread(file.get(), buffer.data(), buffer.size(), static_cast<off_t>(fileRead));
-    if (size < 0 || static_cast<std::size_t>(size) != buffer.size()) {
+    const ssize_t size = archive.file.read(std::as_writable_bytes(std::span(buffer)), fileRead);
+    // Looked at behind the reading: a card that lacks a part of the archive installs nothing.
+    if (size < 0 || static_cast<std::size_t>(size) != buffer.size() || !archive.file.isUnchanged()) {
         throw fileChanged(archive.path);
     }
     fileRead += buffer.size();

@@ -4,7 +4,6 @@
 
 #include "client/card/Observer.h"
 #include "client/card/TransferMeter.h"
-#include "client/engine/Descriptor.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/Task.h"
 #include "client/firmware/Archive.h"
@@ -48,7 +47,6 @@ private:
     const Archive& archive;
     Request request;
     Seconds patience;
-    Descriptor file;
     Bytes buffer; // what was read of the archive
     std::size_t bufferSent = 0;
     std::uint64_t fileRead = 0;

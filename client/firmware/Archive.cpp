@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/firmware/Archive.h"
 
-#include "client/engine/Descriptor.h"
 #include "client/firmware/Complaints.h"
 #include "client/firmware/GzipStart.h"
 #include "client/firmware/GzipTrailer.h"
@@ -14,7 +13,6 @@
 #include <archive_entry.h>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 #include <memory>
@@ -38,19 +36,18 @@ Failure unreadable(const std::string& path)
 
 void describeFile(Archive& archive, const Checkpoint& checkpoint)
 {
-    const Descriptor file(::open(archive.path.c_str(), O_RDONLY | O_CLOEXEC));
-    struct stat status = {};
-    if (!file || ::fstat(file.get(), &status) == -1) {
+    archive.file = HeldFile(archive.path);
+    if (!archive.file) {
         throw unreadable(archive.path);
     }
-    if (!S_ISREG(status.st_mode)) {
+    if (!archive.file.isRegular()) {
         throw badArchive(fmt::format("{} is no regular file", archive.path));
     }
     Sha256 digest;
     std::vector<std::byte> piece(65536);
     for (;;) {
         checkpoint();
-        const ssize_t size = ::read(file.get(), piece.data(), piece.size());
+        const ssize_t size = archive.file.read(piece, archive.size);
         if (size == -1) {
             throw unreadable(archive.path);
         }
@@ -72,7 +69,7 @@ Failure broken(const Walker& walker, const std::string& path)
                                   reason != nullptr ? reason : "it ends too early"));
 }
 
-Walker openWalker(const std::string& path)
+Walker openWalker(const Archive& archive)
 {
     constexpr std::size_t blockSize = 65536;
     Walker walker(archive_read_new(), archive_read_free);
@@ -80,8 +77,8 @@ Walker openWalker(const std::string& path)
     archive_read_support_format_tar(walker.get());
     archive_read_support_format_empty(walker.get());
     archive_read_set_options(walker.get(), "tar:read_concatenated_archives"); // so that it reads to the file's end
-    if (archive_read_open_filename(walker.get(), path.c_str(), blockSize) != ARCHIVE_OK) {
-        throw broken(walker, path);
+    if (archive_read_open_fd(walker.get(), archive.file.descriptor(), blockSize) != ARCHIVE_OK) {
+        throw broken(walker, archive.path);
     }
     return walker;
 }
@@ -160,18 +157,18 @@ bool admitMember(Walk& walk, archive_entry* entry)
 
 // More was unpacked than the last gzip member holds, so it is not the only one. (Of the last few bytes the walker may
 // have taken less than there are.) What holds nothing adds nothing, and is looked for.
-bool hasSeveralGzipMembers(const Walker& walker, const std::string& path)
+bool hasSeveralGzipMembers(const Walker& walker, const HeldFile& file)
 {
     constexpr std::uint32_t unread = 1024;
     const auto unpacked = static_cast<std::uint32_t>(archive_filter_bytes(walker.get(), 0));
-    const std::uint32_t excess = unpacked - sizeInGzipTrailer(path).value_or(unpacked);
-    return (excess != 0 && excess < UINT32_MAX - unread) || beginsWithEmptyGzip(path);
+    const std::uint32_t excess = unpacked - sizeInGzipTrailer(file).value_or(unpacked);
+    return (excess != 0 && excess < UINT32_MAX - unread) || beginsWithEmptyGzip(file);
 }
 
 void walkMembers(Walk& walk, const Checkpoint& checkpoint)
 {
     const std::string& path = walk.archive.path;
-    const Walker walker = openWalker(path);
+    const Walker walker = openWalker(walk.archive);
     archive_entry* entry = nullptr;
     int result = archive_read_next_header(walker.get(), &entry);
     if (archive_filter_code(walker.get(), 0) != ARCHIVE_FILTER_GZIP) {
@@ -193,7 +190,7 @@ void walkMembers(Walk& walk, const Checkpoint& checkpoint)
     walk.owners.tell(walk.archive.warnings);
     if (static_cast<std::uint64_t>(archive_filter_bytes(walker.get(), -1)) != walk.archive.size) {
         walk.archive.problems.emplace_back("the file goes on behind the end of the archive");
-    } else if (hasSeveralGzipMembers(walker, path)) {
+    } else if (hasSeveralGzipMembers(walker, walk.archive.file)) {
         walk.archive.problems.emplace_back("another compressed file follows behind the end of the first");
     }
 }
@@ -227,6 +224,9 @@ Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, st
     }
     Walk walk{archive, maximum, {}, {}, {}};
     walkMembers(walk, checkpoint);
+    if (!archive.file.isUnchanged()) {
+        throw badArchive(fmt::format("{} changed while it was looked through", path));
+    }
     if (archive.members.empty()) {
         archive.problems.emplace_back("the archive is empty");
     }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/firmware/HeldFile.h"
 #include "client/firmware/MemberList.h"
 
 #include <cstdint>
@@ -12,7 +13,8 @@
 
 // A firmware archive that was looked through.
 struct Archive {
-    std::string path;
+    std::string path;           // for people: what is sent is read from `file`
+    HeldFile file;              // as it was looked through
     std::uint64_t size = 0;     // bytes of the file
     std::string sha256;         // of the file, in hexadecimal
     std::uint64_t unpacked = 0; // bytes of all files in it

@@ -2,33 +2,24 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/firmware/GzipStart.h"
 
-#include "client/engine/Descriptor.h"
-
+#include <algorithm>
 #include <archive.h>
 #include <archive_entry.h>
-#include <fcntl.h>
 #include <memory>
+#include <span>
+#include <string>
 #include <string_view>
-#include <unistd.h>
 
 namespace
 {
 
 constexpr std::size_t longestEmpty = 131072; // its header may hold a name and 64 KiB more
 
-std::string beginningOf(const std::string& path)
+std::string beginningOf(const HeldFile& file)
 {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::string bytes(longestEmpty, '\0');
-    std::size_t filled = 0;
-    while (file && filled < bytes.size()) {
-        const ssize_t size = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
-        if (size <= 0) {
-            break;
-        }
-        filled += static_cast<std::size_t>(size);
-    }
-    bytes.resize(filled);
+    std::string bytes(std::min<std::uint64_t>(longestEmpty, file.size()), '\0');
+    const ssize_t size = file.read(std::as_writable_bytes(std::span(bytes)), 0);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     return bytes;
 }
 
@@ -45,11 +36,11 @@ bool isEmptyGzip(std::string_view bytes)
 
 } // namespace
 
-bool beginsWithEmptyGzip(const std::string& path)
+bool beginsWithEmptyGzip(const HeldFile& file)
 {
     constexpr std::string_view border("\0\0\0\0\0\0\0\0\x1f\x8b", 10); // checksum and size of nothing, and the next one
     constexpr std::size_t ofTheNext = 2;
-    const std::string bytes = beginningOf(path);
+    const std::string bytes = beginningOf(file);
     for (std::size_t at = bytes.find(border); at != std::string::npos; at = bytes.find(border, at + 1)) {
         if (isEmptyGzip(std::string_view(bytes).substr(0, at + border.size() - ofTheNext))) {
             return true;

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
-#include <string>
+#include "client/firmware/HeldFile.h"
 
 // Does a file begin with one that gzip made of nothing, and go on with another that gzip made?
-[[nodiscard]] bool beginsWithEmptyGzip(const std::string& path);
+[[nodiscard]] bool beginsWithEmptyGzip(const HeldFile& file);

@@ -2,20 +2,16 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/firmware/GzipTrailer.h"
 
-#include "client/engine/Descriptor.h"
+#include "protocol/WireOrder.h"
 
 #include <array>
-#include <fcntl.h>
-#include <unistd.h>
 
-std::optional<std::uint32_t> sizeInGzipTrailer(const std::string& path)
+std::optional<std::uint32_t> sizeInGzipTrailer(const HeldFile& file)
 {
-    std::array<unsigned char, 4> bytes = {};
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!file || ::lseek(file.get(), -static_cast<off_t>(bytes.size()), SEEK_END) == -1 ||
-        ::read(file.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+    std::array<std::byte, 4> bytes = {};
+    if (file.size() < bytes.size() ||
+        file.read(bytes, file.size() - bytes.size()) != static_cast<ssize_t>(bytes.size())) {
         return std::nullopt;
     }
-    return bytes[0] | (std::uint32_t{bytes[1]} << 8) | (std::uint32_t{bytes[2]} << 16) |
-           (std::uint32_t{bytes[3]} << 24);
+    return readLittle32(bytes);
 }

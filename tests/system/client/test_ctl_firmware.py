@@ -182,3 +182,20 @@ def test_an_answer_in_the_middle_of_the_transfer_is_read(ctl: Ctl, scratch: Card
     answer = ctl.json("firmware", "upload", str(path), "rack1")
     assert answer.code == 3
     assert answer.result["category"] == "refused-by-card"
+
+
+def test_what_was_checked_is_what_every_card_gets(
+    ctl: Ctl, scratches: list[Card], good: str, tmp_path: Path
+) -> None:
+    """Somebody puts another archive under the name while the first card of two installs it."""
+    another = tmp_path / "another.tar.gz"
+    another.write_bytes(archive({"pnr/kernel": b"KERN-6.6.6\n"}))
+    first, second, _ = scratches
+    first.inside.hold("fwupgrade")
+    running = ctl.start("-o", "json", "firmware", "upgrade", "--batch", "1", good, "rack1", "rack2")
+    first.records.wait_call("fwupgrade", timeout=60)
+    another.rename(good)
+    first.inside.release("fwupgrade")
+    out, _ = running.communicate(timeout=120)
+    assert running.returncode == 0, out
+    assert second.inside.read("/etc/pnr/kernel") == "KERN-7.0.0\n"

@@ -243,6 +243,18 @@ TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedIsJudgedByWhatIsExpected)
 }
 
 // Each answers by the name that it is asked by, from one address: only --force goes on then.
+TEST_F(FirmwareCommandsTest, UpgradeSendsNothingOfAnArchiveThatChangedSinceItWasChecked)
+{
+    card.behave(versions, [this](const FakeCard::Request&) { // asked for behind the check, and before the upgrade
+        sandbox.write("/tmp/firmware.tar.gz", archiveBytes() + "more");
+        return old;
+    });
+    EXPECT_EQ(run({"-o", "json", "firmware", "upgrade", archive, "127.0.0.1"}), 10);
+    EXPECT_TRUE(outHas("\"changed\": false"));
+    EXPECT_TRUE(errHas("has changed since it was checked"));
+    EXPECT_TRUE(card.texts(upgrade).empty());
+}
+
 TEST_F(FirmwareCommandsTest, UpgradesOfOneCardNeverOverlap)
 {
     card.behave(ipGet, [](const FakeCard::Request& request) {
