@@ -122,10 +122,15 @@ int sendNothing(const sockaddr_in& to)
     return sent ? 0 : errno;
 }
 
-Task<Entry> watchTable(const Wire& wire, in_addr address, State enough, TimePoint deadline)
+// `wasThere`: the table had an entry already. One that goes was asked for in vain, and forgotten then.
+Task<Entry> watchTable(const Wire& wire, in_addr address, State enough, TimePoint deadline, bool wasThere = false)
 {
     for (;;) {
         Entry entry = lookUp(address);
+        if (entry.state == State::none && wasThere) {
+            entry.state = State::asked;
+        }
+        wasThere = entry.state != State::none;
         if (entry.state >= enough || Clock::now() >= deadline) {
             co_return entry;
         }
@@ -186,7 +191,7 @@ Task<Neighbour> seekNeighbour(const Wire& wire, std::string address, std::vector
     const bool isKnown = known.contains(entry.linkAddress);
     if (entry.state == State::old && !isKnown) {
         sendNothing(to);
-        entry = co_await watchTable(wire, to.sin_addr, State::confirmed, after(confirmation));
+        entry = co_await watchTable(wire, to.sin_addr, State::confirmed, after(confirmation), true);
     }
     co_return neighbourIn(entry, isKnown);
 }

@@ -12,6 +12,7 @@ import tarvelsim
 from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
 from tarvelsim import Card
+from tarvelsim.waiting import wait_for
 
 pytestmark = pytest.mark.usefixtures("bystanders")
 
@@ -33,6 +34,10 @@ def neighbours(*words: str) -> list[dict[str, Any]]:
     told = subprocess.run(command, capture_output=True, text=True, check=True)
     found: list[dict[str, Any]] = json.loads(told.stdout or "[]")
     return found
+
+
+def states(address: str) -> list[str]:
+    return [state for entry in neighbours("show", address) for state in entry["state"]]
 
 
 def link_address(card: Card) -> str:
@@ -143,6 +148,18 @@ def test_a_dry_run_asks_nobody(ctl: Ctl, rack: list[Card]) -> None:
 def test_a_host_that_has_gone_leaves_its_address_free(ctl: Ctl, scratch: Card, rack: list[Card], known: Known) -> None:
     known(rack[1], "stale")
     assert set_eth1(ctl, SPARE).result["address_state"] == "free"
+
+
+def test_a_host_that_the_table_has_forgotten_leaves_its_address_free(
+    ctl: Ctl, scratch: Card, rack: list[Card], known: Known
+) -> None:
+    """The kernel asks for it in vain, and then drops the entry before anybody has looked again."""
+    known(rack[1], "stale")
+    running = ctl.start("-o", "json", "ip", "set", "--if", "VemkEth1", "--static", f"{SPARE}/24", "rack1")
+    wait_for(lambda: states(SPARE) != ["STALE"], 60, lambda: "nothing is sent to the address")
+    neighbours("delete", SPARE)
+    out, _ = running.communicate(timeout=120)
+    assert Answer(running.returncode, out, "").result["address_state"] == "free"
 
 
 @pytest.mark.usefixtures("untouched")
