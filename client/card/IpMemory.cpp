@@ -59,6 +59,7 @@ std::optional<RememberedIp> entryIn(const std::string& line)
 
 bool rememberIp(const std::string& card, const InterfaceConfig& interface, std::int64_t now)
 {
+    const StateLock alone;
     std::string text = lineOf({interface, now});
     std::map<std::string, std::size_t> kept = {{interface.name, 1}};
     for (const RememberedIp& former : rememberedIps(card)) {

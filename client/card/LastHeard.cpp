@@ -57,7 +57,13 @@ std::string LastHeard::text() const
 
 void LastHeard::save() const
 {
-    static_cast<void>(replaceStateFile(fileName, text()));
+    const StateLock alone;
+    LastHeard all = load();
+    for (const auto& [word, hearing] : hearings) {
+        Hearing& known = all.hearings[word];
+        known = hearing.moment < known.moment ? known : hearing;
+    }
+    static_cast<void>(replaceStateFile(fileName, all.text()));
 }
 
 std::string ageText(std::int64_t seconds)

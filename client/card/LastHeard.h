@@ -25,7 +25,8 @@ public:
     [[nodiscard]] std::optional<Hearing> of(const std::string& name) const;
     void note(const std::string& name, std::string address, std::int64_t moment);
     [[nodiscard]] std::string text() const;
-    // Replaces what was remembered. A failure is none of the user's concern: the next run knows less.
+    // Adds to what is remembered, by other runs meanwhile, too. A failure is none of the user's concern: the next run
+    // knows less.
     void save() const;
 
 private:

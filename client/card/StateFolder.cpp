@@ -4,8 +4,10 @@
 
 #include <cctype>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fmt/core.h>
 #include <fstream>
+#include <sys/file.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -27,6 +29,19 @@ std::string plainWord(std::string_view name)
         word += std::isalnum(code) != 0 || letter == '-' ? std::string(1, letter) : fmt::format("%{:02x}", code);
     }
     return word;
+}
+
+StateLock::StateLock()
+{
+    if (stateFolder().empty()) {
+        return;
+    }
+    std::error_code ignored; // the file cannot be opened then
+    std::filesystem::create_directories(stateFolder(), ignored);
+    file = Descriptor(::open((stateFolder() / ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    if (file) {
+        static_cast<void>(::flock(file.get(), LOCK_EX));
+    }
 }
 
 bool replaceStateFile(const std::string& name, std::string_view text)

@@ -8,6 +8,7 @@
 #include <fmt/core.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <thread>
 
 namespace
 {
@@ -32,6 +33,19 @@ protected:
 
     std::filesystem::path folder;
 };
+
+TEST_F(IpMemoryTest, KeepsWhatTwoRunsRememberAtOnce)
+{
+    const auto rememberSome = [](const std::string& interface) {
+        for (int number = 1; number <= 8; ++number) {
+            EXPECT_TRUE(rememberIp("card1", having(interface, number), number));
+        }
+    };
+    std::thread other(rememberSome, "VemkEth2");
+    rememberSome("VemkEth1");
+    other.join();
+    EXPECT_EQ(rememberedIps("card1").size(), 16U);
+}
 
 TEST_F(IpMemoryTest, KnowsNothingOfACardThatWasNotChanged)
 {

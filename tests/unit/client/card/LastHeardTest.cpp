@@ -2,7 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/LastHeard.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace
 {
@@ -23,6 +27,38 @@ TEST(LastHeardTest, TakesWhatCanBeReadOfABrokenFile)
 {
     EXPECT_TRUE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card1"));
     EXPECT_FALSE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card2"));
+}
+
+class SavedLastHeardTest : public testing::Test
+{
+protected:
+    SavedLastHeardTest() : folder(testing::TempDir() + fmt::format("last-heard-{}", ::getpid()))
+    {
+        ::setenv("XDG_STATE_HOME", folder.c_str(), 1);
+    }
+    ~SavedLastHeardTest() override
+    {
+        ::unsetenv("XDG_STATE_HOME");
+        std::filesystem::remove_all(folder);
+    }
+
+    std::filesystem::path folder;
+};
+
+TEST_F(SavedLastHeardTest, ForgetsNothingThatAnotherRunHasSavedMeanwhile)
+{
+    LastHeard one = LastHeard::load();
+    LastHeard other = LastHeard::load();
+    one.note("card1", "10.0.0.11", 100);
+    one.note("card2", "10.0.0.12", 100);
+    other.note("card2", "10.0.0.99", 90);
+    other.note("card3", "10.0.0.13", 100);
+    one.save();
+    other.save();
+    const LastHeard saved = LastHeard::load();
+    EXPECT_EQ(saved.of("card1").value().address, "10.0.0.11");
+    EXPECT_EQ(saved.of("card2").value().address, "10.0.0.12"); // the later of the two
+    EXPECT_EQ(saved.of("card3").value().address, "10.0.0.13");
 }
 
 TEST(LastHeardTest, TellsAnAgeInOneUnit)
