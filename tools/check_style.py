@@ -183,11 +183,12 @@ def is_built(root: Path, name: str) -> bool:
 
 
 def untested_handlers(root: Path) -> Iterator[str]:
-    """Coverage is counted over all of src/, where one file without a test is not noticed."""
-    for source in sorted((root / "src/services").glob("*.cpp")):
-        test = f"tests/unit/services/{source.stem}Test.cpp"
-        if not (root / test).is_file():
-            yield f"src/services/{source.name}: there is no {test}"
+    """Coverage is counted over all of src/ and of client/, where one file without a test is not noticed."""
+    for room, tests in (("src/services", "tests/unit/services"), ("client/messages", "tests/unit/client/messages")):
+        for source in sorted((root / room).glob("*.cpp")):
+            test = f"{tests}/{source.stem}Test.cpp"
+            if not (root / test).is_file():
+                yield f"{room}/{source.name}: there is no {test}"
 
 
 def unlisted_makers(root: Path) -> Iterator[str]:

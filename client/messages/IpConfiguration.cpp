@@ -2,10 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/messages/IpConfiguration.h"
 
+#include "client/messages/ReplyXml.h"
 #include "client/model/Failure.h"
 #include "client/model/Ipv4.h"
 #include "client/xml/TolerantScanner.h"
-#include "client/xml/XmlElement.h"
 #include "client/xml/XmlText.h"
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/messages/Versions.h"
 
+#include "client/messages/ReplyXml.h"
 #include "client/model/Failure.h"
 #include "client/xml/TolerantScanner.h"
-#include "client/xml/XmlElement.h"
 
 #include <array>
 #include <optional>

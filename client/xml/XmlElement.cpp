@@ -71,8 +71,3 @@ std::optional<XmlElement> parseXml(const std::string& text)
     const xmlNode* root = xmlDocGetRootElement(document.get());
     return root == nullptr ? std::nullopt : convert(document.get(), *root, 1);
 }
-
-std::optional<XmlElement> parseReplyXml(const std::string& text)
-{
-    return text.find('&') == std::string::npos ? parseXml(text) : std::nullopt;
-}

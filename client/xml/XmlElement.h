@@ -20,6 +20,3 @@ struct XmlElement {
 // The document as XML prescribes it; nothing if it is not well formed, has a document type, or is nested deeper than
 // any message.
 [[nodiscard]] std::optional<XmlElement> parseXml(const std::string& text);
-
-// The same for what a card wrote. It escapes nothing, so an & stands for itself, and such a text is no XML.
-[[nodiscard]] std::optional<XmlElement> parseReplyXml(const std::string& text);

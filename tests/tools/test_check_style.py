@@ -131,11 +131,15 @@ def test_a_forgotten_test_is_refused(tmp_path: Path) -> None:
 
 
 def test_a_handler_without_a_test_is_refused(tmp_path: Path) -> None:
-    for name in ("src/services/One.cpp", "src/services/Two.cpp", "tests/unit/services/OneTest.cpp"):
+    for name in (
+        "src/services/One.cpp", "src/services/Two.cpp", "tests/unit/services/OneTest.cpp",
+        "client/messages/Three.cpp", "client/messages/Four.cpp", "tests/unit/client/messages/FourTest.cpp",
+    ):  # fmt: skip
         (tmp_path / name).parent.mkdir(parents=True, exist_ok=True)
         (tmp_path / name).touch()
     assert list(check_style.untested_handlers(tmp_path)) == [
-        "src/services/Two.cpp: there is no tests/unit/services/TwoTest.cpp"
+        "src/services/Two.cpp: there is no tests/unit/services/TwoTest.cpp",
+        "client/messages/Three.cpp: there is no tests/unit/client/messages/ThreeTest.cpp",
     ]
 
 
