@@ -156,6 +156,12 @@ TEST_F(TcpSocketSendTest, SendWritesPiecesUntilAllAreOut)
     EXPECT_EQ(callsTo("send"), (Texts{"20", "12", "11"}));
 }
 
+TEST_F(TcpSocketSendTest, SendWritesASingleByte)
+{
+    EXPECT_EQ(peer.send(twenty.data(), 1, 0), 1);
+    EXPECT_EQ(callsTo("send"), Texts{"1"});
+}
+
 TEST_F(TcpSocketSendTest, SendHandsItsFlagsOn)
 {
     peer.send(twenty.data(), size, MSG_MORE);
