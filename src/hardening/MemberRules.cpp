@@ -3,6 +3,7 @@
 #include "hardening/MemberRules.h"
 
 #include <algorithm>
+#include <array>
 #include <string_view>
 #include <vector>
 
@@ -74,13 +75,53 @@ bool isControl(char letter)
     return code < 0x20 || code == 0x7F;
 }
 
-// U+0080 to U+009F, which some terminals obey.
+struct ByteRange {
+    unsigned char first;
+    unsigned char last;
+};
+
+bool isIn(ByteRange range, char letter)
+{
+    const auto code = static_cast<unsigned char>(letter);
+    return code >= range.first && code <= range.last;
+}
+
+// How a character of several bytes in UTF-8 begins, and how many follow the second one.
+struct Start {
+    ByteRange lead;
+    ByteRange second;
+    std::size_t others;
+};
+
+constexpr ByteRange continuation{0x80, 0xBF};
+constexpr std::array starts = {
+    Start{{0xC2, 0xDF}, continuation, 0}, Start{{0xE0, 0xE0}, {0xA0, 0xBF}, 1}, Start{{0xE1, 0xEC}, continuation, 1},
+    Start{{0xED, 0xED}, {0x80, 0x9F}, 1}, Start{{0xEE, 0xEF}, continuation, 1}, Start{{0xF0, 0xF0}, {0x90, 0xBF}, 2},
+    Start{{0xF1, 0xF3}, continuation, 2}, Start{{0xF4, 0xF4}, {0x80, 0x8F}, 2},
+};
+
+// The bytes at the front of the text that are one character in UTF-8; a single one if they are none.
+std::string_view characterOf(std::string_view text)
+{
+    const auto start = std::ranges::find_if(starts, [&](const Start& one) { return isIn(one.lead, text.front()); });
+    if (start == starts.end() || text.size() < start->others + 2 || !isIn(start->second, text[1])) {
+        return text.substr(0, 1);
+    }
+    const auto isMore = [](char letter) { return isIn(continuation, letter); };
+    return text.substr(0, std::ranges::all_of(text.substr(2, start->others), isMore) ? start->others + 2 : 1);
+}
+
+// What some terminals obey: U+0080 to U+009F, or a single byte of that number.
 bool hasLateControl(std::string_view text)
 {
-    for (std::size_t at = text.find('\xC2'); at != std::string_view::npos; at = text.find('\xC2', at + 1)) {
-        if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0) {
+    constexpr ByteRange late{0x80, 0x9F};
+    while (!text.empty()) {
+        const std::string_view character = characterOf(text);
+        const bool holdsCode = character.size() == 1 || character.starts_with('\xC2');
+        if (holdsCode && isIn(late, character.back())) {
             return true;
         }
+        text.remove_prefix(character.size());
     }
     return false;
 }

@@ -57,11 +57,15 @@ TEST(MemberRulesTest, ASetuidBitIsRefused)
 
 TEST(MemberRulesTest, ControlCharactersAreRefused)
 {
-    for (const char* name : {"pnr/a\nb", "pnr/\x1b[2J", "a\x7f", "a\xc2\x9b"}) {
+    for (const char* name : {"pnr/a\nb", "pnr/\x1b[2J", "a\x7f", "a\xc2\x9b",
+                             "a\x9b"
+                             "2J",
+                             "\x80", "\xc3\xa4\x9f", "\xe2\x82\x82\x82"}) {
         EXPECT_FALSE(accepts(name)) << name;
     }
     EXPECT_FALSE(acceptsLink("pnr/link", "a\nb"));
     EXPECT_TRUE(accepts("pnr/\xc3\xa4\xc2\xa0"));
+    EXPECT_TRUE(accepts("pnr/\xc3\x9f\xe2\x82\xac\xf0\x9f\x9b\x92")); // whose later bytes alone would be controls
 }
 
 TEST(MemberRulesTest, AnOptionIsRefusedAsAName)
