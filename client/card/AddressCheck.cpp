@@ -14,7 +14,7 @@ constexpr Seconds patience{1}; // for a host to tell its link-layer address
 
 } // namespace
 
-Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::string> present, bool isOwn) const
+Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::string> present, Claim claim) const
 {
     if (isOwnAddress(address)) {
         co_return AddressFinding{"in use", fmt::format("{} is this machine's own address", address)};
@@ -27,19 +27,22 @@ Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::st
     if (!network.admitsProbes()) {
         co_return AddressFinding{"not checked", ""};
     }
-    AddressFinding finding = co_await lookForHosts(address, present, isOwn);
+    AddressFinding finding = co_await lookForHosts(address, present, claim);
     co_return finding;
 }
 
-Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector<std::string> present, bool isOwn) const
+// The host at an address that the card only states need not be the card.
+Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector<std::string> present,
+                                                Claim claim) const
 {
     const int answers = co_await answersFrom(address);
-    if (answers > (isOwn ? 1 : 0)) {
+    if (answers > (claim == Claim::heard ? 1 : 0)) {
         co_return AddressFinding{"in use", fmt::format("another card has {} already", address)};
     }
-    if (isOwn) {
+    if (claim == Claim::heard) {
         co_return AddressFinding{"its own", ""};
     }
+    std::erase(present, address);
     const Neighbour host = co_await network.seekNeighbour(address, present, patience);
     if (host.state == Neighbour::State::present) {
         co_return AddressFinding{"in use", fmt::format("a host has {} already", address)};

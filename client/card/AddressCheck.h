@@ -14,6 +14,10 @@ struct AddressFinding {
     std::string objection; // why the card should not get it; empty if nothing speaks against it
 };
 
+// What a card has to do with an address: nothing, its settings say that the interface has it, or it answers from it,
+// too.
+enum class Claim { none, stated, heard };
+
 // Looks whether the address is this machine's, is in one of its networks, and whether a card answers a probe from it,
 // or any host has it. A dry run sends nothing, and `probe` tells whether cards may be asked.
 class AddressCheck
@@ -21,12 +25,12 @@ class AddressCheck
 public:
     AddressCheck(Network& newNetwork, bool newProbe) : network(newNetwork), probe(newProbe) {}
 
-    // `present` is what the interface has now, and `isOwn` tells that the card has the address already.
-    Task<AddressFinding> look(std::string address, std::vector<std::string> present, bool isOwn) const;
+    // `present` is what the card says that the interface has now.
+    Task<AddressFinding> look(std::string address, std::vector<std::string> present, Claim claim) const;
 
 private:
     Task<int> answersFrom(std::string address) const;
-    Task<AddressFinding> lookForHosts(std::string address, std::vector<std::string> present, bool isOwn) const;
+    Task<AddressFinding> lookForHosts(std::string address, std::vector<std::string> present, Claim claim) const;
 
     Network& network;
     bool probe;

@@ -72,10 +72,18 @@ bool IpEvidence::isContrary(int question, const CardIp& answer) const
 bool IpEvidence::isProof(int question, const CardIp& answer) const
 {
     if (wanted.mode == IpMode::fixed) {
-        return wanted.address == answer.address;
+        return wanted.address == answer.address && !isOfAnother(answer);
     }
     return wanted.mode == IpMode::dhcp && !isSentAsStated(answer) && !isFromFormer(answer) &&
            (isNewLease(answer) || leases.areAll(question, answer, formerAddresses()));
+}
+
+// The card may have sent it over its other interface, which says that it has the same address.
+bool IpEvidence::isOfAnother(const CardIp& answer) const
+{
+    return std::ranges::any_of(answer.configuration.interfaces, [&](const InterfaceConfig& one) {
+        return one.name != wanted.name && contains(addressesOf(one), answer.address);
+    });
 }
 
 // The lease of another DHCP interface was heard before; unless nobody listened.

@@ -48,6 +48,7 @@ private:
     [[nodiscard]] bool isFromFormer(const CardIp& answer) const;
     [[nodiscard]] bool isContrary(int question, const CardIp& answer) const;
     [[nodiscard]] bool isProof(int question, const CardIp& answer) const;
+    [[nodiscard]] bool isOfAnother(const CardIp& answer) const;
     [[nodiscard]] bool isNewLease(const CardIp& answer) const;
     [[nodiscard]] bool isSilent() const;
 

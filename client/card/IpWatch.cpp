@@ -14,6 +14,7 @@ namespace
 constexpr Seconds firstPatience{1};
 constexpr Seconds longestPatience{8};
 constexpr double growth = 1.5;
+constexpr int enoughQuestions = 3; // for a card to have had its turn over each interface
 
 // Nothing if it makes no sense: a network that restarts gives that.
 std::optional<CardIp> readable(const CardReply& reply)
@@ -87,4 +88,16 @@ bool IpWatch::judge(const Datagram& datagram, const Hear& hear)
         return hear(static_cast<int>(index), answer);
     }
     return false;
+}
+
+Task<bool> isHeardFrom(Network& network, std::string card, std::string address)
+{
+    IpWatch watch(network, std::move(card), Seconds(0));
+    bool isHeard = false;
+    const auto hear = [&](int question, const std::optional<CardIp>& answer) {
+        isHeard = isHeard || (answer && answer->address == address);
+        return isHeard || question >= enoughQuestions;
+    };
+    co_await watch.run(hear, network.deadline());
+    co_return isHeard;
 }

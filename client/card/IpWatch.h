@@ -40,3 +40,6 @@ private:
     Seconds patience; // with the last question
     TimePoint nextQuestion;
 };
+
+// Does the card of that name answer from this address? It is asked until it has had its turn over each interface.
+Task<bool> isHeardFrom(Network& network, std::string card, std::string address);

@@ -3,11 +3,12 @@
 #include "client/commands/AddressCare.h"
 
 #include "client/card/AddressCheck.h"
+#include "client/card/IpWatch.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
+#include "client/model/Contains.h"
 #include "client/output/Console.h"
 
-#include <algorithm>
 #include <fmt/core.h>
 #include <string>
 #include <vector>
@@ -27,25 +28,54 @@ std::vector<std::string> presentAddresses(const std::optional<IpConfiguration>& 
     return interface != nullptr ? addressesOf(*interface) : std::vector<std::string>();
 }
 
-bool hasAddress(const std::optional<IpConfiguration>& card, const std::string& address)
+// Nothing if there is none.
+std::string otherWith(const std::string& address, const std::optional<IpConfiguration>& card, const std::string& name)
 {
-    return card && std::ranges::any_of(card->interfaces, [&](const InterfaceConfig& interface) {
-               const std::vector<std::string> addresses = addressesOf(interface);
-               return std::ranges::find(addresses, address) != addresses.end();
-           });
+    for (const InterfaceConfig& interface : card ? card->interfaces : std::vector<InterfaceConfig>()) {
+        if (interface.name != name && contains(addressesOf(interface), address)) {
+            return interface.name;
+        }
+    }
+    return "";
+}
+
+// The settings alone would tell it also of a card whose cable is out, and whose address another has meanwhile.
+Task<Claim> claimOf(Network& network, std::string card, std::string address, std::vector<std::string> present)
+{
+    if (!contains(present, address)) {
+        co_return Claim::none;
+    }
+    if (!network.admitsProbes()) {
+        co_return Claim::stated;
+    }
+    const bool isHeard = co_await isHeardFrom(network, std::move(card), std::move(address));
+    co_return isHeard ? Claim::heard : Claim::stated;
+}
+
+Task<AddressFinding> lookAt(Context& context, std::string card, InterfaceConfig wanted,
+                            std::optional<IpConfiguration> now)
+{
+    const std::string other = otherWith(*wanted.address, now, wanted.name);
+    if (!other.empty()) {
+        co_return AddressFinding{"in use", fmt::format("{} is the address of {}", *wanted.address, other)};
+    }
+    const std::vector<std::string> present = presentAddresses(now, wanted.name);
+    const AddressCheck check(context.network, !context.options.noProbe);
+    const Claim claim = co_await claimOf(context.network, std::move(card), *wanted.address, present);
+    AddressFinding finding = co_await check.look(*wanted.address, present, claim);
+    co_return finding;
 }
 
 } // namespace
 
 // A card that gets another host's address is lost with it, and what is meant for the one reaches the other.
-Task<void> lookAtAddress(Context& context, InterfaceConfig wanted, std::optional<IpConfiguration> now, Result& result)
+Task<void> lookAtAddress(Context& context, std::string card, InterfaceConfig wanted, std::optional<IpConfiguration> now,
+                         Result& result)
 {
     if (!wanted.address) {
         co_return;
     }
-    const AddressCheck check(context.network, !context.options.noProbe);
-    const AddressFinding finding =
-        co_await check.look(*wanted.address, presentAddresses(now, wanted.name), hasAddress(now, *wanted.address));
+    const AddressFinding finding = co_await lookAt(context, std::move(card), wanted, std::move(now));
     result.add("address_state", finding.state);
     if (finding.objection.empty()) {
         co_return;

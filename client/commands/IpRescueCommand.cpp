@@ -147,7 +147,7 @@ protected:
         const std::optional<IpConfiguration> now = toldBy(target);
         announce(context, target, wanted, now, result);
         refuseHealthy(context, target);
-        co_await lookAtAddress(context, wanted.settings, now, result);
+        co_await lookAtAddress(context, target.name, wanted.settings, now, result);
         ConsoleObserver observer(context.console, target.label);
         IpChange change(context.network, observer, target.name);
         co_await change.lookBefore(wanted.settings, settingsOf(now, wanted.settings.name));
@@ -207,8 +207,9 @@ private:
         result.add("time", timeCell(wanted));
         result.add("age", ageCell(wanted));
         const std::string since = wanted.time ? fmt::format(", as {} ago", ageText(secondsNow() - *wanted.time)) : "";
-        context.console.note(fmt::format("{}: {}\n  now:    {}\n  wanted: {}{}", target.label, settings.name, now,
-                                         describe(settings), since));
+        context.console.note(fmt::format("{}: {}", target.label, settings.name));
+        context.console.note(fmt::format("  now:    {}", now));
+        context.console.note(fmt::format("  wanted: {}{}", describe(settings), since));
     }
 
     // A card that works would be moved without a way back.

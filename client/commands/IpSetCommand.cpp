@@ -97,7 +97,7 @@ protected:
             result.hint = "the card has this configuration already";
             co_return;
         }
-        co_await lookAtAddress(context, wanted, now, result);
+        co_await lookAtAddress(context, target.name, wanted, now, result);
         agree(context, plan);
         if (plan.rollback && !context.options.dryRun && !rememberIp(target.name, *plan.rollback, secondsNow())) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");
@@ -130,8 +130,10 @@ private:
         result.add("now", now);
         result.add("wanted", describe(plan.wanted));
         result.add("effect", effect);
-        context.console.note(fmt::format("{}: {}\n  now:    {}\n  wanted: {}\n  effect: {}", target.label,
-                                         plan.wanted.name, now, describe(plan.wanted), effect));
+        context.console.note(fmt::format("{}: {}", target.label, plan.wanted.name));
+        context.console.note(fmt::format("  now:    {}", now));
+        context.console.note(fmt::format("  wanted: {}", describe(plan.wanted)));
+        context.console.note(fmt::format("  effect: {}", effect));
     }
 
     // One question at a time, and none while other cards are being waited for.

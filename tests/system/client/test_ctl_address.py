@@ -137,6 +137,33 @@ def test_a_card_keeps_its_address(ctl: Ctl, scratch: Card) -> None:
     assert (answer.code, answer.result["address_state"]) == (0, "its own")
 
 
+@pytest.fixture
+def taken_over(scratch: Card, rack: list[Card]) -> Iterator[str]:
+    """The address of a card whose cable is out, which another has meanwhile."""
+    address = scratch.address("eth0") or ""
+    scratch.set_link("eth0", False)
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    yield address
+    scratch.set_link("eth0", True)
+    rack[1].reset()
+
+
+@pytest.mark.parametrize(("options", "who"), [((), "another card has"), (("--no-probe",), "a host has")])
+def test_what_a_card_only_says_that_it_has_is_not_its_own(
+    ctl: Ctl, rack: list[Card], taken_over: str, options: tuple[str, ...], who: str
+) -> None:
+    before = Snapshot(rack)
+    expect_refused(set_eth1(ctl, taken_over, *options, gateway=",10.0.0.1"), "in use", who)
+    assert Snapshot(rack) == before
+
+
+def test_an_address_of_the_other_interface_needs_force(ctl: Ctl, rack: list[Card]) -> None:
+    before = Snapshot(rack)
+    expect_refused(set_eth1(ctl, rack[0].address("eth1") or ""), "in use", "is the address of VemkEth2")
+    assert Snapshot(rack) == before
+
+
 @pytest.mark.usefixtures("untouched")
 def test_a_dry_run_asks_nobody(ctl: Ctl, rack: list[Card]) -> None:
     mark = rack[1].records.log_mark()

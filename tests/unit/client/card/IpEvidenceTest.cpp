@@ -52,6 +52,14 @@ TEST(IpEvidenceTest, AnAnswerFromTheNewAddressProvesIt)
     EXPECT_TRUE(evidence.isEnough());
 }
 
+TEST(IpEvidenceTest, TheAddressOfTheOtherInterfaceProvesNothing)
+{
+    const InterfaceConfig sameEth2 = {"VemkEth2", IpMode::fixed, "10.0.0.11", "255.255.255.0", std::nullopt};
+    IpEvidence evidence(sameEth2, audible);
+    hearEachTime(evidence, 3, answer(sameEth2, "10.0.0.11"));
+    EXPECT_EQ(evidence.proof(), Proof::stored);
+}
+
 TEST(IpEvidenceTest, TheSettingsAloneProveNothing)
 {
     IpEvidence evidence(wantedEth2, audible);

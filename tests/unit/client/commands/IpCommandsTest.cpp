@@ -73,13 +73,22 @@ TEST_F(IpCommandsTest, SetSeesTheChangeThrough)
     EXPECT_TRUE(errHas("  now:    Static 10.0.0.9/255.0.0.0\n  wanted: Dhcp\n"));
 }
 
-TEST_F(IpCommandsTest, SetKnowsEachOfSeveralAddressesForTheCardsOwn)
+TEST_F(IpCommandsTest, SetTakesNoAddressForTheCardsOwnThatTheCardIsNotHeardFrom)
 {
     const FakeInterface lan("lan0", "192.0.2.1", "255.255.255.0");
     card.answer(ipGet, says(ipXmlWith(R"(<Interface Name="VemkEth1" Mode="Static" )"
                                       R"(Address="192.0.2.5/24 192.0.2.7/24"/>)")));
-    set({"--static", "192.0.2.7/24", "--wait", "1"}, {"--yes"});
-    EXPECT_TRUE(outHas("\"address_state\": \"its own\"")) << out << err;
+    EXPECT_EQ(set({"--static", "192.0.2.7/24", "--wait", "1"}, {"--yes"}), 2);
+    EXPECT_FALSE(outHas("\"address_state\": \"its own\"")) << out << err;
+    EXPECT_TRUE(card.texts(ipSet).empty());
+}
+
+TEST_F(IpCommandsTest, SetTakesTheAddressOfTheOtherInterfaceOnlyWithForce)
+{
+    EXPECT_EQ(set({"--static", "10.0.1.11/24", "--wait", "1"}), 2);
+    EXPECT_TRUE(outHas("\"category\": \"needs-force\"")) << out;
+    EXPECT_TRUE(outHas("10.0.1.11 is the address of VemkEth2; nothing was sent")) << out;
+    EXPECT_TRUE(card.texts(ipSet).empty());
 }
 
 TEST_F(IpCommandsTest, SetDoesNothingThatIsDoneAlready)
