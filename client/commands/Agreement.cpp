@@ -7,6 +7,7 @@
 #include "client/model/Failure.h"
 #include "client/model/Ranges.h"
 #include "client/output/Console.h"
+#include "client/output/Printable.h"
 
 #include <algorithm>
 #include <fmt/core.h>
@@ -26,7 +27,7 @@ std::string textOf(const ChangePlan& plan)
     }
     std::string text = plan.title;
     for (const auto& [about, cards] : groups) {
-        text += fmt::format("\n  {}{}{}", foldRanges(cards), about.empty() ? "" : ": ", about);
+        text += fmt::format("\n  {}{}{}", printable(foldRanges(cards)), about.empty() ? "" : ": ", printable(about));
     }
     return text;
 }

@@ -37,9 +37,8 @@ Console::Console(bool isQuiet, bool isVerbose)
 {
 }
 
-void Console::line(std::string_view label, std::string_view colour, std::string_view said) const
+void Console::line(std::string_view label, std::string_view colour, std::string_view text) const
 {
-    const std::string text = printableLines(said);
     std::fflush(stdout); // keeps the order when both go to one place
     if (coloured && !colour.empty()) {
         writeMessage(fmt::format("{}{}{}\x1b[0m{}\n", terminal ? eraseLine : "", colour, label, text));
@@ -51,24 +50,24 @@ void Console::line(std::string_view label, std::string_view colour, std::string_
 void Console::note(std::string_view text) const
 {
     if (!quiet) {
-        line("", "", text);
+        line("", "", printable(text));
     }
 }
 
 void Console::warning(std::string_view text) const
 {
-    line("warning: ", "\x1b[33m", text);
+    line("warning: ", "\x1b[33m", printable(text));
 }
 
 void Console::error(std::string_view text) const
 {
-    line("error: ", "\x1b[31m", text);
+    line("error: ", "\x1b[31m", printableLines(text));
 }
 
 void Console::trace(std::string_view text) const
 {
     if (verbose) {
-        line("", "", text);
+        line("", "", printableLines(text));
     }
 }
 

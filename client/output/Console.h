@@ -14,10 +14,13 @@ class Console
 public:
     Console(bool quiet, bool verbose);
 
+    // One line, whatever a card says in it.
     void note(std::string_view text) const;    // silenced by --quiet
     void warning(std::string_view text) const; // "warning: ..."
-    void error(std::string_view text) const;   // "error: ..."
-    void trace(std::string_view text) const;   // only with --verbose
+
+    // Perhaps several lines.
+    void error(std::string_view text) const; // "error: ..."
+    void trace(std::string_view text) const; // only with --verbose
 
     // The state of jobs is one line that replaces itself, on a terminal only: somebody has to draw it now and then.
     void expectJobs(std::size_t number) { board.expect(number); }
@@ -35,7 +38,7 @@ public:
     [[nodiscard]] static bool isAnsweredYes();
 
 private:
-    void line(std::string_view label, std::string_view colour, std::string_view said) const;
+    void line(std::string_view label, std::string_view colour, std::string_view text) const;
 
     bool quiet;
     bool verbose;

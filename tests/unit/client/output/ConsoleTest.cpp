@@ -57,6 +57,15 @@ TEST(ConsoleTest, ShowsWhatCouldSteerATerminalAsText)
     EXPECT_EQ(text.front(), 'a');
 }
 
+TEST(ConsoleTest, ANoteAndAWarningStayOneLine)
+{
+    testing::internal::CaptureStderr();
+    const Console console(false, false);
+    console.note("a\nb");
+    console.warning("c\nd");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "a\\x0ab\nwarning: c\\x0ad\n");
+}
+
 TEST(ConsoleTest, CannotAskWithoutATerminal)
 {
     testing::internal::CaptureStderr();
