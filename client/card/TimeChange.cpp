@@ -34,7 +34,6 @@ Failure notTaken(std::string hint)
 
 void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passed)
 {
-    constexpr double tolerance = 2; // seconds; the card tells whole ones
     const TimeReference& seen = reading.reference;
     if (seen.mode != wanted.mode) {
         throw notTaken(fmt::format("the card is in mode {}, not {}", wordOf(seen.mode), wordOf(wanted.mode)));
@@ -42,9 +41,8 @@ void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passe
     if (seen.server != (wanted.server.empty() ? noNtpServer : wanted.server)) {
         throw notTaken(fmt::format("the card has the server \"{}\", not \"{}\"", seen.server, wanted.server));
     }
-    const auto off = static_cast<double>(seen.time - wanted.time);
-    if (wanted.mode == TimeMode::manual && (off < -tolerance || off > passed.count() + tolerance)) {
-        throw notTaken(fmt::format("the card's clock is {:.0f} s from what it was set to", off));
+    if (wanted.mode == TimeMode::manual && !isSameClock(wanted.time, seen.time, passed)) {
+        throw notTaken(fmt::format("the card's clock is {} s from what it was set to", seen.time - wanted.time));
     }
 }
 
@@ -92,6 +90,13 @@ Seconds timeToAnswer(const Network& network, TimeMode wanted)
 {
     constexpr Seconds forScripts{60}; // chosen
     return wanted == TimeMode::ntp ? network.timeoutOr(forScripts) : network.retryPolicy().timeout;
+}
+
+bool isSameClock(std::int64_t then, std::int64_t now, Seconds passed)
+{
+    constexpr double tolerance = 2; // seconds
+    const auto off = static_cast<double>(now - then);
+    return off >= -tolerance && off <= passed.count() + tolerance;
 }
 
 Task<TimeOutcome> setTimeReference(Network& network, Endpoint endpoint, TimeRequest wanted, TimeProgress& progress)

@@ -66,6 +66,7 @@ protected:
         const TimeRequest wanted = planTime(before.reference, due, context.options.unsafeRaw);
         tellWhatGoes(context, target, before.reference, wanted);
         TimeProgress progress;
+        const TimePoint start = Clock::now();
         result.changed = std::nullopt; // until the card tells
         try {
             const TimeOutcome outcome = co_await setTimeReference(context.network, endpoint, wanted, progress);
@@ -73,8 +74,7 @@ protected:
             result.changed = whatChanged(before.reference, progress.reading->reference, outcome);
         } catch (Failure& failure) {
             show(progress.reading, result);
-            result.changed = whatChanged(before.reference, progress, failure);
-            tellWhatChanged(before.reference, progress.reading, failure);
+            judge(before.reference, wanted, progress, Clock::now() - start, failure, result);
             throw;
         }
         show(progress.reading, result);
@@ -114,29 +114,48 @@ private:
         return outcome == TimeOutcome::done || isAnother(before, now) ? std::optional(true) : std::nullopt;
     }
 
-    static std::optional<bool> whatChanged(const TimeReference& before, const TimeProgress& progress,
-                                           const Failure& failure)
+    // Did a card that refuses set its clock before? Nothing if nobody knows: it may have shown that time anyway.
+    static std::optional<bool> wasClockSet(const TimeReference& before, const TimeRequest& wanted,
+                                           const TimeReference& now, Seconds passed)
     {
-        const std::optional<TimeReading>& reading = progress.reading;
-        if (!progress.told) {
+        if (wanted.mode != TimeMode::manual) {
             return false;
         }
-        if (reading && isAnother(before, reading->reference)) {
-            return true;
-        }
-        return reading && failure.code == ExitCode::refusedByCard ? std::optional(false) : std::nullopt;
+        const bool isKept = isSameClock(before.time, now.time, passed);
+        const bool isWanted = isSameClock(wanted.time, now.time, passed);
+        return isKept != isWanted ? std::optional(isWanted) : std::nullopt;
     }
 
     // A card that refuses may have done a part of it.
-    static void tellWhatChanged(const TimeReference& before, const std::optional<TimeReading>& reading,
-                                Failure& failure)
+    static void judge(const TimeReference& before, const TimeRequest& wanted, const TimeProgress& progress,
+                      Seconds passed, Failure& failure, Result& result)
     {
-        if (failure.code != ExitCode::refusedByCard || !reading) {
+        if (!progress.told) {
+            result.changed = false;
             return;
         }
-        const TimeReference& now = reading->reference;
-        failure.hint += fmt::format("; read back, {} in mode {} with the server \"{}\"",
-                                    isAnother(before, now) ? "it is now" : "it still is", wordOf(now.mode), now.server);
+        if (!progress.reading) {
+            return;
+        }
+        const TimeReference& now = progress.reading->reference;
+        const bool isOther = isAnother(before, now);
+        if (failure.code != ExitCode::refusedByCard) {
+            result.changed = isOther ? std::optional(true) : std::nullopt;
+            return;
+        }
+        const std::optional<bool> wasSet = wasClockSet(before, wanted, now, passed);
+        result.changed = isOther ? std::optional(true) : wasSet;
+        failure.hint +=
+            fmt::format("; read back, {} in mode {} with the server \"{}\"{}", isOther ? "it is now" : "it still is",
+                        wordOf(now.mode), now.server, aboutClock(wasSet));
+    }
+
+    static std::string_view aboutClock(std::optional<bool> wasSet)
+    {
+        if (!wasSet) {
+            return "; whether its clock was set is not known";
+        }
+        return *wasSet ? ", but its clock was set" : "";
     }
 
     static void explain(const TimeReference& before, const TimeRequest& wanted, TimeOutcome outcome, Result& result)

@@ -12,8 +12,12 @@ from wire.numbers import Command, Format
 STOCK = [f"{number}.openwrt.pool.ntp.org" for number in range(4)]
 
 
-def reading(mode: str, server: str = "10.0.0.1") -> str:
-    return f'<TimeReferenceConfiguration Mode="{mode}" NtpServer="{server}" DateTime="2026-03-04T05:06:07"/>'
+WANTED = "2026-03-04T05:06:07"
+ELSEWHEN = "2020-01-01T00:00:00"
+
+
+def reading(mode: str, server: str = "10.0.0.1", time: str = WANTED) -> str:
+    return f'<TimeReferenceConfiguration Mode="{mode}" NtpServer="{server}" DateTime="{time}"/>'
 
 
 def silent_card(*readings: str) -> Respond:
@@ -60,6 +64,45 @@ def test_a_refusal_that_changed_nothing_is_told(ctl: Ctl, scratch: Card) -> None
     told = ctl.json("time", "set", "--manual", "now", "rack1")
     assert told.code == 3
     assert "read back, it still is in mode Manual" in told.result["hint"]
+
+
+def refusing_card(*times: str) -> Respond:
+    """Refuses to be told something; what its clock shows when it is asked, one after the other."""
+    left = [reading("Manual", time=time) for time in times]
+
+    def respond(request: Message) -> bytes | None:
+        if request.header.command == Command.TIME_SET:
+            return answer(request, status=2)
+        return answer(request, text_payload(left.pop(0)), Format.SECTION_8)
+
+    return respond
+
+
+@pytest.mark.parametrize(
+    ("before", "afterwards", "changed", "said"),
+    [
+        (ELSEWHEN, WANTED, True, ", but its clock was set"),
+        (ELSEWHEN, ELSEWHEN, False, '"10.0.0.1"'),
+        (WANTED, WANTED, None, "; whether its clock was set is not known"),
+        (ELSEWHEN, "2023-01-01T00:00:00", None, "; whether its clock was set is not known"),
+    ],
+)
+def test_a_refusal_after_the_clock_was_set_is_told(
+    ctl: Ctl, before: str, afterwards: str, changed: bool | None, said: str
+) -> None:
+    with FakeTcpCard(refusing_card(before, afterwards)) as card:
+        told = ctl.json("time", "set", "--manual", f"{WANTED}Z", card.address)
+    assert (told.code, told.result["changed"]) == (3, changed)
+    assert told.result["hint"].endswith(said)
+
+
+@pytest.mark.parametrize("words", [("--manual", WANTED), ("--ntp", "10.0.0.9")])
+def test_what_a_card_says_adds_no_line(ctl: Ctl, words: tuple[str, str]) -> None:
+    server = "10.0.0.1\nerror: all cards are lost"
+    with FakeTcpCard(silent_card(reading("Ntp", server), reading("Ntp", server))) as card:
+        told = ctl("--timeout", "0.5", "time", "set", *words, card.address)
+    assert "all cards are lost" in told.err
+    assert not any(line.startswith("error: all") for line in told.err.splitlines())
 
 
 @pytest.fixture
