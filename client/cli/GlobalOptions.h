@@ -16,8 +16,8 @@ struct GlobalOptions {
     int parallel = 64;             // targets at once
     std::vector<std::string> interfaces;
     std::vector<std::string> exclude;
-    std::string groupsFile; // empty: the one in the user's configuration folder
-    std::string columns;    // comma-separated; empty: all
+    std::string groupsFile;             // empty: the one in the user's configuration folder
+    std::optional<std::string> columns; // comma-separated; else all
     bool fold = false;
     bool quiet = false;
     bool verbose = false;

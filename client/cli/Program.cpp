@@ -122,7 +122,8 @@ ExitCode runCommand(CommandLine& line)
         constexpr Seconds betweenDrawings(0.1);
         loop.setTicker(betweenDrawings, [&] { console.drawProgress(); });
     }
-    const std::unique_ptr<Writer> writer = makeWriter(options.output, columnNames(options.columns));
+    const std::unique_ptr<Writer> writer =
+        makeWriter(options.output, options.columns ? columnNames(*options.columns) : std::vector<std::string>());
     const Inventory inventory = Inventory::load(options.groupsFile);
     Network network(loop, networkOptions(line), frameTrace(console));
     Context context{options, loop, console, *writer, network, inventory};

@@ -41,7 +41,7 @@ std::vector<std::string> columnNames(std::string_view text)
     for (std::string name; std::getline(stream, name, ',');) {
         names.push_back(name);
     }
-    return names;
+    return names.empty() ? std::vector<std::string>{""} : names;
 }
 
 std::vector<Column> chooseColumns(const std::vector<std::string>& names, const std::vector<Column>& own)
