@@ -240,7 +240,7 @@ void Identification::check(std::vector<Identified>& cards, const Census& census)
     for (Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;
         const int answers = endpoint && endpoint->port == cardPort ? census.answersFrom(endpoint->address) : 0;
-        card.checked = answers == 1;
+        card.checked = !card.refusal && answers == 1;
         if (answers > 1) {
             object(card, fmt::format("two cards share the address {}: it answered one probe twice", endpoint->address));
         }

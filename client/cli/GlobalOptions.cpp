@@ -18,8 +18,10 @@ void GlobalOptions::declare(OptionSet& options)
     options.flag("-v,--verbose", verbose, "show the frames sent and received, in hexadecimal");
     options.flag("--dry-run", dryRun, "print what would be sent that changes a card; change nothing");
     options.flag("-y,--yes", yes, "go on where the effect cannot be undone, and ask nothing");
-    options.flag("--force", force,
-                 "go on where another card could be meant, an address may be taken, or a card to rescue works");
+    options.flag(
+        "--force", force,
+        "go on where another card could be meant (but no stale groups line), an address may be taken, or a card "
+        "to rescue works");
     options.flag("--trust-groups", trustGroups, "change a card at its address in the groups file, unheard");
     options.flag("--no-probe", noProbe,
                  "do not ask, before a change, whether two cards share an address, or a card has it");

@@ -120,6 +120,15 @@ def test_a_stale_line_of_the_groups_file_changes_nothing(
     assert Snapshot(rack) == before
 
 
+def test_force_does_not_go_over_a_stale_line(ctl: Ctl, rack: list[Card]) -> None:
+    (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
+    before = Snapshot(rack)
+    answer = ctl.json("--force", "-i", "lan0", "time", "set", "--ntp", "10.0.0.9", "rack1")
+    expect_refused(answer, "nothing was sent, also with --force")
+    assert answer.result["checked"] is False
+    assert Snapshot(rack) == before
+
+
 def test_a_stale_name_of_the_groups_file_changes_nothing(ctl: Ctl, rack: list[Card]) -> None:
     address = rack[2].address("eth0") or ""
     (ctl.config / "groups").write_text(f"rack1 {address}\n")
