@@ -22,10 +22,12 @@ namespace
 Failure unchanged(bool confirmed)
 {
     constexpr const char* took = "the card took the archive, but its versions are what they were: the upgrade script "
-                                 "failed, or these versions were installed already; the card's log tells which";
+                                 "failed, or still runs because the daemon was restarted, or these versions were "
+                                 "installed already; the card's log tells which";
     constexpr const char* tookOrNot =
         "the card did not confirm the archive, and its versions are what they were: it did not upgrade, or the upgrade "
-        "script failed, or these versions were installed already; the card's log tells which";
+        "script failed, or still runs because the daemon was restarted, or these versions were installed already; the "
+        "card's log tells which";
     return {ExitCode::verification, Category::unchanged, "comparing the versions", confirmed ? took : tookOrNot};
 }
 
