@@ -165,7 +165,7 @@ private:
             result.hint = onlyStored(plan.wanted.name);
             return;
         case IpOutcome::rolledBack:
-            result.changed = false;
+            result.changed = std::nullopt; // what others staged was committed along, and cannot be seen from here
             result.add("state", "rolled back");
             throw rolledBack(card);
         case IpOutcome::rollbackStored:
