@@ -168,10 +168,10 @@ def test_columns_are_chosen(ctl: Ctl, rack: list[Card]) -> None:
     assert answer.out == "code,target\n0,rack1\n6,127.0.0.99\n"
 
 
-@pytest.mark.parametrize("words", [("--columns", "colour"), ("--columns", ""), ("-o", "json", "--columns", "target"), ("-o", "json", "--columns", "")])
-def test_columns_that_are_none_are_refused_before_anything_is_sent(ctl: Ctl, words: tuple[str, ...]) -> None:
+@pytest.mark.parametrize(("output", "columns"), [("table", "colour"), ("table", ""), ("json", "target"), ("json", "")])
+def test_columns_that_are_none_are_refused_before_anything_is_sent(ctl: Ctl, output: str, columns: str) -> None:
     with FakeTcpCard(lambda request: None) as card:
-        assert ctl(*words, "status", card.address).code == 2
+        assert ctl("-o", output, "--columns", columns, "status", card.address).code == 2
     assert card.requests == []
 
 
