@@ -14,9 +14,10 @@ void takeAnswer(const CardReply& answer, Sight& sight)
 {
     sight.state = CardState::up;
     sight.hindrance.reset();
-    if (answer.address != noAddress) {
-        sight.endpoint = Endpoint{answer.address};
-        sight.isLookedUp = true;
+    const std::optional<Endpoint> way = wayTo(answer);
+    if (way || sight.isLookedUp) {
+        sight.endpoint = way;
+        sight.isLookedUp = way.has_value();
     }
 }
 
@@ -76,7 +77,10 @@ Task<void> CardWatch::lookByName(std::string name, Sight& sight)
 {
     std::optional<CardReply> answer;
     try {
-        answer = co_await rounds.answerOf(std::move(name));
+        answer = co_await rounds.answerOf(name);
+        if (answer) {
+            answer = co_await reachableAnswer(network, std::move(name), *std::move(answer));
+        }
     } catch (const Failure& failure) {
         if (!sight.endpoint) { // else what was seen over TCP stands
             sight.hindrance = failure;

@@ -8,7 +8,6 @@
 #include "client/card/ReadBack.h"
 #include "client/card/SameCard.h"
 #include "client/engine/Parallel.h"
-#include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
 #include <algorithm>
@@ -86,7 +85,7 @@ void Identification::takeDeafness(std::vector<Identified>& cards, const Failure&
 void Identification::preferReachable(std::vector<CardReply>& answers)
 {
     std::stable_partition(answers.begin(), answers.end(),
-                          [](const CardReply& answer) { return isOnLink(answer.interface, answer.address); });
+                          [](const CardReply& answer) { return wayTo(answer).has_value(); });
 }
 
 bool Identification::asksFor(const Target& target) const
@@ -179,16 +178,7 @@ void Identification::takeAnswers(Identified& card, const std::vector<CardReply>&
         throw Failure(staleNote(card.target, answers));
     }
     if (way == Way::overTcp) {
-        settleEndpoint(card);
-    }
-}
-
-// Where the card was heard rather than where its settings say that it is: the network need not follow them.
-void Identification::settleEndpoint(Identified& card) const
-{
-    std::optional<Endpoint>& endpoint = card.target.endpoint;
-    if (!endpoint || !contains(card.heardFrom, endpoint->address)) {
-        endpoint = endpointOf(card.target.name, card.heardFrom.front());
+        card.target.endpoint = settledEndpoint(card.target, answers);
     }
 }
 

@@ -62,7 +62,6 @@ private:
     static void refuse(Identified& card, const Failure& why);
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
-    void settleEndpoint(Identified& card) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
     void object(Identified& card, std::string why) const;
     Task<void> probe(std::vector<Identified>& cards) const;

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Identity.h"
 
+#include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
 #include <fmt/core.h>
@@ -9,13 +10,18 @@
 namespace
 {
 
-// A connection to 0.0.0.0 would end at this host.
-Failure addressless(const std::string& card)
+Failure addressless(const std::string& card, const CardReply& answer)
 {
+    const std::string here =
+        answer.address == noAddress
+            ? "has no address on this network"
+            : fmt::format("answers from {} on {}, which is in no network of that interface: whoever is reached there "
+                          "may be another",
+                          answer.address, answer.interface);
     return {ExitCode::unreachable, Category::noAddress, "looking for the card",
-            fmt::format("{0} hears broadcasts, but has no address on this network; `tarvelctl ip set` or `tarvelctl ip "
-                        "rescue {0}` gives it one",
-                        card)};
+            fmt::format("{0} hears broadcasts, but {1}; `tarvelctl ip set` or `tarvelctl ip rescue {0}` gives it an "
+                        "address",
+                        card, here)};
 }
 
 } // namespace
@@ -56,12 +62,54 @@ IpConfiguration ipConfigurationIn(const CardReply& answer)
     });
 }
 
-Endpoint endpointOf(const std::string& card, const std::string& address)
+// A connection to 0.0.0.0 would end at this host, and one to an address of another network at the host that has it
+// there.
+std::optional<Endpoint> wayTo(const CardReply& answer)
 {
-    if (address == noAddress) {
-        throw addressless(card);
+    if (answer.address == noAddress || !isOnLink(answer.interface, answer.address)) {
+        return std::nullopt;
     }
-    return Endpoint{address};
+    return Endpoint{answer.address, cardPort, answer.interface};
+}
+
+Endpoint endpointOf(const std::string& card, const CardReply& answer)
+{
+    std::optional<Endpoint> way = wayTo(answer);
+    if (!way) {
+        throw addressless(card, answer);
+    }
+    return *std::move(way);
+}
+
+// Where the card was heard rather than where its settings say that it is: the network need not follow them.
+Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers)
+{
+    for (const CardReply& answer : answers) {
+        const std::optional<Endpoint> way = wayTo(answer);
+        if (way && target.endpoint && target.endpoint->address == way->address) {
+            return {way->address, target.endpoint->port, way->interface};
+        }
+    }
+    return endpointOf(target.name, answers.front());
+}
+
+// A card with two ports may answer on both from the address of one of them.
+Task<CardReply> reachableAnswer(Network& network, std::string card, CardReply first)
+{
+    if (first.address == noAddress || wayTo(first)) {
+        co_return first;
+    }
+    try {
+        const auto isReachable = [](const CardReply& answer) { return wayTo(answer).has_value(); };
+        const std::optional<RetryPolicy> ofTheUser;
+        CardReply answer = co_await queryCardUntil(network, std::move(card), isReachable, ofTheUser);
+        co_return answer;
+    } catch (const Failure& failure) {
+        if (isOfThisMachine(failure)) {
+            throw;
+        }
+    }
+    co_return first;
 }
 
 Task<Endpoint> locate(Network& network, const Target& target)
@@ -73,5 +121,6 @@ Task<Endpoint> locate(Network& network, const Target& target)
     if (!card) {
         card = co_await queryCard(network, target.name);
     }
-    co_return endpointOf(target.name, card->address);
+    card = co_await reachableAnswer(network, target.name, *card);
+    co_return endpointOf(target.name, *card);
 }

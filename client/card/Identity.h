@@ -36,9 +36,18 @@ Task<CardReply> queryCardUntil(Network& network, std::string card, std::function
 // What is in such an answer; throws if it is a refusal, or makes no sense.
 [[nodiscard]] IpConfiguration ipConfigurationIn(const CardReply& answer);
 
-// Where a card that was heard from this address is reached over TCP; throws if that is no address.
-[[nodiscard]] Endpoint endpointOf(const std::string& card, const std::string& address);
+// Where a card that gave this answer is reached over TCP: on the interface that it was heard on, if its address is in a
+// network of it. Nothing otherwise; the other one throws.
+[[nodiscard]] std::optional<Endpoint> wayTo(const CardReply& answer);
+[[nodiscard]] Endpoint endpointOf(const std::string& card, const CardReply& answer);
+
+// The same for all answers to a target's name, of which there are some: a noted address that is among them keeps its
+// port.
+[[nodiscard]] Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers);
+
+// The first answer, or another of that card that a way leads to. Fails only if this machine cannot ask.
+Task<CardReply> reachableAnswer(Network& network, std::string card, CardReply first);
 
 // The address of a target for TCP: the one that is known, or the source of the card's IP configuration reply, be it a
-// refusal, which is asked for if it has not been heard yet. Throws if that is no address.
+// refusal, which is asked for if it has not been heard yet. Throws if no way leads there.
 Task<Endpoint> locate(Network& network, const Target& target);

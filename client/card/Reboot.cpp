@@ -65,15 +65,14 @@ Task<void> Reboot::run(std::optional<Seconds> waitTime)
 {
     const CardReply card = co_await queryCard(network, name);
     std::optional<Endpoint> openPort;
-    if (waitTime && card.address != noAddress) {
-        const Endpoint endpoint{card.address};
-        openPort = co_await openPortOf(endpoint);
+    if (waitTime) {
+        openPort = co_await openPortOf(card);
     }
     try {
         sent = Clock::now();
         confirmed = co_await send(card.interface);
         if (!confirmed) {
-            co_await readBack(card.address, openPort, waitTime);
+            co_await readBack(card, openPort, waitTime);
         } else if (waitTime) {
             co_await seeThrough(openPort, *waitTime);
         }
@@ -84,11 +83,15 @@ Task<void> Reboot::run(std::optional<Seconds> waitTime)
 
 // Only a port that was open before tells anything when it is closed: the address that a card is heard from may be
 // another host's on the way there.
-Task<std::optional<Endpoint>> Reboot::openPortOf(Endpoint endpoint)
+Task<std::optional<Endpoint>> Reboot::openPortOf(const CardReply& card)
 {
+    std::optional<Endpoint> way = wayTo(card);
+    if (!way) {
+        co_return std::nullopt;
+    }
     try {
-        const PortState port = co_await network.probe(endpoint, glance);
-        co_return port == PortState::open ? std::optional(endpoint) : std::nullopt;
+        const PortState port = co_await network.probe(*way, glance);
+        co_return port == PortState::open ? way : std::nullopt;
     } catch (const Failure&) { // no way there
         co_return std::nullopt;
     }
@@ -116,12 +119,11 @@ Task<bool> Reboot::send(std::string interface)
 
 // A card that answers all the time was not told, or did not do it. Silence alone may be that of the network: only a
 // card that comes back after it has rebooted.
-Task<void> Reboot::readBack(std::string address, std::optional<Endpoint> openPort, std::optional<Seconds> waitTime)
+Task<void> Reboot::readBack(const CardReply& card, std::optional<Endpoint> openPort, std::optional<Seconds> waitTime)
 {
     phase = "watching whether the card reboots all the same";
-    if (!openPort && address != noAddress) {
-        const Endpoint endpoint{address};
-        openPort = co_await openPortOf(endpoint);
+    if (!openPort) {
+        openPort = co_await openPortOf(card);
     }
     const bool wentDown = co_await seeItGoDown(openPort, network.deadline());
     if (!wentDown) {

@@ -27,9 +27,9 @@ public:
     [[nodiscard]] std::optional<Seconds> backAfter() const { return back; }
 
 private:
-    Task<std::optional<Endpoint>> openPortOf(Endpoint endpoint);
+    Task<std::optional<Endpoint>> openPortOf(const CardReply& card);
     Task<bool> send(std::string interface);
-    Task<void> readBack(std::string address, std::optional<Endpoint> openPort, std::optional<Seconds> waitTime);
+    Task<void> readBack(const CardReply& card, std::optional<Endpoint> openPort, std::optional<Seconds> waitTime);
     Task<void> seeThrough(std::optional<Endpoint> openPort, Seconds waitTime);
     Task<bool> seeItGoDown(std::optional<Endpoint> openPort, TimePoint end);
     Task<void> seeItComeBack(TimePoint end);

@@ -50,7 +50,7 @@ void tellNotSent(Result& result, const Request& request)
 std::string TargetCommand::addressFrom(const Target& target)
 {
     if (target.heard) {
-        return target.heard->address == noAddress ? "" : "lookup";
+        return wayTo(*target.heard) ? "lookup" : "";
     }
     return target.hasNotedAddress() ? "groups" : "";
 }

@@ -3,6 +3,7 @@
 #include "client/wire/BroadcastSocket.h"
 
 #include "client/wire/Endpoint.h"
+#include "client/wire/HostInterfaces.h"
 
 #include <array>
 #include <cerrno>
@@ -23,13 +24,6 @@ Failure unusable(const std::string& name, int error)
             fmt::format("cannot broadcast on {}: {}", name, ::strerror(error))};
 }
 
-void setOption(const Descriptor& socket, int option, const void* value, std::size_t size, const std::string& name)
-{
-    if (::setsockopt(socket.get(), SOL_SOCKET, option, value, static_cast<socklen_t>(size)) == -1) {
-        throw unusable(name, errno);
-    }
-}
-
 Descriptor openSocket(const std::string& name)
 {
     Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -37,8 +31,12 @@ Descriptor openSocket(const std::string& name)
         throw unusable(name, errno);
     }
     const int on = 1;
-    setOption(socket, SO_BROADCAST, &on, sizeof on, name);
-    setOption(socket, SO_BINDTODEVICE, name.data(), name.size(), name);
+    if (::setsockopt(socket.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == -1) {
+        throw unusable(name, errno);
+    }
+    if (const int error = bindToInterface(socket.get(), name); error != 0) {
+        throw unusable(name, error);
+    }
     const sockaddr_in anywhere = socketAddress({"0.0.0.0", 0});
     if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&anywhere), sizeof anywhere) == -1) {
         throw unusable(name, errno);

@@ -14,8 +14,9 @@
 struct Endpoint {
     std::string address; // dotted
     std::uint16_t port = cardPort;
+    std::string interface = {}; // a connection leaves only there; empty: where the routes lead
 
-    bool operator==(const Endpoint&) const = default;
+    bool operator==(const Endpoint& other) const { return address == other.address && port == other.port; }
 };
 
 // "10.0.0.11", or "127.0.0.1:6000" for a forwarded port; nothing if the text is no address.

@@ -5,6 +5,7 @@
 #include "client/wire/Endpoint.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 #include <ifaddrs.h>
 #include <memory>
@@ -52,7 +53,8 @@ in_addr_t numberOf(const std::string& address)
 
 bool reaches(const ifaddrs& interface, in_addr_t wanted)
 {
-    return canBroadcast(interface) && interface.ifa_netmask != nullptr &&
+    return (interface.ifa_flags & IFF_UP) != 0 && interface.ifa_addr != nullptr &&
+           interface.ifa_addr->sa_family == AF_INET && interface.ifa_netmask != nullptr &&
            ((numberOf(interface.ifa_addr) ^ wanted) & numberOf(interface.ifa_netmask)) == 0;
 }
 
@@ -90,7 +92,7 @@ bool isOnLink(const std::string& interface, const std::string& address)
 
 bool isOnLinkAnywhere(const std::string& address)
 {
-    return hasInterface([&](const ifaddrs& one) { return reaches(one, numberOf(address)); });
+    return hasInterface([&](const ifaddrs& one) { return canBroadcast(one) && reaches(one, numberOf(address)); });
 }
 
 bool isOwnAddress(const std::string& address)
@@ -99,4 +101,10 @@ bool isOwnAddress(const std::string& address)
         return one.ifa_addr != nullptr && one.ifa_addr->sa_family == AF_INET &&
                numberOf(one.ifa_addr) == numberOf(address);
     });
+}
+
+int bindToInterface(int socket, const std::string& interface)
+{
+    const auto size = static_cast<socklen_t>(interface.size());
+    return ::setsockopt(socket, SOL_SOCKET, SO_BINDTODEVICE, interface.data(), size) == -1 ? errno : 0;
 }

@@ -16,3 +16,6 @@
 [[nodiscard]] bool isOnLinkAnywhere(const std::string& address);
 
 [[nodiscard]] bool isOwnAddress(const std::string& address);
+
+// Lets a socket send and receive on that interface only, whatever the routes say; an error, or 0.
+[[nodiscard]] int bindToInterface(int socket, const std::string& interface);

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/TcpConnection.h"
 
+#include "client/wire/HostInterfaces.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fmt/core.h>
@@ -49,12 +51,17 @@ Failure noWay(int error)
             fmt::format("this machine has no way to the card: {}", ::strerror(error))};
 }
 
-Descriptor openSocket()
+Descriptor openSocket(const std::string& interface)
 {
     Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     if (!socket) {
         throw Failure{ExitCode::internal, Category::noSocket, "connecting",
                       fmt::format("no socket can be opened: {}", ::strerror(errno))};
+    }
+    const int error = interface.empty() ? 0 : bindToInterface(socket.get(), interface);
+    if (error != 0) {
+        throw Failure{ExitCode::unreachable, error == ENODEV ? Category::noInterface : Category::noSocket, "connecting",
+                      fmt::format("cannot connect over {}: {}", interface, ::strerror(error))};
     }
     return socket;
 }
@@ -92,7 +99,7 @@ TcpConnection::TcpConnection(const Wire& newWire, Endpoint newEndpoint, Request 
 Task<TcpConnection> TcpConnection::open(const Wire& wire, Endpoint endpoint, Request request, TimePoint deadline)
 {
     wire.gate.admit(request);
-    Descriptor socket = openSocket();
+    Descriptor socket = openSocket(endpoint.interface);
     const int error = co_await connectError(wire, socket.get(), endpoint, deadline);
     if (error != 0) {
         throw unreachable(error);
@@ -196,7 +203,7 @@ Task<PortState> probePort(const Wire& wire, Endpoint endpoint, TimePoint deadlin
     if (!wire.gate.admitsProbes()) {
         co_return PortState::silent;
     }
-    const Descriptor socket = openSocket();
+    const Descriptor socket = openSocket(endpoint.interface);
     const int error = co_await connectError(wire, socket.get(), std::move(endpoint), deadline);
     if (error == 0) {
         co_return PortState::open;

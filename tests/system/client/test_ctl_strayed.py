@@ -1,0 +1,103 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""A card answers from an address that leads to another."""
+
+import subprocess
+from collections.abc import Iterator
+
+import pytest
+from support.ctl import Ctl
+from support.snapshot import Snapshot
+from tarvelsim import Card
+
+NTP = ("time", "set", "--ntp", "10.0.0.99")
+UPGRADE = ("firmware", "upgrade", "FILE")
+
+
+@pytest.fixture
+def strayed(rack: list[Card]) -> Iterator[str]:
+    """rack1 is on the first network only, with the address that rack2 has on the second."""
+    address = rack[1].address("eth1") or ""
+    inside = rack[0].inside
+    rack[0].set_link("eth1", False)
+    inside.run(["ip", "address", "flush", "dev", "eth1"])
+    inside.run(["ip", "address", "flush", "dev", "eth0"])
+    inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    yield address
+    rack[0].set_link("eth1", True)
+    rack[0].reset()
+    rack[1].reset()
+
+
+@pytest.fixture
+def same_network_twice(rack: list[Card]) -> Iterator[str]:
+    """This machine has the first network on both interfaces; rack2, on the second, has the address of rack1."""
+    address = rack[0].address("eth0") or ""
+    subprocess.run(["ip", "address", "add", "10.0.0.2/24", "dev", "lan1"], check=True)
+    rack[0].set_link("eth1", False)  # a host answers there, too, who has that address
+    rack[1].set_link("eth0", False)
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth1"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth1"])
+    subprocess.run(["ip", "neighbour", "flush", "dev", "lan1"], check=True)  # who had it there a test before
+    yield address
+    subprocess.run(["ip", "address", "del", "10.0.0.2/24", "dev", "lan1"], check=True)
+    rack[0].set_link("eth1", True)
+    rack[1].set_link("eth0", True)
+    rack[0].reset()
+    rack[1].reset()
+
+
+def words_of(words: tuple[str, ...], firmware: str) -> list[str]:
+    return [firmware if word == "FILE" else word for word in words]
+
+
+@pytest.mark.parametrize("words", [NTP, UPGRADE], ids=["time", "firmware"])
+def test_no_other_card_is_changed(
+    ctl: Ctl, rack: list[Card], strayed: str, firmware: str, words: tuple[str, ...]
+) -> None:
+    before = Snapshot(rack)
+    answer = ctl.json(*words_of(words, firmware), "rack1")
+    assert (answer.code, answer.result["category"]) == (6, "no-address")
+    assert f"{strayed} on lan0" in answer.result["hint"]
+    assert Snapshot(rack) == before
+
+
+@pytest.mark.usefixtures("strayed")
+@pytest.mark.parametrize("words", [("versions",), ("time", "get"), ("status",)], ids=["versions", "time", "status"])
+def test_no_other_card_is_read(ctl: Ctl, words: tuple[str, ...]) -> None:
+    answer = ctl.json("--timeout", "1", *words, "rack1")
+    assert (answer.code, answer.result["category"]) == (6, "no-address")
+
+
+@pytest.mark.usefixtures("strayed")
+def test_no_other_card_is_waited_for(ctl: Ctl) -> None:
+    answer = ctl.json("--timeout", "1", "wait", "--for", "idle", "--wait-time", "2", "rack1")
+    assert answer.result["state"] == "up"
+    assert "address_from" not in answer.result
+
+
+def test_a_reboot_is_seen_though_the_address_leads_to_another(ctl: Ctl, strayed: str) -> None:
+    answer = ctl.json("--timeout", "2", "reboot", "--wait", "--wait-time", "20", "rack1")
+    assert answer.result["category"] != "stayed-up"
+    assert answer.code == 0
+
+
+def test_a_card_is_read_that_answers_on_both_networks_from_one_address(ctl: Ctl, rack: list[Card]) -> None:
+    """As one does whose second port has no address."""
+    rack[0].inside.run(["ip", "address", "flush", "dev", "eth1"])
+    try:
+        assert ctl.json("versions", "rack1").code == 0
+        answer = ctl.json(*NTP, "rack1")
+        assert (answer.code, answer.result["checked"]) == (0, True)
+    finally:
+        rack[0].reset()
+
+
+def test_a_connection_goes_to_the_interface_that_the_card_was_heard_on(
+    ctl: Ctl, rack: list[Card], same_network_twice: str, firmware: str
+) -> None:
+    before = Snapshot([rack[0]])
+    assert ctl.json("--no-probe", "firmware", "upgrade", firmware, "rack2").code == 0
+    assert Snapshot([rack[0]]) == before
+    assert rack[1].inside.read("/etc/pnr/kernel").strip() == "KERN-7.0.0"
