@@ -66,7 +66,7 @@ IpConfiguration ipConfigurationIn(const CardReply& answer)
 // there.
 std::optional<Endpoint> wayTo(const CardReply& answer)
 {
-    if (answer.address == noAddress || !isOnLink(answer.interface, answer.address)) {
+    if (answer.address == noAddress || !isInNetworkOf(answer.interface, answer.address)) {
         return std::nullopt;
     }
     return Endpoint{answer.address, cardPort, answer.interface};

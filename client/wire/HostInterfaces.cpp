@@ -86,6 +86,13 @@ std::vector<std::string> broadcastInterfaces()
 
 bool isOnLink(const std::string& interface, const std::string& address)
 {
+    return hasInterface([&](const ifaddrs& one) {
+        return interface == nameOf(one) && canBroadcast(one) && reaches(one, numberOf(address));
+    });
+}
+
+bool isInNetworkOf(const std::string& interface, const std::string& address)
+{
     return hasInterface(
         [&](const ifaddrs& one) { return interface == nameOf(one) && reaches(one, numberOf(address)); });
 }

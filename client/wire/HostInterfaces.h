@@ -15,6 +15,9 @@
 // The same for any interface of this machine.
 [[nodiscard]] bool isOnLinkAnywhere(const std::string& address);
 
+// Is it in a network of that interface, be it one that cannot broadcast, such as the loopback device?
+[[nodiscard]] bool isInNetworkOf(const std::string& interface, const std::string& address);
+
 [[nodiscard]] bool isOwnAddress(const std::string& address);
 
 // Lets a socket send and receive on that interface only, whatever the routes say; an error, or 0.
