@@ -47,6 +47,14 @@ std::chrono::steady_clock::time_point fakeSteadyNow()
     return activeTime != nullptr ? activeTime->look() : std::chrono::steady_clock::now();
 }
 
+// The card's C++ library has another name for it.
+std::chrono::steady_clock::time_point fakeSteadyNowOfLibcxx() __asm__("fake_steady_clock_now_libcxx");
+
+std::chrono::steady_clock::time_point fakeSteadyNowOfLibcxx()
+{
+    return fakeSteadyNow();
+}
+
 extern "C" int fake_poll(pollfd* descriptors, nfds_t count, int milliseconds)
 {
     return pollVirtually(descriptors, count, milliseconds);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
+#include "support/ErrorText.h"
 #include "support/FakeInterface.h"
 
 namespace
@@ -155,7 +156,7 @@ TEST_F(TimeCommandsTest, SetChangesNothingIfThisMachineGivesNoSocketToAskWith)
     failNext("socket", EMFILE);
     EXPECT_EQ(runBare({"tarvelctl", "-o", "json", "time", "set", "--ntp", "10.0.0.5", "127.0.0.1"}), 1);
     EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
-    EXPECT_TRUE(outHas("cannot broadcast on lan0: Too many open files; nothing was sent"));
+    EXPECT_TRUE(outHas(errorText("cannot broadcast on lan0: ", EMFILE) + "; nothing was sent"));
     EXPECT_TRUE(card.requests().empty());
 }
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Neighbour.h"
 
+#include "support/ErrorText.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
 
@@ -35,7 +36,7 @@ TEST_F(NeighbourTest, IsUnknownIfNothingCouldBeSent)
     failNext("sendto", EPERM);
     const Neighbour found = seek();
     EXPECT_EQ(found.state, Neighbour::State::unknown);
-    EXPECT_EQ(found.why, "nothing could be sent to it: Operation not permitted");
+    EXPECT_EQ(found.why, errorText("nothing could be sent to it: ", EPERM));
 }
 
 TEST_F(NeighbourTest, IsUnknownIfTheTableCannotBeRead)
@@ -44,7 +45,7 @@ TEST_F(NeighbourTest, IsUnknownIfTheTableCannotBeRead)
     failNext("socket", EMFILE);
     const Neighbour found = seek();
     EXPECT_EQ(found.state, Neighbour::State::unknown);
-    EXPECT_EQ(found.why, "this machine's table of neighbours cannot be read: Too many open files");
+    EXPECT_EQ(found.why, errorText("this machine's table of neighbours cannot be read: ", EMFILE));
 }
 
 TEST_F(NeighbourTest, IsUnknownElsewhere)

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
+#include "support/ErrorText.h"
 #include "support/FakeCard.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
@@ -140,7 +141,7 @@ TEST_F(NetworkTest, TellsOfAMachineThatGivesNoSocket)
     const Failure failure = failureOf([&] { (void)network.openInterfaces(); });
     EXPECT_EQ(failure.code, ExitCode::internal);
     EXPECT_EQ(failure.category, Category::noSocket);
-    EXPECT_EQ(failure.hint, "cannot broadcast on lo: Too many open files");
+    EXPECT_EQ(failure.hint, errorText("cannot broadcast on lo: ", EMFILE));
 }
 
 TEST_F(NetworkTest, DoesNotPassOverAnInterfaceThatThisMachineGivesNoSocketFor)
