@@ -17,7 +17,7 @@ constexpr std::size_t longestEmpty = 131072; // its header may hold a name and 6
 
 std::string beginningOf(const HeldFile& file)
 {
-    std::string bytes(std::min<std::uint64_t>(longestEmpty, file.size()), '\0');
+    std::string bytes(static_cast<std::size_t>(std::min<std::uint64_t>(longestEmpty, file.size())), '\0');
     const ssize_t size = file.read(std::as_writable_bytes(std::span(bytes)), 0);
     bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
     return bytes;
