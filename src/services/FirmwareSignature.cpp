@@ -7,7 +7,10 @@
 #include "util/Shell.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <sstream>
+#include <utility>
 
 namespace
 {
@@ -19,13 +22,27 @@ constexpr const char* signature = "SHA256SUMS.sig";
 std::vector<std::string> linesOf(const std::string& command)
 {
     std::string output;
-    static_cast<void>(LibUtils::executeCommandOutput(command, output)); // what cannot be read has no lines
+    static_cast<void>(LibUtils::executeCommandOutput(command, output)); // what is missing is noticed by what it lacks
+    std::istringstream stream(output);
     std::vector<std::string> lines;
-    for (std::size_t end = output.find('\n'); end != std::string::npos; end = output.find('\n')) {
-        lines.push_back(output.substr(0, end));
-        output.erase(0, end + 1);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(std::move(line));
     }
     return lines;
+}
+
+// Nothing if they cannot be listed whole, as for want of memory: the last line, which names none, says that they were.
+// A card whose keys nobody can see must not be taken for one that has none.
+std::optional<std::vector<std::string>> listKeys()
+{
+    const std::string directory = keyDirectory;
+    std::vector<std::string> keys =
+        linesOf("{ test ! -e " + directory + " || ls " + directory + "; } 2>/dev/null && echo /");
+    if (keys.empty() || keys.back() != "/") {
+        return std::nullopt;
+    }
+    keys.pop_back();
+    return keys;
 }
 
 bool isSignedWith(const std::string& key)
@@ -80,12 +97,13 @@ std::string objectionToFirmware(const std::vector<std::string>& keys, const std:
 
 int checkSignature(const std::vector<std::string>& files)
 {
-    const std::vector<std::string> keys = linesOf(std::string("ls ") + keyDirectory + " 2>/dev/null");
-    if (keys.empty()) {
+    const std::optional<std::vector<std::string>> keys = listKeys();
+    if (keys && keys->empty()) {
         logWarning("There is no key in %s: firmware of anybody is accepted", keyDirectory);
         return 0;
     }
-    const std::string objection = objectionToFirmware(keys, files);
+    const std::string objection =
+        keys ? objectionToFirmware(*keys, files) : std::string("the keys in ") + keyDirectory + " cannot be listed";
     if (!objection.empty()) {
         logWarning("Firmware is not accepted: %s", objection.c_str());
         return -1;

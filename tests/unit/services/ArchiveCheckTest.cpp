@@ -3,21 +3,23 @@
 #include "services/ArchiveCheck.h"
 #include "support/SystemTest.h"
 
+#include <cerrno>
 #include <syslog.h>
+#include <utility>
 
 namespace
 {
 
-constexpr const char* toTellNames = "{ tar -tzf a.tar.gz 2>/dev/null || echo; } | head -c 1048577";
-constexpr const char* toTellDetails = "{ tar -tvzf a.tar.gz 2>/dev/null || echo; } | head -c 1048577";
+constexpr const char* namesQuestion = "{ tar -tzf a.tar.gz 2>/dev/null && echo; } | head -c 1048577";
+constexpr const char* detailsQuestion = "{ tar -tvzf a.tar.gz 2>/dev/null && echo; } | head -c 1048577";
 
 class ArchiveCheckTest : public SystemTest
 {
 protected:
     int check(const std::string& names, const std::string& details)
     {
-        shell.answer(toTellNames, 0, names);
-        shell.answer(toTellDetails, 0, details);
+        shell.answer(namesQuestion, 0, names + "\n");
+        shell.answer(detailsQuestion, 0, details + "\n");
         return checkArchive("a.tar.gz", files);
     }
 
@@ -34,7 +36,7 @@ protected:
 TEST_F(ArchiveCheckTest, AsksTarTwiceAndForNoMoreThanFits)
 {
     EXPECT_EQ(check("", ""), 0);
-    EXPECT_EQ(shell.commands(), (Texts{toTellNames, toTellDetails}));
+    EXPECT_EQ(shell.commands(), (Texts{namesQuestion, detailsQuestion}));
     EXPECT_TRUE(log.lines().empty());
 }
 
@@ -50,10 +52,27 @@ TEST_F(ArchiveCheckTest, SaysWhyNot)
     expectRefusal("has a member f that has the setuid or setgid bit");
 }
 
-TEST_F(ArchiveCheckTest, RefusesWhatTarCannotRead)
+TEST_F(ArchiveCheckTest, RefusesWhatTarCannotReadToItsEnd)
 {
-    EXPECT_EQ(check("f\n\n", "-rw-r--r-- 0/0 9 2026-11-22 14:51 f\n\n"), -1);
-    expectRefusal("has members that cannot be told apart");
+    const std::string details = "-rw-r--r-- 0/0 9 2026-11-22 14:51 f\n";
+    for (const auto& [names, of] : {std::pair<std::string, std::string>{"f\n", details + "\n"},
+                                    {"f\n\n", details},
+                                    {"", "\n"},
+                                    {"\n", ""},
+                                    {"", ""}}) {
+        shell.answer(namesQuestion, 0, names);
+        shell.answer(detailsQuestion, 0, of);
+        log.clear();
+        EXPECT_EQ(checkArchive("a.tar.gz", files), -1);
+        expectRefusal("cannot be listed");
+    }
+}
+
+TEST_F(ArchiveCheckTest, RefusesAnArchiveThatNoShellCouldBeRunFor)
+{
+    shell.failToStart(ENOMEM);
+    EXPECT_EQ(checkArchive("a.tar.gz", files), -1);
+    expectRefusal("cannot be listed");
 }
 
 TEST_F(ArchiveCheckTest, RefusesAListingOfMoreThanAMegabyte)

@@ -8,7 +8,7 @@
 namespace
 {
 
-constexpr const char* toListKeys = "ls /etc/tarveld/keys 2>/dev/null";
+constexpr const char* keysQuestion = "{ test ! -e /etc/tarveld/keys || ls /etc/tarveld/keys; } 2>/dev/null && echo /";
 constexpr const char* toReadSums = "cat SHA256SUMS";
 constexpr const char* toCompare = "sha256sum -c SHA256SUMS >/dev/null 2>&1";
 
@@ -27,7 +27,7 @@ class FirmwareSignatureTest : public SystemTest
 protected:
     FirmwareSignatureTest()
     {
-        shell.answer(toListKeys, 0, "first.pub\nsecond key\n");
+        shell.answer(keysQuestion, 0, "first.pub\nsecond key\n/\n");
         shell.answer(toReadSums, 0, sum("d/f") + sum("./g"));
     }
 
@@ -45,7 +45,7 @@ protected:
 TEST_F(FirmwareSignatureTest, AcceptsWhatTheFirstKeyHasSigned)
 {
     EXPECT_EQ(checkSignature(signedFiles), 0);
-    EXPECT_EQ(shell.commands(), (Texts{toListKeys, toVerify("first.pub"), toReadSums, toCompare}));
+    EXPECT_EQ(shell.commands(), (Texts{keysQuestion, toVerify("first.pub"), toReadSums, toCompare}));
     EXPECT_TRUE(log.lines().empty());
 }
 
@@ -64,16 +64,16 @@ TEST_F(FirmwareSignatureTest, RefusesWhatNoKeyHasSigned)
 
 TEST_F(FirmwareSignatureTest, TakesACrashOfTheToolForNoSignature)
 {
-    shell.answer(toListKeys, 0, "first.pub\n");
+    shell.answer(keysQuestion, 0, "first.pub\n/\n");
     shell.answer(toVerify("first.pub"), killedBy(11));
     expectRefusal(signedFiles, "none of the keys in /etc/tarveld/keys has signed its SHA256SUMS");
 }
 
 TEST_F(FirmwareSignatureTest, UsesNoKeyWhoseNameCouldBeMoreThanAName)
 {
-    shell.answer(toListKeys, 0, "x'; reboot; '\n");
+    shell.answer(keysQuestion, 0, "x'; reboot; '\n/\n");
     EXPECT_EQ(checkSignature(signedFiles), -1);
-    EXPECT_EQ(shell.commands(), Texts{toListKeys});
+    EXPECT_EQ(shell.commands(), Texts{keysQuestion});
 }
 
 TEST_F(FirmwareSignatureTest, NeedsBothFiles)
@@ -104,8 +104,23 @@ TEST_F(FirmwareSignatureTest, RefusesAWrongSum)
 
 TEST_F(FirmwareSignatureTest, AcceptsAnythingWithoutAKeyAndSaysSo)
 {
-    shell.answer(toListKeys, exitStatus(1));
+    shell.answer(keysQuestion, 0, "/\n");
     EXPECT_EQ(checkSignature({"f"}), 0);
     EXPECT_EQ(log.lines(),
               (Lines{{LOG_WARNING, "There is no key in /etc/tarveld/keys: firmware of anybody is accepted"}}));
+}
+
+TEST_F(FirmwareSignatureTest, DoesNotTakeKeysThatCannotBeListedForNone)
+{
+    for (const char* output : {"", "first.pub\n"}) { // the shell, or ls, was killed
+        shell.answer(keysQuestion, killedBy(9), output);
+        log.clear();
+        expectRefusal(signedFiles, "the keys in /etc/tarveld/keys cannot be listed");
+    }
+}
+
+TEST_F(FirmwareSignatureTest, DoesNotTakeKeysForNoneIfNoShellCanBeRun)
+{
+    shell.answer(keysQuestion, -1);
+    expectRefusal(signedFiles, "the keys in /etc/tarveld/keys cannot be listed");
 }

@@ -10,14 +10,17 @@
 #include <cstring>
 #include <syslog.h>
 
+// What the hardened build asks the card's tools, and what these say of an archive without members and of no keys.
+constexpr const char* toTellNames = "{ tar -tzf firmware.tar.gz 2>/dev/null && echo; } | head -c 1048577";
+constexpr const char* toTellDetails = "{ tar -tvzf firmware.tar.gz 2>/dev/null && echo; } | head -c 1048577";
+constexpr const char* toListKeys = "{ test ! -e /etc/tarveld/keys || ls /etc/tarveld/keys; } 2>/dev/null && echo /";
+
 // What the shell is given to unpack an upload: the hardened build makes the directory anew before, and looks at the
 // archive.
 inline Texts commandsOfUnpacking()
 {
     if (hardened) {
-        return {"rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade",
-                "{ tar -tzf firmware.tar.gz 2>/dev/null || echo; } | head -c 1048577",
-                "{ tar -tvzf firmware.tar.gz 2>/dev/null || echo; } | head -c 1048577",
+        return {"rm -rf /tmp/upgrade && mkdir -m 700 /tmp/upgrade", toTellNames, toTellDetails,
                 "tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
     }
     return {"tar -xzvf firmware.tar.gz -C /tmp/upgrade"};
@@ -30,6 +33,9 @@ protected:
     TarvelTcpTest()
     {
         sandbox.makeDirectory("/tmp/upgrade");
+        shell.answer(toTellNames, 0, "\n");
+        shell.answer(toTellDetails, 0, "\n");
+        shell.answer(toListKeys, 0, "/\n");
         log.clear();
         forgetCalls();
     }
