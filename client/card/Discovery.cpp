@@ -9,9 +9,10 @@
 namespace
 {
 
-// Seconds; a round begins where the one before ends. Chosen: a card answers within milliseconds, and three rounds bear
-// two lost datagrams.
-constexpr std::array roundEnds = {0.3, 0.9, 1.2};
+// Chosen: a card answers within milliseconds, and three rounds bear two lost datagrams. A round begins where the one
+// before ends.
+constexpr Seconds listeningTime{1.2};
+constexpr std::array roundEnds = {0.25, 0.75, 1.0}; // of it
 constexpr auto unusedCommand = static_cast<CommandId>(0x7FF0);
 
 } // namespace
@@ -34,11 +35,12 @@ Discovery::Discovery(Network& newNetwork, Report newReport)
 Task<void> Discovery::run(std::size_t enough)
 {
     const std::vector<BroadcastSocket> sockets = network.openInterfaces();
+    const Seconds time = network.timeoutOr(listeningTime);
     const TimePoint start = Clock::now();
     for (const double end : roundEnds) {
         network.broadcast(sockets, probes.first);
         network.broadcast(sockets, probes.second);
-        const TimePoint deadline = start + std::chrono::duration_cast<Clock::duration>(Seconds(end));
+        const TimePoint deadline = start + std::chrono::duration_cast<Clock::duration>(time * end);
         co_await listen(sockets, deadline, enough);
         if (enough > 0 && heard.size() >= enough) {
             co_return;

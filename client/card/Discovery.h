@@ -29,7 +29,8 @@ public:
 
     Discovery(Network& newNetwork, Report newReport);
 
-    // Probes three times and reports each card once, as early as possible; ends early with `enough` cards (0: never).
+    // Probes three times in 1.2 seconds, or in the user's time-out, and reports each card once, as early as possible;
+    // ends early with `enough` cards (0: never).
     Task<void> run(std::size_t enough);
 
     // The two probes, made anew: what a dry run shows.
