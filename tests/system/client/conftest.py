@@ -3,6 +3,7 @@
 """Fixtures of the client's tests: the program, and a rack of cards it works on."""
 
 import os
+import subprocess
 from collections.abc import Iterator
 from pathlib import Path
 
@@ -27,7 +28,14 @@ def program(daemon: list[str]) -> Path:
 
 @pytest.fixture
 def ctl(program: Path, lan: tarvelsim.Lan, tmp_path: Path) -> Ctl:
+    _forget_neighbours()
     return Ctl(program, tmp_path)
+
+
+def _forget_neighbours() -> None:
+    """A card that had another's address in an earlier test would be sent its connections for up to a minute."""
+    for network in ("lan0", "lan1"):
+        subprocess.run(["ip", "neighbour", "flush", "dev", network], check=True)
 
 
 @pytest.fixture(scope="session")

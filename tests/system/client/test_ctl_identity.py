@@ -159,13 +159,13 @@ def test_an_unheard_name_is_changed_only_if_the_groups_file_is_trusted(
     answer = ctl.json(*words)
     assert (answer.code, "--trust-groups" in answer.result["hint"]) == (5, True)
     assert Snapshot([scratch]) == before
-    assert ctl.json("--timeout", "2", "--trust-groups", *words[2:]).code == 0
+    assert ctl.json("--timeout", "5", "--trust-groups", *words[2:]).code == 0
 
 
 def test_reading_from_a_name_of_two_cards_warns_of_the_second(ctl: Ctl, rack: list[Card], twin: Card) -> None:
     """It may come too late to be seen; a name of nobody keeps this run waiting for it."""
     before = Snapshot([*rack, twin])
-    answer = ctl("--timeout", "2", "versions", "rack1", "nobody")
+    answer = ctl("--timeout", "5", "versions", "rack1", "nobody")
     assert Snapshot([*rack, twin]) == before
     assert "rack1: two cards have this name" in answer.err
     assert f"{rack[0].address('eth0')} on lan0" in answer.err
@@ -174,4 +174,4 @@ def test_reading_from_a_name_of_two_cards_warns_of_the_second(ctl: Ctl, rack: li
 
 @pytest.mark.usefixtures("untouched")
 def test_reading_from_one_card_warns_of_none(ctl: Ctl, rack: list[Card]) -> None:
-    assert "warning" not in ctl("--timeout", "2", "versions", "rack1", "nobody").err
+    assert "warning" not in ctl("--timeout", "5", "versions", "rack1", "nobody").err

@@ -34,20 +34,20 @@ def silent_card(*readings: str) -> Respond:
 
 def test_what_was_done_without_an_answer_in_time_is_done(ctl: Ctl) -> None:
     with FakeTcpCard(silent_card(reading("Manual"), reading("Ntp", "10.0.0.9"))) as card:
-        told = ctl.json("--timeout", "0.5", "time", "set", "--ntp", "10.0.0.9", card.address)
+        told = ctl.json("--timeout", "2", "time", "set", "--ntp", "10.0.0.9", card.address)
     assert (told.code, told.result["mode"], told.result["server"]) == (0, "Ntp", "10.0.0.9")
     assert "did not answer in time, but has what it was told" in told.result["hint"]
 
 
 def test_what_was_not_done_without_an_answer_is_said(ctl: Ctl) -> None:
     with FakeTcpCard(silent_card(reading("Manual"), reading("Manual"))) as card:
-        told = ctl.json("--timeout", "0.5", "time", "set", "--ntp", "10.0.0.9", card.address)
+        told = ctl.json("--timeout", "2", "time", "set", "--ntp", "10.0.0.9", card.address)
     assert (told.code, told.result["category"], told.result["mode"]) == (7, "not-taken", "Manual")
 
 
 def test_what_cannot_be_read_back_is_not_known(ctl: Ctl) -> None:
     with FakeTcpCard(silent_card(reading("Manual"))) as card:
-        told = ctl.json("--timeout", "0.5", "time", "set", "--ntp", "10.0.0.9", card.address)
+        told = ctl.json("--timeout", "2", "time", "set", "--ntp", "10.0.0.9", card.address)
     assert (told.code, told.result["category"]) == (5, "timeout")
     assert "what the card has now is not known" in told.result["hint"]
 
@@ -100,7 +100,7 @@ def test_a_refusal_after_the_clock_was_set_is_told(
 def test_what_a_card_says_adds_no_line(ctl: Ctl, words: tuple[str, str]) -> None:
     server = "10.0.0.1\nerror: all cards are lost"
     with FakeTcpCard(silent_card(reading("Ntp", server), reading("Ntp", server))) as card:
-        told = ctl("--timeout", "0.5", "time", "set", *words, card.address)
+        told = ctl("--timeout", "2", "time", "set", *words, card.address)
     assert "all cards are lost" in told.err
     assert not any(line.startswith("error: all") for line in told.err.splitlines())
 
