@@ -53,14 +53,14 @@ def test_others_on_the_card_look_at_what_was_uploaded(scratch_card: Card, tcp: T
     assert (mode & 0o077 == 0) == IS_HARDENED
 
 
-def test_link_in_place_of_the_directory(scratch_card: Card, tcp: TcpPeer) -> None:
+def test_link_in_place_of_the_directory(scratch_card: Card) -> None:
     scratch_card.inside.run(["mkdir", ELSEWHERE])
     scratch_card.daemon.stop()
     scratch_card.inside.remove("/tmp/upgrade")
     scratch_card.inside.run(["ln", "-s", ELSEWHERE, "/tmp/upgrade"])
     scratch_card.daemon.start()
-    with TcpPeer(tcp.socket.getpeername()[0]) as another:
-        assert upload(another, archive({"file": b""})) == Status.SUCCESS
+    with TcpPeer(scratch_card.address("eth0") or "") as tcp:
+        assert upload(tcp, archive({"file": b""})) == Status.SUCCESS
     assert scratch_card.inside.exists(f"{ELSEWHERE}/file") != IS_HARDENED
 
 
