@@ -3,35 +3,22 @@
 #include "client/card/IpMemory.h"
 
 #include "client/card/StateFolder.h"
+#include "unit/client/card/OwnStateFolder.h"
 
-#include <cstdlib>
 #include <fmt/core.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <thread>
 
 namespace
 {
 
-class IpMemoryTest : public testing::Test
+class IpMemoryTest : public OwnStateFolder
 {
 protected:
-    IpMemoryTest() : folder(testing::TempDir() + fmt::format("ip-memory-{}", ::getpid()))
-    {
-        ::setenv("XDG_STATE_HOME", folder.c_str(), 1);
-    }
-    ~IpMemoryTest() override
-    {
-        ::unsetenv("XDG_STATE_HOME");
-        std::filesystem::remove_all(folder);
-    }
-
     static InterfaceConfig having(const std::string& interface, int number)
     {
         return {interface, IpMode::fixed, fmt::format("10.0.0.{}", number), "255.255.255.0", std::nullopt};
     }
-
-    std::filesystem::path folder;
 };
 
 TEST_F(IpMemoryTest, KeepsWhatTwoRunsRememberAtOnce)

@@ -2,11 +2,9 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/LastHeard.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fmt/core.h>
+#include "unit/client/card/OwnStateFolder.h"
+
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace
 {
@@ -29,21 +27,7 @@ TEST(LastHeardTest, TakesWhatCanBeReadOfABrokenFile)
     EXPECT_FALSE(LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0").of("card2"));
 }
 
-class SavedLastHeardTest : public testing::Test
-{
-protected:
-    SavedLastHeardTest() : folder(testing::TempDir() + fmt::format("last-heard-{}", ::getpid()))
-    {
-        ::setenv("XDG_STATE_HOME", folder.c_str(), 1);
-    }
-    ~SavedLastHeardTest() override
-    {
-        ::unsetenv("XDG_STATE_HOME");
-        std::filesystem::remove_all(folder);
-    }
-
-    std::filesystem::path folder;
-};
+using SavedLastHeardTest = OwnStateFolder;
 
 TEST_F(SavedLastHeardTest, ForgetsNothingThatAnotherRunHasSavedMeanwhile)
 {

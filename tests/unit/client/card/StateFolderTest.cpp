@@ -2,38 +2,25 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/StateFolder.h"
 
-#include <cstdlib>
+#include "unit/client/card/OwnStateFolder.h"
+
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
 
-class StateFolderTest : public testing::Test
+class StateFolderTest : public OwnStateFolder
 {
 protected:
-    StateFolderTest()
-    {
-        std::filesystem::remove_all(folder);
-        ::setenv("XDG_STATE_HOME", folder.c_str(), 1);
-    }
-    ~StateFolderTest() override
-    {
-        ::unsetenv("XDG_STATE_HOME");
-        std::filesystem::remove_all(folder);
-    }
-
     static std::string contentOf(const std::string& name)
     {
         std::ifstream file(stateFolder() / name);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-
-    // Of this process alone: tests run side by side.
-    const std::filesystem::path folder = testing::TempDir() + "tarvelctl-state-" + std::to_string(::getpid());
 };
 
 TEST_F(StateFolderTest, MakesOneWordOfAnyName)
