@@ -94,6 +94,13 @@ def scratch_card(only_card: tarvelsim.Card) -> Iterator[tarvelsim.Card]:
 
 
 @pytest.fixture
+def unhurried_card(lan: tarvelsim.Lan) -> Iterator[tarvelsim.Card]:
+    """One of the test's own, called "unhurried", that takes the time that a real card takes."""
+    with lan.card("unhurried", command=COMMAND, delays=tarvelsim.REAL_DELAYS) as card:
+        yield card
+
+
+@pytest.fixture
 def udp(lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[UdpPeer]:
     """A client on the side of eth0."""
     peer = UdpPeer("lan0", lan.address("lan0"), addresses["eth0"])
@@ -105,6 +112,14 @@ def udp(lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[UdpPeer]:
 def udp1(lan: tarvelsim.Lan, addresses: dict[str, str]) -> Iterator[UdpPeer]:
     """A client on the side of eth1."""
     peer = UdpPeer("lan1", lan.address("lan1"), addresses["eth1"])
+    yield peer
+    peer.close()
+
+
+@pytest.fixture
+def unhurried_udp(lan: tarvelsim.Lan, unhurried_card: tarvelsim.Card) -> Iterator[UdpPeer]:
+    """A client of that card, on the side of eth0."""
+    peer = UdpPeer("lan0", lan.address("lan0"), unhurried_card.address("eth0") or "")
     yield peer
     peer.close()
 

@@ -2,14 +2,11 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What a restart of the simulated card's network does to those who talk to the card meanwhile."""
 
-from collections.abc import Iterator
-
-import pytest
-from support.daemon import COMMAND, words
+from support.daemon import words
 from support.documents import ip_configuration
 from support.peers import TcpPeer, UdpPeer
 from support.watch import Watch
-from tarvelsim import REAL_DELAYS, Card, Lan
+from tarvelsim import Card
 from tarvelsim.waiting import wait_for
 from wire import Command, Status, request
 
@@ -75,20 +72,6 @@ def test_broken_configuration_does_not_fail_the_restart(scratch_card: Card) -> N
     assert scratch_card.inside.run(RESTART, check=False).returncode == 0
 
 
-@pytest.fixture(scope="module")
-def unhurried_card(lan: Lan) -> Iterator[Card]:
-    """One that takes the time that a real card takes."""
-    with lan.card("unhurried", command=COMMAND, delays=REAL_DELAYS) as card:
-        yield card
-
-
-@pytest.fixture
-def client(lan: Lan, unhurried_card: Card) -> Iterator[UdpPeer]:
-    peer = UdpPeer("lan0", lan.address("lan0"), unhurried_card.address("eth0") or "")
-    yield peer
-    peer.close()
-
-
 def answered_at_last(client: UdpPeer, card: Card) -> int:
     """Asks again and again, each time with another sequence number; returns that of the first question answered."""
     sequence = 100
@@ -106,15 +89,15 @@ def answered_at_last(client: UdpPeer, card: Card) -> int:
     return wait_for(is_answered, 20, lambda: "the card is never heard again")
 
 
-def test_who_asks_all_through_a_real_restart_is_not_heard_at_first(unhurried_card: Card, client: UdpPeer) -> None:
-    client.ask(request(Command.IP_SET, ip_configuration(to="unhurried")))
+def test_who_asks_all_through_a_real_restart_is_not_heard_at_first(unhurried_card: Card, unhurried_udp: UdpPeer) -> None:
+    unhurried_udp.ask(request(Command.IP_SET, ip_configuration(to="unhurried")))
     wait_for(lambda: is_down(unhurried_card, "eth0"), 10, lambda: "the network is not restarted")
-    assert answered_at_last(client, unhurried_card) > 101
+    assert answered_at_last(unhurried_udp, unhurried_card) > 101
 
 
-def test_connection_lives_through_a_real_restart(unhurried_card: Card, client: UdpPeer) -> None:
-    with TcpPeer("10.0.0.12") as peer:
+def test_connection_lives_through_a_real_restart(unhurried_card: Card, unhurried_udp: UdpPeer) -> None:
+    with TcpPeer(unhurried_card.address("eth0") or "") as peer:
         mark = unhurried_card.network.mark()
-        client.ask(request(Command.IP_SET, ip_configuration(to="unhurried")))
+        unhurried_udp.ask(request(Command.IP_SET, ip_configuration(to="unhurried")))
         unhurried_card.network.wait(mark)
         assert peer.ask(request(Command.VERSIONS)).header.status == Status.SUCCESS
