@@ -88,12 +88,19 @@ def test_replies_that_differ_in_the_time_of_day_are_the_same_when_masked() -> No
 
 
 @pytest.mark.parametrize(
-    ("example", "same", "other"), [("1234", "7", "-7"), ("12:34", "98:76", "9:8"), ("1.5 s", "7.2 s", "7.2 m")]
+    ("example", "same", "other"),
+    [("1234", "7", "-7"), ("0.10", "12.34", "12.3"), ("12:34", "98:76", "9:8"), ("1.5 s", "7.2 s", "7.2 m")],
 )
 def test_value_that_changes_is_known_by_its_form(example: str, same: str, other: str) -> None:
     value = changing_value("For", f'<Up Since="1" For="{example}"/>')
     told = f'<Up Since="2" For="{same}"/><Up For="{other}"/><Up NotFor="{example}"/>'
     assert value.sub("*", told) == told.replace(f' For="{same}"', ' For="*"')
+
+
+def test_values_that_change_may_be_told_in_one_sentence() -> None:
+    reply = "Reply. `One`, `Five`\nand `Fifteen` differ from run to run; `Up` is a time. `Up` differs from run to run:"
+    page = f"### 20: load\n\n    81 c3\n\n{reply}\n\n    9a ff\n"
+    assert golden.read_exchanges(page)[20].changing == ("One", "Five", "Fifteen", "Up")
 
 
 def test_masking_leaves_every_other_difference() -> None:

@@ -14,9 +14,9 @@ from .numbers import Command
 
 PAGE = Path(__file__).resolve().parents[3] / "docs/protocol.md"
 
-_ROW = re.compile(r"^\| (\d+) \| [^|]+ \| (TCP|UDP) \|", re.MULTILINE)
-# An attribute of the reply, whose value in the example shows only the form.
-_CHANGING = re.compile(r"`(\w+)` differs from run to run")
+_ROW = re.compile(r"^\| (\d+) \| [^|]+ \| (TCP|UDP) \| (reads|changes) \|", re.MULTILINE)
+# Attributes of the reply, whose values in the example show only the form: "`A`, `B` and `C` differ from run to run".
+_CHANGING = re.compile(r"((?:`\w+`(?:,|\s+and)?\s+)+)differs?\s+from\s+run\s+to\s+run")
 _EXAMPLE = re.compile(r"^### (\d+): (.+)$", re.MULTILINE)
 # A dump's line: up to 16 bytes, then blanks and a remark or the bytes as text.
 _DUMP_LINE = re.compile(r" {4}((?:[0-9a-f]{2} ){0,15}[0-9a-f]{2})(?: {3,}.*)?")
@@ -52,13 +52,19 @@ def read_exchanges(page: str) -> dict[int, Exchange]:
     for number, name, section in zip(parts[::3], parts[1::3], parts[2::3], strict=True):
         example = section.partition("\n### ")[0]
         request, reply, *_ = dumps(example)
-        exchanges[int(number)] = Exchange(name, request, reply, tuple(_CHANGING.findall(example)))
+        changing = re.findall(r"\w+(?=`)", " ".join(_CHANGING.findall(example)))
+        exchanges[int(number)] = Exchange(name, request, reply, tuple(changing))
     return exchanges
 
 
 def read_transports(page: str) -> dict[int, str]:
     """What the table of commands says over what each of them travels."""
-    return {int(number): transport for number, transport in _ROW.findall(page)}
+    return {int(number): transport for number, transport, _ in _ROW.findall(page)}
+
+
+def read_readings(page: str) -> frozenset[int]:
+    """The commands that leave a card as it is."""
+    return frozenset(int(number) for number, _, effect in _ROW.findall(page) if effect == "reads")
 
 
 _PAGE_TEXT = PAGE.read_text(encoding="utf-8")
@@ -77,3 +83,4 @@ REBOOT = BY_NUMBER[Command.REBOOT]
 TCP = tuple(exchange for number, exchange in BY_NUMBER.items() if _TRANSPORTS.get(number) == "TCP")
 UDP = tuple(exchange for number, exchange in BY_NUMBER.items() if _TRANSPORTS.get(number) == "UDP")
 EVERY = TCP + UDP
+READING = read_readings(_PAGE_TEXT)

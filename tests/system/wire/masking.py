@@ -14,7 +14,9 @@ from .numbers import reply_to
 def changing_value(attribute: str, text: str) -> re.Pattern[str]:
     """The attribute's value, only in the form which it has in the text, so that another form is still a difference."""
     (example,) = re.findall(rf'(?<= {attribute}=")[^"]*(?=")', text)
-    form = r"\d+" if example.isdecimal() else re.sub(r"\d", r"\\d", re.escape(example))
+    form = re.sub(r"\d", r"\\d", re.escape(example))
+    if re.fullmatch(r"\d+(\.\d+)?", example):  # a number, of any length before its point
+        form = re.sub(r"^(\\d)+", r"\\d+", form)
     return re.compile(rf'(?<= {attribute}="){form}(?=")')
 
 
