@@ -3,9 +3,7 @@
 #include "client/card/Queries.h"
 
 #include "client/card/TimeChange.h"
-#include "client/engine/Parallel.h"
-#include "unit/client/FailureOf.h"
-#include "unit/client/wire/LoopbackListener.h"
+#include "unit/client/card/CardInLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -16,54 +14,21 @@ namespace
 class QueriesTest : public testing::Test
 {
 protected:
-    // Answers each connection with one of the texts; closes without a word for an empty one.
+    Failure beside(Task<void> cards, Task<void> work) { return card.beside(std::move(cards), std::move(work)); }
     Task<void> serve(std::vector<std::string> texts, Status status = Status::success)
     {
-        for (const std::string& text : texts) {
-            co_await loop.readable(listener.descriptor(), TimePoint::max());
-            const Descriptor peer = listener.accept();
-            ++served;
-            co_await loop.readable(peer.get(), TimePoint::max());
-            std::array<std::byte, 512> came = {};
-            EXPECT_GE(::recv(peer.get(), came.data(), came.size(), 0), static_cast<ssize_t>(headerSize));
-            if (!text.empty()) {
-                answer(peer, decodeHeader(std::span(came).first<headerSize>()), text, status);
-            }
-        }
+        return card.serve(std::move(texts), status);
     }
-
-    static void answer(const Descriptor& peer, MessageHeader header, const std::string& text, Status status)
-    {
-        Request reply;
-        reply.header = header;
-        reply.header.commandId |= replyFlag;
-        reply.header.status = static_cast<std::uint8_t>(status);
-        reply.header.messageFormat = section8Bit;
-        reply.payload = textSection(text);
-        const Bytes bytes = encode(reply);
-        EXPECT_EQ(::send(peer.get(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
-    }
-
-    // The work of the client beside that of the card; the failure that ended it, if one did.
-    Failure beside(Task<void> cards, Task<void> work)
-    {
-        std::array both = {std::move(cards), std::move(work)};
-        const auto one = [&](std::size_t index) { return std::move(both.at(index)); };
-        return failureOf([&] { loop.run(inParallel(loop, 2, 2, one)); });
-    }
-
-    Task<void> readVersions() { versions = co_await queryVersions(network, card); }
+    Task<void> readVersions() { versions = co_await queryVersions(network, card.endpoint); }
     Task<void> setTime()
     {
         const TimeRequest wanted{TimeMode::ntp, "10.0.0.1", 0};
-        outcome = co_await setTimeReference(network, card, wanted, progress);
+        outcome = co_await setTimeReference(network, card.endpoint, wanted, progress);
     }
 
     EventLoop loop;
     Network network{loop, {{Seconds(20), 2}, {}, DryRun::off}};
-    LoopbackListener listener;
-    const Endpoint card = listener.endpoint();
-    int served = 0;
+    CardInLoop card{loop};
     Versions versions;
     std::optional<TimeOutcome> outcome;
     TimeProgress progress;
@@ -104,7 +69,7 @@ TEST_F(QueriesTest, SayWhatWasAskedWhenTheAnswerMakesNoSense)
 
 TEST_F(QueriesTest, SayThatTheConnectionFailedWhenNobodyListens)
 {
-    listener.close();
+    card.listener.close();
     const Failure failure = beside(serve({}), readVersions());
     EXPECT_EQ(failure.category, Category::refused);
     EXPECT_EQ(failure.phase, "connecting");
@@ -120,7 +85,7 @@ TEST_F(QueriesTest, ReadAChangeBackWhoseConnectionClosesAndDoNotRepeatIt)
 {
     beside(serve({"", timeOf("Ntp")}), setTime());
     EXPECT_EQ(outcome, TimeOutcome::doneLate);
-    EXPECT_EQ(served, 2);
+    EXPECT_EQ(card.served, 2);
 }
 
 TEST_F(QueriesTest, TellAChangeThatWasNotDone)

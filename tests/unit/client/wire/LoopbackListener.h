@@ -5,6 +5,7 @@
 #include "client/engine/Descriptor.h"
 #include "client/wire/Endpoint.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -30,8 +31,19 @@ public:
     [[nodiscard]] bool wasContacted() const { return accept().get() != -1; }
     // From now on connections to the port are refused.
     void close() { listener.reset(); }
+    // From now on they wait: nobody accepts those that are made here, and there is no room for more.
+    void fillQueue()
+    {
+        const sockaddr_in address = socketAddress(endpoint());
+        ::listen(listener.get(), 0);
+        for (Descriptor& one : waiting) {
+            one = Descriptor(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+            ::connect(one.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        }
+    }
 
 private:
     Descriptor listener;
+    std::array<Descriptor, 4> waiting;
     std::uint16_t port = 0;
 };
