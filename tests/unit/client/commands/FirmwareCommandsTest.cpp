@@ -242,7 +242,6 @@ TEST_F(FirmwareCommandsTest, UpgradeThatIsNotConfirmedIsJudgedByWhatIsExpected)
     EXPECT_TRUE(errHas("the card did not confirm the archive, and has not the expected versions of kernel"));
 }
 
-// Each answers by the name that it is asked by, from one address: only --force goes on then.
 TEST_F(FirmwareCommandsTest, UpgradeSendsNothingOfAnArchiveThatChangedSinceItWasChecked)
 {
     card.behave(versions, [this](const FakeCard::Request&) { // asked for behind the check, and before the upgrade
@@ -255,6 +254,7 @@ TEST_F(FirmwareCommandsTest, UpgradeSendsNothingOfAnArchiveThatChangedSinceItWas
     EXPECT_TRUE(card.texts(upgrade).empty());
 }
 
+// Each answers by the name that it is asked by, from one address: only --force goes on then.
 TEST_F(FirmwareCommandsTest, UpgradesOfOneCardNeverOverlap)
 {
     card.behave(ipGet, [](const FakeCard::Request& request) {

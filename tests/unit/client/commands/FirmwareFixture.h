@@ -54,7 +54,6 @@ protected:
 
     const FakeCard::Answer old = says(versionsXml("KERN-6.1.0"));
     const FakeCard::Answer upgraded = says(versionsXml("KERN-7.0.0"));
-    const FakeCard::Answer hangUp{.hangsUp = true};
     const FakeCard::Answer silence{.keepsSilent = true};
     std::string archive = sandbox.path("/tmp/firmware.tar.gz");
 };

@@ -3,10 +3,10 @@
 #include "client/wire/Network.h"
 
 #include "support/ErrorText.h"
-#include "support/FakeCard.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
 #include "support/VirtualTime.h"
+#include "unit/client/CardAnswers.h"
 #include "unit/client/FailureOf.h"
 
 #include <cerrno>
@@ -15,14 +15,6 @@
 
 namespace
 {
-
-constexpr std::uint16_t versions = 1;
-constexpr std::uint16_t ipGet = 3;
-constexpr std::uint16_t ipSet = 4;
-constexpr std::uint16_t timeSet = 17;
-
-const FakeCard::Answer hangUp{.hangsUp = true};
-const FakeCard::Answer refusal{.status = 2};
 
 // One card behind the port that all cards have, asked over the loopback device.
 class NetworkTest : public SystemTest
