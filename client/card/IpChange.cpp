@@ -19,7 +19,6 @@ constexpr Seconds restartPause{0.5};    // while a card's network restarts
 constexpr Seconds firstResend{5};       // a card that has confirmed nothing may not have heard the change
 constexpr double resendGrowth = 2;      // each one restarts its network again
 constexpr Seconds shortestRollback{30}; // who gives up too early leaves a card where nobody looks for it
-constexpr int enoughQuestions = 3;      // to learn which of a card's interfaces are heard here
 
 bool isOnLinkHere(const std::vector<BroadcastSocket>& sockets, const std::optional<std::string>& address)
 {

@@ -6,15 +6,6 @@
 
 #include <algorithm>
 
-namespace
-{
-
-// A card serves what waits on its interfaces in turns, so an answer over one that was asked two questions earlier must
-// have come by now. One more bears a lost datagram.
-constexpr int enoughQuestions = 3;
-
-} // namespace
-
 // Over which of two DHCP interfaces an answer came is not known before both have answered.
 void IpBefore::hear(int question, const CardIp& answer)
 {

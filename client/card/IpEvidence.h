@@ -14,6 +14,10 @@
 // What a card's answers prove of a configuration: nothing, that its settings say so, or that its network does.
 enum class Proof { none, stored, applied };
 
+// A card serves what waits on its interfaces in turns, so an answer over one that was asked two questions earlier must
+// have come by now. One more bears a lost datagram.
+inline constexpr int enoughQuestions = 3;
+
 // What is known of an interface before it is changed.
 struct IpBefore {
     std::optional<InterfaceConfig> now; // unknown if the card refused to tell, or was not heard

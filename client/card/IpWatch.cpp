@@ -3,6 +3,7 @@
 #include "client/card/IpWatch.h"
 
 #include "client/card/Identity.h"
+#include "client/card/IpEvidence.h"
 
 #include <algorithm>
 
@@ -14,7 +15,6 @@ namespace
 constexpr Seconds firstPatience{1};
 constexpr Seconds longestPatience{8};
 constexpr double growth = 1.5;
-constexpr int enoughQuestions = 3; // for a card to have had its turn over each interface
 
 // Nothing if it makes no sense: a network that restarts gives that.
 std::optional<CardIp> readable(const CardReply& reply)

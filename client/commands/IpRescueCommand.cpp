@@ -153,11 +153,7 @@ protected:
         co_await change.lookBefore(wanted.settings, settingsOf(now, wanted.settings.name));
         result.changed = std::nullopt; // until the card is heard
         try {
-            const Proof proof = co_await change.force(wanted.settings, Seconds(ipOptions.wait));
-            report(proof, change, target.name, wanted.settings.name, result);
-        } catch (const Failure& failure) {
-            result.changed = change.isSent() ? result.changed : false;
-            throw change.explain(failure);
+            co_await force(change, target, wanted.settings, result);
         } catch (...) {
             result.changed = change.isSent() ? result.changed : false;
             throw;
@@ -218,6 +214,16 @@ private:
         const std::optional<std::string> address = workingAddress(target);
         if (address && !context.options.force && !context.options.dryRun) {
             throw needsForce(target.name, *address);
+        }
+    }
+
+    Task<void> force(IpChange& change, const Target& target, InterfaceConfig wanted, Result& result) const
+    {
+        try {
+            const Proof proof = co_await change.force(wanted, Seconds(ipOptions.wait));
+            report(proof, change, target.name, wanted.name, result);
+        } catch (const Failure& failure) {
+            throw change.explain(failure);
         }
     }
 

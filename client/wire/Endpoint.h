@@ -16,6 +16,7 @@ struct Endpoint {
     std::uint16_t port = cardPort;
     std::string interface = {}; // a connection leaves only there; empty: where the routes lead
 
+    // Who is there, not how it is reached: one card heard on two interfaces from one address is one.
     bool operator==(const Endpoint& other) const { return address == other.address && port == other.port; }
 };
 
