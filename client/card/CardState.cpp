@@ -19,6 +19,8 @@ std::string_view wordsOf(CardState state)
         return "no connection";
     case CardState::unreachable:
         return "unreachable";
+    case CardState::noAddress:
+        return "no address";
     case CardState::notFound:
         return "not found";
     }
@@ -38,6 +40,9 @@ CardState stateOf(const Failure& failure)
     }
     if (failure.category == Category::connectTimeout) {
         return CardState::noConnection;
+    }
+    if (failure.category == Category::noAddress) {
+        return CardState::noAddress;
     }
     if (failure.code == ExitCode::noAnswer) {
         return CardState::busy;

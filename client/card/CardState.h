@@ -16,7 +16,8 @@ enum class CardState {
     daemonDown,
     noConnection,
     unreachable,
-    notFound, // by its name
+    noAddress, // it is heard, but no connection leads to it
+    notFound,  // by its name
 };
 
 [[nodiscard]] std::string_view wordsOf(CardState state); // such as "up and idle"

@@ -25,20 +25,14 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         TimePoint start = Clock::now();
-        bool isFound = false;
         try {
             const Endpoint endpoint = co_await locate(context.network, target);
-            isFound = true;
             start = Clock::now();
             const Versions versions = co_await queryVersions(context.network, endpoint);
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
-            if (isFound) {
-                result.add("state", isOfThisMachine(failure) ? Cell() : std::string(wordsOf(stateOf(failure))));
-                result.add("seconds", Cell());
-            } else {
-                tellNotFound(result);
-            }
+            result.add("state", isOfThisMachine(failure) ? Cell() : std::string(wordsOf(stateOf(failure))));
+            result.add("seconds", Cell());
             throw;
         }
         result.add("state", std::string(wordsOf(CardState::upAndIdle)));

@@ -57,6 +57,7 @@ def test_a_card_without_an_address_is_not_mistaken_for_this_host(ctl: Ctl, scrat
         scratch.inside.run(["ip", "address", "flush", "dev", device])
     answer = ctl.json("-i", "lan0", "status", "rack1")
     assert (answer.code, answer.result["category"]) == (6, "no-address")
+    assert answer.result["state"] == "no address"
 
 
 def test_a_card_that_nobody_finds_is_in_no_state_of_its_own(ctl: Ctl) -> None:

@@ -10,7 +10,7 @@ namespace
 
 constexpr CardState all[] = {CardState::upAndIdle,   CardState::up,         CardState::busy,
                              CardState::strange,     CardState::daemonDown, CardState::noConnection,
-                             CardState::unreachable, CardState::notFound};
+                             CardState::unreachable, CardState::noAddress,  CardState::notFound};
 
 TEST(CardStateTest, HasWordsOfItsOwnForEach)
 {
@@ -28,6 +28,7 @@ TEST(CardStateTest, IsDownWhereNothingTakesConnections)
     EXPECT_TRUE(isDown(CardState::noConnection));
     EXPECT_TRUE(isDown(CardState::unreachable));
     EXPECT_TRUE(isDown(CardState::notFound));
+    EXPECT_FALSE(isDown(CardState::noAddress)); // it hears
     EXPECT_FALSE(isDown(CardState::up));
     EXPECT_FALSE(isDown(CardState::busy));
     EXPECT_FALSE(isDown(CardState::strange));
@@ -39,6 +40,7 @@ TEST(CardStateTest, FollowsFromHowAQuestionFailed)
     EXPECT_EQ(stateOf(Failure{ExitCode::unreachable, Category::refused, "", ""}), CardState::daemonDown);
     EXPECT_EQ(stateOf(Failure{ExitCode::unreachable, Category::connectTimeout, "", ""}), CardState::noConnection);
     EXPECT_EQ(stateOf(Failure{ExitCode::unreachable, Category::noRoute, "", ""}), CardState::unreachable);
+    EXPECT_EQ(stateOf(Failure{ExitCode::unreachable, Category::noAddress, "", ""}), CardState::noAddress);
     EXPECT_EQ(stateOf(Failure{ExitCode::noAnswer, Category::timeout, "", ""}), CardState::busy);
     EXPECT_EQ(stateOf(Failure{ExitCode::protocol, Category::garbage, "", ""}), CardState::strange);
 }
