@@ -39,6 +39,11 @@ std::string refuseNotANumber(const std::string& text)
     return std::isnan(std::strtod(text.c_str(), nullptr)) ? fmt::format("{} is no number", text) : std::string();
 }
 
+std::string refuseEmpty(const std::string& text)
+{
+    return text.empty() ? "it is empty" : "";
+}
+
 CLI::Option* addToParser(CLI::App& app, const OptionSpec& spec)
 {
     return std::visit(
@@ -71,6 +76,9 @@ void describe(CLI::App& app, const OptionSpec& spec)
         option->allow_extra_args(false); // -i lan0 card1: the second word is a target
     } else {
         option->option_text(" "); // its name says all
+    }
+    if (!spec.mayBeEmpty) {
+        option->check(refuseEmpty);
     }
     if (!spec.choices.empty()) {
         option->check(CLI::IsMember(spec.choices));

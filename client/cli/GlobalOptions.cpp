@@ -10,7 +10,8 @@ void GlobalOptions::declare(OptionSet& options)
     options.value("--timeout", &timeout, "SECONDS", "time for one step: to connect, to be answered (5)").minimum = 0.01;
     options.value("--retries", &retries, "N", "how often a request that changes nothing is repeated (2)");
     options.value("--parallel", &parallel, "N", "how many targets are served at the same time (64)").minimum = 1;
-    options.value("-i,--interface", &interfaces, "IF", "broadcast only on this interface (repeatable)");
+    options.value("-i,--interface", &interfaces, "IF", "broadcast only on this interface (repeatable)").mayBeEmpty =
+        false;
     options.value("--exclude", &exclude, "TARGET", "all targets but these: names, addresses, ranges (repeatable)");
     options.value("--groups", &groupsFile, "FILE", "file with card names and @groups");
     options.flag("--fold", fold, "print identical answers, and failures, once");

@@ -22,6 +22,7 @@ struct OptionSpec {
     std::vector<std::string> choices; // the only values accepted, if any
     bool required = false;
     double minimum = 0; // of numbers
+    bool mayBeEmpty = true;
 
     [[nodiscard]] bool isArgument() const { return names.front() != '-'; }
     [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(destination); }

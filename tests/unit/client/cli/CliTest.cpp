@@ -75,7 +75,9 @@ TEST(CommandLineTest, IsRefusedWithAUsageFailure)
                                                          {"--timeout", "nan", "versions", "card1"},
                                                          {"--timeout", "-NaN", "versions", "card1"},
                                                          {"reboot", "--wait-time", "nan", "card1"},
-                                                         {"--timeout", "soon", "versions", "card1"}};
+                                                         {"--timeout", "soon", "versions", "card1"},
+                                                         {"-i", "", "versions", "card1"},
+                                                         {"--interface", "", "versions", "card1"}};
     for (const std::vector<const char*>& words : wrong) {
         CommandLine line;
         EXPECT_EQ(failureOf([&] { parse(line, words); }).code, ExitCode::usage) << testing::PrintToString(words);
