@@ -3,13 +3,34 @@
 #include "client/card/Census.h"
 
 #include "client/card/Discovery.h"
+#include "client/model/Contains.h"
+#include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
+#include <fmt/ranges.h>
 
 namespace
 {
 
 constexpr Seconds listening{0.3}; // chosen: a card answers within milliseconds
+
+std::string twoCards(const std::string& address)
+{
+    return fmt::format("two cards share the address {}: it answered one probe twice", address);
+}
+
+std::string severalPlaces(const std::string& address, const std::vector<std::string>& interfaces)
+{
+    return fmt::format(
+        "two cards may share the address {}: it answered on {}; the card's name, or -i, tells them apart", address,
+        fmt::join(interfaces, " and on "));
+}
+
+std::string noWay(const std::string& address, const std::string& interface)
+{
+    return fmt::format("another card may have the address {}: it answered on {}, which is in no network of it", address,
+                       interface);
+}
 
 } // namespace
 
@@ -37,4 +58,36 @@ int Census::answersFrom(const std::string& address) const
         most = sender.first == address ? std::max(most, count) : most;
     }
     return most;
+}
+
+std::vector<std::string> Census::hearersOf(const std::string& address) const
+{
+    std::vector<std::string> interfaces;
+    for (const auto& [sender, count] : answers) {
+        if (sender.first == address) {
+            interfaces.push_back(sender.second);
+        }
+    }
+    return interfaces;
+}
+
+Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& known) const
+{
+    const std::string& address = endpoint.address;
+    if (answersFrom(address) > 1) {
+        return {twoCards(address)};
+    }
+    const std::vector<std::string> hearers = hearersOf(address);
+    if (!endpoint.interface.empty()) { // whoever has it elsewhere is not reached there
+        return {std::nullopt, contains(hearers, endpoint.interface) ? endpoint.interface : ""};
+    }
+    const auto isKnown = [&](const std::string& interface) { return known.contains({address, interface}); };
+    if (hearers.size() > 1 && !std::ranges::all_of(hearers, isKnown)) {
+        return {severalPlaces(address, hearers)};
+    }
+    const auto way = std::ranges::find_if(hearers, [&](const std::string& one) { return isInNetworkOf(one, address); });
+    if (way != hearers.end()) {
+        return {std::nullopt, *way};
+    }
+    return hearers.empty() ? Verdict{} : Verdict{noWay(address, hearers.front())};
 }

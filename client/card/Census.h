@@ -6,8 +6,13 @@
 #include "client/wire/Network.h"
 
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
+
+using Sender = std::pair<std::string, std::string>; // an address, and the interface on which it was heard
 
 // How often each address answered one and the same probe. Twice on one interface: two cards share it. Costs a warning
 // in the log of every card, and hears no card that is busy, or behind a router.
@@ -21,6 +26,15 @@ public:
     // The most that one interface heard.
     [[nodiscard]] int answersFrom(const std::string& address) const;
 
+    struct Verdict {
+        std::optional<std::string> objection; // why a connection may reach another card
+        std::string interface = {};           // where the address answered, and is reached; empty: nowhere
+    };
+    // The senders that are known to be the card that is meant are no others.
+    [[nodiscard]] Verdict judge(const Endpoint& endpoint, const std::set<Sender>& known) const;
+
 private:
-    std::map<std::pair<std::string, std::string>, int> answers; // by address and interface
+    [[nodiscard]] std::vector<std::string> hearersOf(const std::string& address) const;
+
+    std::map<Sender, int> answers;
 };

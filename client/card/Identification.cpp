@@ -27,6 +27,18 @@ void forEachPair(const std::vector<Identified>& cards, const Look& look)
     }
 }
 
+// Of all targets that are this card.
+std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identified& card)
+{
+    std::set<Sender> senders = card.heardAt;
+    for (const Identified& other : cards) {
+        if (isOneCard(card, other)) {
+            senders.insert(other.heardAt.begin(), other.heardAt.end());
+        }
+    }
+    return senders;
+}
+
 } // namespace
 
 Identification::Identification(Network& newNetwork, Way newWay, Caution newCaution)
@@ -162,6 +174,7 @@ Task<void> Identification::takeSilence(Identified& card, Lookup& lookup) const
 void Identification::takeAnswers(Identified& card, const std::vector<CardReply>& answers) const
 {
     for (const CardReply& answer : answers) {
+        card.heardAt.insert({answer.address, answer.interface});
         if (!contains(card.heardFrom, answer.address)) {
             card.heardFrom.push_back(answer.address);
         }
@@ -188,7 +201,6 @@ void Identification::object(Identified& card, std::string why) const
         card.warnings.push_back(std::move(why));
     } else if (!card.refusal) {
         card.refusal = ambiguous(std::move(why));
-        card.sameAs.reset(); // or nobody would hear of it
     }
 }
 
@@ -218,6 +230,14 @@ void Identification::compare(std::vector<Identified>& cards) const
             compareNames(cards, one, other);
         }
     });
+    markTwice(cards);
+}
+
+void Identification::markTwice(std::vector<Identified>& cards)
+{
+    for (Identified& card : cards) {
+        card.sameAs.reset();
+    }
     forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
         if (!cards[later].sameAs && isOneCard(cards[earlier], cards[later])) {
             cards[later].sameAs = cards[earlier].sameAs.value_or(earlier);
@@ -227,12 +247,21 @@ void Identification::compare(std::vector<Identified>& cards) const
 
 void Identification::check(std::vector<Identified>& cards, const Census& census) const
 {
-    for (Identified& card : cards) {
+    std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
+    for (const Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;
-        const int answers = endpoint && endpoint->port == cardPort ? census.answersFrom(endpoint->address) : 0;
-        card.checked = !card.refusal && answers == 1;
-        if (answers > 1) {
-            object(card, fmt::format("two cards share the address {}: it answered one probe twice", endpoint->address));
+        const bool isCovered = endpoint && endpoint->port == cardPort;
+        verdicts.push_back(isCovered ? census.judge(*endpoint, sendersOf(cards, card)) : Census::Verdict{});
+    }
+    for (std::size_t index = 0; index < cards.size(); ++index) {
+        Identified& card = cards[index];
+        Census::Verdict& verdict = verdicts[index];
+        if (verdict.objection) {
+            object(card, *std::move(verdict.objection));
+        } else if (!card.refusal && !verdict.interface.empty()) {
+            card.target.endpoint->interface = std::move(verdict.interface);
+            card.checked = true;
         }
     }
+    markTwice(cards);
 }

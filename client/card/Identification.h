@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,7 @@ enum class Way { byName, overTcp, byNameUnheard };
 struct Identified {
     Target target;                      // over TCP with its endpoint
     std::vector<std::string> heardFrom; // addresses that it answered from
+    std::set<Sender> heardAt;           // the same with the interfaces
     std::vector<std::string> stated;    // addresses in its settings
     std::optional<Failure> refusal;     // why nothing may be sent to it
     std::optional<std::size_t> sameAs;  // the earlier target that is the same card
@@ -52,7 +54,7 @@ public:
     void compare(std::vector<Identified>& cards) const;
     // The answers to the name of a card, of which there are some.
     void hear(Identified& card, std::vector<CardReply> answers) const;
-    // An address that answered twice is refused.
+    // An address that may be that of two cards is refused, and any other is reached where it answered.
     void check(std::vector<Identified>& cards, const Census& census) const;
 
 private:
@@ -63,6 +65,7 @@ private:
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
+    static void markTwice(std::vector<Identified>& cards);
     void object(Identified& card, std::string why) const;
     Task<void> probe(std::vector<Identified>& cards) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;

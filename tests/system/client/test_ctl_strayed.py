@@ -101,3 +101,40 @@ def test_a_connection_goes_to_the_interface_that_the_card_was_heard_on(
     assert ctl.json("--no-probe", "firmware", "upgrade", firmware, "rack2").code == 0
     assert Snapshot([rack[0]]) == before
     assert rack[1].inside.read("/etc/pnr/kernel").strip() == "KERN-7.0.0"
+
+
+def test_an_address_that_a_card_answers_from_in_the_wrong_network_is_refused(
+    ctl: Ctl, rack: list[Card], strayed: str
+) -> None:
+    before = Snapshot(rack)
+    answer = ctl.json(*NTP, strayed)
+    assert (answer.code, answer.result["checked"]) == (11, False)
+    assert Snapshot(rack) == before
+
+
+def test_an_address_of_one_network_on_two_interfaces_is_refused(
+    ctl: Ctl, rack: list[Card], same_network_twice: str
+) -> None:
+    before = Snapshot(rack[:2])
+    answer = ctl.json(*NTP, same_network_twice)
+    assert (answer.code, answer.result["checked"]) == (11, False)
+    assert Snapshot(rack[:2]) == before
+
+
+def test_the_name_of_a_card_tells_it_from_another_of_its_address(
+    ctl: Ctl, rack: list[Card], same_network_twice: str
+) -> None:
+    before = Snapshot(rack[:1])
+    answer = ctl.json(*NTP, same_network_twice, "rack2")
+    assert [(result["code"], result["checked"]) for result in answer.results] == [(11, False), (0, True)]
+    assert Snapshot(rack[:1]) == before
+
+
+def test_an_address_is_reached_on_the_interface_that_was_asked(
+    ctl: Ctl, rack: list[Card], same_network_twice: str
+) -> None:
+    """The routes lead to rack1."""
+    before = Snapshot(rack[:1])
+    answer = ctl.json("-i", "lan1", *NTP, same_network_twice)
+    assert (answer.code, answer.result["checked"]) == (0, True)
+    assert Snapshot(rack[:1]) == before

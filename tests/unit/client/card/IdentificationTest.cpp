@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Identification.h"
 
+#include "support/FakeInterface.h"
+
 #include <gtest/gtest.h>
 
 namespace
@@ -37,6 +39,23 @@ protected:
     void compare(Caution caution = {}) { Identification(network, Way::overTcp, caution).compare(cards); }
     void check(const Census& census) { Identification(network, Way::overTcp, {}).check(cards, census); }
 
+    static Identified heardOn(const std::string& name, const std::string& address, const std::string& interface)
+    {
+        Identified card = heard(name, address);
+        card.target.endpoint->interface = interface;
+        card.heardAt = {{address, interface}};
+        return card;
+    }
+    static Census answered(const std::vector<Sender>& senders)
+    {
+        Census census;
+        for (const auto& [address, interface] : senders) {
+            census.note({{}, address, cardPort, interface});
+        }
+        return census;
+    }
+
+    FakeInterface lan{"lan0", "10.0.0.1", "255.255.255.0"};
     EventLoop loop;
     Network network{loop, {}};
     std::vector<Identified> cards;
@@ -211,6 +230,66 @@ TEST_F(IdentificationTest, TellsOfTheDoubledAddressOfACardThatIsNamedToo)
     check(census);
     EXPECT_TRUE(cards[1].refusal);
     EXPECT_FALSE(cards[1].sameAs);
+}
+
+TEST_F(IdentificationTest, RefusesAnAddressThatAnsweredOnTwoInterfaces)
+{
+    cards = {given("10.0.0.12"), given("10.0.0.13")};
+    check(answered({{"10.0.0.12", "lan0"}, {"10.0.0.12", "lan1"}, {"10.0.0.13", "lan0"}}));
+    ASSERT_TRUE(cards[0].refusal);
+    EXPECT_EQ(cards[0].refusal->code, ExitCode::ambiguous);
+    EXPECT_NE(cards[0].refusal->hint.find("on lan0 and on lan1"), std::string::npos);
+    EXPECT_FALSE(cards[0].checked || cards[1].refusal);
+    EXPECT_TRUE(cards[1].checked);
+}
+
+TEST_F(IdentificationTest, RefusesAnAddressThatAnsweredWhereItsNetworkIsNot)
+{
+    cards = {given("10.0.1.13")};
+    check(answered({{"10.0.1.13", "lan0"}}));
+    ASSERT_TRUE(cards[0].refusal);
+    EXPECT_EQ(cards[0].refusal->code, ExitCode::ambiguous);
+    EXPECT_FALSE(cards[0].checked);
+}
+
+TEST_F(IdentificationTest, ReachesAnAddressWhereItAnswered)
+{
+    cards = {given("10.0.0.13"), given("10.0.0.14")};
+    check(answered({{"10.0.0.13", "lan0"}}));
+    EXPECT_EQ(cards[0].target.endpoint->interface, "lan0");
+    EXPECT_EQ(cards[1].target.endpoint->interface, "");
+}
+
+TEST_F(IdentificationTest, TakesACardThatItsNameWasHeardFromOnBothInterfacesForOne)
+{
+    for (const bool isNameFirst : {true, false}) {
+        Identified named = heardOn("card1", "10.0.0.12", "lan0");
+        named.heardAt.insert({"10.0.0.12", "lan1"});
+        cards = {given("10.0.0.12")};
+        cards.insert(isNameFirst ? cards.begin() : cards.end(), named);
+        compare();
+        check(answered({{"10.0.0.12", "lan0"}, {"10.0.0.12", "lan1"}}));
+        EXPECT_TRUE(cards[0].checked && cards[1].checked);
+        EXPECT_EQ(cards[1].sameAs, 0U);
+    }
+}
+
+TEST_F(IdentificationTest, ReachesANameWhereItWasHeardWhoeverHasItsAddressElsewhere)
+{
+    cards = {given("10.0.0.12"), heardOn("card1", "10.0.0.12", "lan0")};
+    compare();
+    ASSERT_EQ(cards[1].sameAs, 0U);
+    check(answered({{"10.0.0.12", "lan0"}, {"10.0.0.12", "lan1"}}));
+    EXPECT_TRUE(cards[0].refusal);
+    EXPECT_FALSE(cards[1].refusal || cards[1].sameAs);
+    EXPECT_TRUE(cards[1].checked);
+}
+
+TEST_F(IdentificationTest, HasNotCheckedANameWhoseAddressAnsweredElsewhereOnly)
+{
+    cards = {heardOn("card1", "10.0.0.12", "lan0")};
+    check(answered({{"10.0.0.12", "lan1"}}));
+    EXPECT_FALSE(cards[0].refusal || cards[0].checked);
 }
 
 } // namespace
