@@ -38,7 +38,7 @@ Task<void> Census::take(Network& network)
 {
     const Request probe = Discovery::makeProbes().first;
     const std::vector<BroadcastSocket> sockets = network.openInterfaces();
-    network.broadcast(sockets, probe);
+    network.broadcast(sockets, probe, Reach::allInterfaces);
     Listening time(after(listening));
     for (;;) {
         const std::optional<Datagram> datagram = co_await network.receive(sockets, time);

@@ -58,7 +58,7 @@ void Lookup::ask(Asked& one)
     do {
         request = textRequest(CommandId::ipConfigGet, ipConfigGetXml(one.name));
     } while (!bySequence.emplace(request.header.sequenceId, &one).second);
-    network.broadcast(sockets, request);
+    network.broadcast(sockets, request, hearsOut ? Reach::allInterfaces : Reach::anyInterface);
     one.requests.push_back(std::move(request));
 }
 

@@ -85,7 +85,7 @@ std::vector<std::string> eachOnce(std::vector<std::string> names)
     return names;
 }
 
-NetworkOptions networkOptions(const CommandLine& line)
+NetworkOptions networkOptions(const CommandLine& line, const Console& console)
 {
     const GlobalOptions& options = line.options;
     const DryRun whenDry = line.command->changesCards() ? DryRun::changes : DryRun::everything;
@@ -95,6 +95,7 @@ NetworkOptions networkOptions(const CommandLine& line)
     result.policy.retries = options.retries;
     result.interfaces = eachOnce(options.interfaces);
     result.dryRun = options.dryRun ? whenDry : DryRun::off;
+    result.warn = [&console](const std::string& text) { console.warning(text); };
     return result;
 }
 
@@ -125,7 +126,7 @@ ExitCode runCommand(CommandLine& line)
     const std::unique_ptr<Writer> writer =
         makeWriter(options.output, options.columns ? columnNames(*options.columns) : std::vector<std::string>());
     const Inventory inventory = Inventory::load(options.groupsFile);
-    Network network(loop, networkOptions(line), frameTrace(console));
+    Network network(loop, networkOptions(line, console), frameTrace(console));
     Context context{options, loop, console, *writer, network, inventory};
     return line.command->run(context);
 }

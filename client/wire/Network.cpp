@@ -24,6 +24,11 @@ Failure nobodyAnswered(const std::string& name)
                     name, cardPort)};
 }
 
+Failure notSent(std::string hint)
+{
+    return {ExitCode::unreachable, Category::noNetwork, "sending a broadcast", std::move(hint)};
+}
+
 } // namespace
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
@@ -139,20 +144,26 @@ std::vector<BroadcastSocket> Network::openInterfaces(const std::string& onlyInte
     return sockets;
 }
 
-void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request) const
+void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request, Reach reach)
 {
-    int error = 0;
-    bool sent = false;
+    std::vector<std::pair<std::string, int>> failed;
     for (const BroadcastSocket& socket : sockets) {
-        if (socket.broadcast(request)) {
-            sent = true;
-        } else {
-            error = errno;
+        if (!socket.broadcast(request)) {
+            failed.emplace_back(socket.interface(), errno);
         }
     }
-    if (!sent) {
-        throw Failure{ExitCode::unreachable, Category::noNetwork, "sending a broadcast",
-                      fmt::format("no interface took the datagram: {}", ::strerror(error))};
+    if (failed.size() == sockets.size()) {
+        throw notSent(fmt::format("no interface took the datagram: {}", ::strerror(failed.back().second)));
+    }
+    for (const auto& [interface, error] : failed) {
+        const std::string what =
+            fmt::format("{} took no broadcast, so that nobody there was asked: {}", interface, ::strerror(error));
+        if (reach == Reach::allInterfaces) {
+            throw notSent(what + "; -i leaves an interface out");
+        }
+        if (options.warn && deaf.insert(interface).second) {
+            options.warn(what);
+        }
     }
 }
 

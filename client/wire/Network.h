@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -63,7 +64,11 @@ struct NetworkOptions {
     std::vector<std::string> interfaces; // for broadcasts; none: all that can
     DryRun dryRun = DryRun::off;
     bool timeoutGiven = false; // by the user, who then means it for everything
+    std::function<void(const std::string&)> warn = {};
 };
+
+// Which interfaces must take a broadcast: before a change all of them, because whoever is not asked may be meant.
+enum class Reach { anyInterface, allInterfaces };
 
 // Requests and their answers: what commands use of the wire. Nothing here waits in any other way than in the loop,
 // and no socket outlives its exchange. What a dry run holds back throws NotSent before any card is contacted.
@@ -101,8 +106,9 @@ public:
     // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none, and an
     // internal one if this machine gives no socket.
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;
-    // Throws an unreachable Failure if no interface took it.
-    void broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request) const;
+    // Throws an unreachable Failure if no interface took it, or one that must did not; of others it warns once.
+    void broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request,
+                   Reach reach = Reach::anyInterface);
     // The next datagram; nothing at the end. Others are served between two of them.
     Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, Listening& listening);
 
@@ -127,6 +133,7 @@ private:
 
     NetworkOptions options;
     Wire wire;
+    std::set<std::string> deaf; // interfaces that were warned of
 };
 
 // The reply in a datagram, if it answers the request and is well formed; nothing otherwise.

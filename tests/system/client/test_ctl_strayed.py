@@ -138,3 +138,38 @@ def test_an_address_is_reached_on_the_interface_that_was_asked(
     answer = ctl.json("-i", "lan1", *NTP, same_network_twice)
     assert (answer.code, answer.result["checked"]) == (0, True)
     assert Snapshot(rack[:1]) == before
+
+
+@pytest.fixture
+def deaf_interface() -> Iterator[None]:
+    """This machine takes no request to cards on its second interface."""
+    subprocess.run(["nft", "add", "table", "ip", "deaf"], check=True)
+    try:
+        subprocess.run(["nft", "add chain ip deaf o { type filter hook output priority 0; }"], check=True)
+        subprocess.run(["nft", "add rule ip deaf o oifname lan1 udp dport 50003 drop"], check=True)
+        yield
+    finally:
+        subprocess.run(["nft", "delete", "table", "ip", "deaf"], check=True)
+
+
+@pytest.mark.usefixtures("deaf_interface")
+@pytest.mark.parametrize("by_name", [True, False], ids=["name", "address"])
+def test_nothing_is_changed_if_an_interface_takes_no_broadcast(
+    ctl: Ctl, rack: list[Card], twin: Card, by_name: bool
+) -> None:
+    """The second card of that name is on its network only."""
+    twin.set_link("eth0", False)
+    before = Snapshot([*rack, twin])
+    target = "rack1" if by_name else rack[0].address("eth0") or ""
+    answer = ctl.json(*NTP, target)
+    assert (answer.code, answer.result["category"], answer.result["changed"]) == (6, "no-network", False)
+    assert answer.result["hint"].startswith("lan1 took no broadcast")
+    assert Snapshot([*rack, twin]) == before
+    assert ctl.json("-i", "lan0", "--dry-run", *NTP, target).code == 0
+
+
+@pytest.mark.usefixtures("deaf_interface", "rack")
+def test_an_interface_that_takes_no_broadcast_is_told_once_to_who_reads(ctl: Ctl) -> None:
+    answer = ctl("versions", "rack1", "rack2")
+    assert answer.code == 0
+    assert answer.err.count("warning: lan1 took no broadcast") == 1

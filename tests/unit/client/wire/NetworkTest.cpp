@@ -118,6 +118,40 @@ TEST_F(NetworkTest, TellsARefusalByNameUnlessAnyStatusWillDo)
     EXPECT_EQ(loop.run(network.askAnybody(readingByName)).header.status, 2);
 }
 
+// Two interfaces, of which the first takes no broadcast.
+class HalfDeafNetworkTest : public NetworkTest
+{
+protected:
+    void broadcast(Reach reach)
+    {
+        failNext("sendto", EPERM);
+        both.broadcast(sockets, reading, reach);
+    }
+
+    std::vector<std::string> warnings;
+    Network both{loop, {.policy = {}, .interfaces = {"lo", "lo"}, .warn = [this](const auto& text) {
+                            warnings.push_back(text);
+                        }}};
+    std::vector<BroadcastSocket> sockets = both.openInterfaces();
+    const std::string lo = errorText("lo took no broadcast, so that nobody there was asked: ", EPERM);
+};
+
+TEST_F(HalfDeafNetworkTest, WarnsOnceOfAnInterfaceThatTakesNoBroadcast)
+{
+    broadcast(Reach::anyInterface);
+    broadcast(Reach::anyInterface);
+    EXPECT_EQ(warnings, std::vector<std::string>{lo});
+}
+
+TEST_F(HalfDeafNetworkTest, FailsIfAllInterfacesMustTakeIt)
+{
+    const Failure failure = failureOf([&] { broadcast(Reach::allInterfaces); });
+    EXPECT_EQ(failure.code, ExitCode::unreachable);
+    EXPECT_EQ(failure.category, Category::noNetwork);
+    EXPECT_EQ(failure.hint, lo + "; -i leaves an interface out");
+    EXPECT_TRUE(warnings.empty());
+}
+
 TEST_F(NetworkTest, TellsAnInterfaceThatIsNone)
 {
     const Network wrong(loop, {{}, {"no-such-dev"}});
