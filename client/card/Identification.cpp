@@ -66,6 +66,9 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
 
 Task<void> Identification::probe(std::vector<Identified>& cards) const
 {
+    if (std::ranges::none_of(cards, [](const Identified& card) { return !card.refusal; })) {
+        co_return; // it costs every card a warning
+    }
     Census census;
     const std::optional<Failure> failure = co_await failureOf(census.take(network));
     if (failure) {

@@ -173,3 +173,10 @@ def test_an_interface_that_takes_no_broadcast_is_told_once_to_who_reads(ctl: Ctl
     answer = ctl("versions", "rack1", "rack2")
     assert answer.code == 0
     assert answer.err.count("warning: lan1 took no broadcast") == 1
+
+
+def test_who_is_refused_already_is_no_reason_to_probe(ctl: Ctl, rack: list[Card]) -> None:
+    mark = rack[0].records.log_mark()
+    assert ctl.json("--timeout", "0.5", *NTP, "nobody").code == 5
+    assert ctl("versions", "rack1").code == 0  # which it answers after all that came before
+    assert not any("Unknown command" in line.text for line in rack[0].records.log_lines(mark))
