@@ -18,6 +18,6 @@ Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
 Failure notHeard(const Target& target, const Failure& silence)
 {
     return {silence.code, silence.category, silence.phase,
-            fmt::format("only the groups file says that {} is at {}: {}. --trust-groups believes the file", target.name,
-                        target.endpoint->address, silence.hint)};
+            fmt::format("only the groups file says where {} is: {}. --trust-groups believes the file", target.name,
+                        silence.hint)};
 }

@@ -163,12 +163,13 @@ Task<void> Identification::takeSilence(Identified& card, Lookup& lookup) const
     if (way == Way::byNameUnheard) {
         co_return;
     }
-    const Failure silence = co_await lookup.explainSilence(target.name);
+    Silence silence = co_await lookup.explainSilence(target.name);
+    card.silence = std::move(silence.fields);
     if (way != Way::overTcp || !target.endpoint) {
-        throw Failure(silence);
+        throw Failure(silence.failure);
     }
     if (!caution.trustGroups) {
-        throw Failure(notHeard(target, silence));
+        throw Failure(notHeard(target, silence.failure));
     }
     card.warnings.push_back(
         fmt::format("not heard by its name; the groups file says that it is at {}", target.endpoint->address));

@@ -31,6 +31,7 @@ struct Identified {
     std::set<Sender> heardAt;           // the same with the interfaces
     std::vector<std::string> stated;    // addresses in its settings
     std::optional<Failure> refusal;     // why nothing may be sent to it
+    Row silence;                        // what is known of a name that was not heard
     std::optional<std::size_t> sameAs;  // the earlier target that is the same card
     std::vector<std::string> warnings;  // what --force went over
     bool checked = false;               // its address was seen to be that of one card only

@@ -28,11 +28,18 @@ constexpr std::size_t mostAnswers = 100;
 Failure notFound()
 {
     return {ExitCode::noAnswer, Category::notFound, lookingForCard,
-            fmt::format("nobody answered by this name: no card has it (case counts), it or its daemon is down, it is "
-                        "busy (with an archive, an upgrade or its time service a card hears nothing), it is behind a "
-                        "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
-                        "broadcast from the card's port {}",
-                        cardPort)};
+            fmt::format("nobody answered by this name: {}", causesOfSilence())};
+}
+
+Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow)
+{
+    Silence silence;
+    silence.failure = {ExitCode::noAnswer, Category::notHeard, lookingForCard,
+                       fmt::format("not heard; last at an address that {}", thereNow)};
+    silence.fields.push_back({"last_address", last.address, true});
+    silence.fields.push_back({"last_heard", ageText(secondsNow() - last.moment) + " ago", true});
+    silence.fields.push_back({"there_now", thereNow});
+    return silence;
 }
 
 } // namespace
@@ -228,18 +235,14 @@ std::vector<std::string> Lookup::secondAnswers()
     return doubts;
 }
 
-Task<Failure> Lookup::explainSilence(std::string name)
+Task<Silence> Lookup::explainSilence(std::string name)
 {
     const std::optional<LastHeard::Hearing> last = lastHeard.of(name);
     if (!last) {
-        co_return notFound();
+        co_return Silence{notFound(), {}};
     }
-    if (!explained) {
-        explained = network.deadline();
-    }
+    explained = explained.value_or(network.deadline());
     const Endpoint there{last->address};
-    const std::string state = co_await whatIsAt(network, there, *explained);
-    co_return Failure{
-        ExitCode::noAnswer, Category::notHeard, lookingForCard,
-        fmt::format("not heard; last at {}, {} ago, {}", last->address, ageText(secondsNow() - last->moment), state)};
+    const std::string thereNow = co_await whatIsAt(network, there, *explained);
+    co_return silenceSince(*last, thereNow);
 }

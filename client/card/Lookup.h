@@ -5,6 +5,7 @@
 #include "client/card/LastHeard.h"
 #include "client/engine/Signal.h"
 #include "client/engine/Task.h"
+#include "client/model/Result.h"
 #include "client/wire/Network.h"
 
 #include <cstddef>
@@ -15,6 +16,12 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+// Why nobody answered by a name, in words that are the same for many, and what is known of this one.
+struct Silence {
+    Failure failure;
+    Row fields;
+};
 
 // Looks up many names at once: all share one socket on each interface and one time-out, so that names that are nobody's
 // delay no others. A card keeps only what its socket's buffer holds while it works, so the requests leave in small
@@ -43,7 +50,7 @@ public:
 
     // Why there was none, for people: also where the name was last heard, and what is there now. For all that are
     // looked at one time-out is shared.
-    Task<Failure> explainSilence(std::string name);
+    Task<Silence> explainSilence(std::string name);
 
     // Names that another card answered, too, until now, each as a sentence that names the senders. Waits for nothing.
     std::vector<std::string> secondAnswers();

@@ -7,27 +7,29 @@
 namespace
 {
 
+constexpr const char* answersAsAnother = "answers as a card, but not by this name";
+
 // What one sees of a host that told no versions.
 std::string whatWasSeen(const Failure& failure)
 {
     if (failure.code == ExitCode::refusedByCard) {
-        return "where a card answers, but not by this name";
+        return answersAsAnother;
     }
     switch (failure.category) {
     case Category::timeout:
-        return "which accepts connections and does not answer";
+        return "accepts connections and does not answer";
     case Category::closed:
-        return "which accepts connections and closes them without an answer";
+        return "accepts connections and closes them without an answer";
     case Category::refused:
-        return "which refuses connections";
+        return "refuses connections";
     case Category::connectTimeout:
     case Category::noRoute:
-        return "which takes no connection";
+        return "takes no connection";
     case Category::noNetwork:
     case Category::noSocket:
-        return "which was not looked at: " + failure.hint;
+        return "was not looked at: " + failure.hint;
     default:
-        return "which answers something else than a card";
+        return "answers something else than a card";
     }
 }
 
@@ -36,14 +38,14 @@ std::string whatWasSeen(const Failure& failure)
 Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
 {
     if (!network.admitsProbes()) {
-        co_return "which was not looked at";
+        co_return "was not looked at";
     }
     if (Clock::now() >= deadline) {
-        co_return "which was not looked at: others took the time";
+        co_return "was not looked at: others took the time";
     }
     try { // one connection: a card that stands still keeps no second one waiting
         co_await queryVersionsUntil(network, endpoint, deadline);
-        co_return "where a card answers, but not by this name";
+        co_return answersAsAnother;
     } catch (const Failure& failure) {
         co_return whatWasSeen(failure);
     }

@@ -61,7 +61,10 @@ std::vector<Column> TargetCommand::columnsWhen(bool dryRun) const
         all.emplace_back("checked");
     }
     if (tellsWhereFrom()) {
-        all.emplace_back("address_from").isAside = true;
+        all.emplace_back("address_from").shown = Shown::inCsvOnly;
+    }
+    for (const char* name : {"last_address", "last_heard", "there_now"}) { // of a name that is silent
+        all.emplace_back(name).shown = Shown::nowhere;
     }
     if (dryRun) {
         all.insert(all.end(), {{"xml"}, {"frame"}});

@@ -101,12 +101,14 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
     run.context.console.progress(target.label, {"waiting for the answer"});
     run.context.loop.refuseAfterInterrupt();
     if (card.refusal) {
+        std::ranges::copy(card.silence, std::back_inserter(result.fields));
         throw Failure(*card.refusal);
     }
     if (isLookedUp && !target.heard && !isPatient()) {
         tellNotFound(result);
-        Failure failure = co_await run.lookup.explainSilence(target.name);
-        throw Failure(failure);
+        const Silence silence = co_await run.lookup.explainSilence(target.name);
+        std::ranges::copy(silence.fields, std::back_inserter(result.fields));
+        throw Failure(silence.failure);
     }
     co_await work(run.context, target, result);
 }

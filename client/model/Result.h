@@ -19,6 +19,7 @@ using Cell = std::variant<std::monostate, bool, std::int64_t, double, std::strin
 struct Field {
     std::string name;
     Cell value;
+    bool isOwn = false; // of this target alone: makes it no other answer
 
     bool operator==(const Field&) const = default;
 };

@@ -7,13 +7,16 @@
 #include <string_view>
 #include <vector>
 
+// Where a column is that the user did not choose.
+enum class Shown { always, inCsvOnly, nowhere };
+
 // A column of a table or of CSV.
 struct Column {
     Column(std::string newName, std::size_t newWidth = 0) : name(std::move(newName)), width(newWidth) {}
 
     std::string name;
-    std::size_t width;    // of a table that is printed row by row, before all of its rows are known; else 0
-    bool isAside = false; // is in a table only if the user chose it
+    std::size_t width; // of a table that is printed row by row, before all of its rows are known; else 0
+    Shown shown = Shown::always;
 };
 
 // "ok,code" as its words.

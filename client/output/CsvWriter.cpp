@@ -46,6 +46,9 @@ public:
     {
         columns = chosen.empty() ? allColumns({"target", "ok", "code", "category", "changed"}, own)
                                  : chooseColumns(chosen, own);
+        if (chosen.empty()) {
+            std::erase_if(columns, [](const Column& column) { return column.shown == Shown::nowhere; });
+        }
         std::vector<std::string> names;
         std::transform(columns.begin(), columns.end(), std::back_inserter(names),
                        [](const Column& column) { return column.name; });

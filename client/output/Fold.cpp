@@ -15,11 +15,16 @@ bool isMeasured(const Field& field)
     return std::holds_alternative<double>(field.value);
 }
 
+bool isAside(const Field& field)
+{
+    return isMeasured(field) || field.isOwn;
+}
+
 // What was measured differs always and does not make another answer.
 bool sameFields(const Row& one, const Row& other)
 {
     return std::equal(one.begin(), one.end(), other.begin(), other.end(), [](const Field& left, const Field& right) {
-        return left == right || (left.name == right.name && isMeasured(left) && isMeasured(right));
+        return left == right || (left.name == right.name && isAside(left) && isAside(right));
     });
 }
 
@@ -35,10 +40,10 @@ bool sameAnswer(const Result& one, const Result& other)
            one.list == other.list && !one.longList && !other.longList;
 }
 
-void removeMeasured(Row& fields)
+void removeAside(Row& fields)
 {
     for (Field& field : fields) {
-        if (isMeasured(field)) {
+        if (isAside(field)) {
             field.value = Cell();
         }
     }
@@ -68,7 +73,7 @@ std::vector<Result> fold(std::vector<Result> results)
     for (Group& group : groups) {
         group.answer.target = foldRanges(group.targets);
         if (group.targets.size() > 1) {
-            removeMeasured(group.answer.fields);
+            removeAside(group.answer.fields);
         }
         folded.push_back(std::move(group.answer));
     }

@@ -3,6 +3,7 @@
 #include "client/output/Report.h"
 
 #include "client/output/Console.h"
+#include "client/output/Lines.h"
 #include "client/output/Printable.h"
 
 #include <algorithm>
@@ -19,6 +20,17 @@ bool fits(const std::string& line)
     return columnsOf(line) <= widestLine;
 }
 
+// What is known of this target alone: " (10.0.0.11, 2 min ago)".
+std::string ownWords(const Result& failed)
+{
+    std::string words;
+    for (const Field& field : failed.fields) {
+        const std::string text = field.isOwn ? printable(textOf(field.value)) : "";
+        words += text.empty() ? "" : fmt::format("{}{}", words.empty() ? " (" : ", ", text);
+    }
+    return words.empty() ? words : words + ")";
+}
+
 // Targets that were put together may be many; then they have a line of their own, since none of them may be missing.
 std::string headOf(const Result& failed)
 {
@@ -30,6 +42,17 @@ std::string headOf(const Result& failed)
     const std::string line = fmt::format("{}: {}", target, what);
     const bool isWide = columnsOf(target) > widestLine / 2;
     return isWide && !fits(line) ? fmt::format("{}\n  {}", cutTo(what, widestLine), target) : cutTo(line, widestLine);
+}
+
+std::string headWithOwn(const Result& failed)
+{
+    const std::string head = headOf(failed);
+    const std::string own = ownWords(failed);
+    if (own.empty() || fits(head + own)) {
+        return head + own;
+    }
+    const std::string brief = fmt::format("{}: {}{}", printable(failed.target), wordOf(failed.category), own);
+    return fits(brief) ? brief : fmt::format("{}\n {}", head, own);
 }
 
 std::string wordsOf(Category category)
@@ -57,7 +80,7 @@ void Report::tell(const Result& result)
         }
         return;
     }
-    const std::string head = headOf(result);
+    const std::string head = headWithOwn(result);
     const std::string whole = fmt::format("{}: {}", head, printable(result.hint));
     if (fits(whole)) {
         console.error(whole);

@@ -123,10 +123,10 @@ public:
     {
         isRowByRow = std::any_of(own.begin(), own.end(), [](const Column& column) { return column.width > 0; });
         std::copy_if(own.begin(), own.end(), std::back_inserter(aside),
-                     [](const Column& column) { return column.isAside; });
+                     [](const Column& column) { return column.shown != Shown::always; });
         columns = chosen.empty() ? allColumns({"target"}, own) : chooseColumns(chosen, own);
         if (chosen.empty()) {
-            std::erase_if(columns, [](const Column& column) { return column.isAside; });
+            std::erase_if(columns, [](const Column& column) { return column.shown != Shown::always; });
         }
         if (isRowByRow) {
             columns = withHeadings(std::move(columns));

@@ -13,15 +13,10 @@ namespace
 
 Failure nobodyAnswered(const std::string& name)
 {
-    return {
-        ExitCode::noAnswer,
-        Category::timeout,
-        {},
-        fmt::format("nobody answered as \"{}\": no card has this name (case counts), it or its daemon is down, it is "
-                    "busy (with an archive, an upgrade or its time service a card hears nothing), it is behind a "
-                    "router (broadcasts stay on the local network), or a firewall here drops the reply, which is a "
-                    "broadcast from the card's port {}",
-                    name, cardPort)};
+    return {ExitCode::noAnswer,
+            Category::timeout,
+            {},
+            fmt::format("nobody answered as \"{}\": {}", name, causesOfSilence())};
 }
 
 Failure notSent(std::string hint)
@@ -30,6 +25,15 @@ Failure notSent(std::string hint)
 }
 
 } // namespace
+
+std::string causesOfSilence()
+{
+    return fmt::format(
+        "no card has this name (case counts), it or its daemon is down, it is busy (with an archive, an "
+        "upgrade or its time service a card hears nothing), it is behind a router (broadcasts stay on the "
+        "local network), or a firewall here drops the reply, which is a broadcast from the card's port {}",
+        cardPort);
+}
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
 {

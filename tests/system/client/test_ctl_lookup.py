@@ -89,8 +89,9 @@ def test_a_stopped_card_is_not_heard_instead_of_not_found(ctl: Ctl, scratch: Car
     finally:
         scratch.daemon.kill(signal.SIGCONT)
     assert (result["code"], result["category"]) == (5, "not-heard")
-    assert result["hint"].startswith(f"not heard; last at {address}, ")
-    assert result["hint"].endswith("which accepts connections and does not answer")
+    assert result["last_address"] == address
+    assert result["last_heard"].endswith(" ago")
+    assert result["there_now"] == "accepts connections and does not answer"
 
 
 def test_a_stopped_card_is_not_heard_before_a_change_either(ctl: Ctl, scratch: Card) -> None:
@@ -102,7 +103,7 @@ def test_a_stopped_card_is_not_heard_before_a_change_either(ctl: Ctl, scratch: C
     finally:
         scratch.daemon.kill(signal.SIGCONT)
     assert (result["code"], result["category"], result["changed"]) == (5, "not-heard", False)
-    assert result["hint"].startswith(f"not heard; last at {address}, ")
+    assert result["last_address"] == address
 
 
 def test_what_was_heard_before_is_never_an_address(ctl: Ctl, rack: list[Card]) -> None:
@@ -111,6 +112,17 @@ def test_what_was_heard_before_is_never_an_address(ctl: Ctl, rack: list[Card]) -
     ctl.remember("heard", f"moved {address} 1000000000\n")
     result = ctl.json("-i", "lan0", "versions", "moved").result
     assert result["category"] == "not-heard"
-    assert result["hint"].startswith(f"not heard; last at {address}, ")
-    assert result["hint"].endswith("where a card answers, but not by this name")
+    assert result["last_address"] == address
+    assert result["there_now"] == "answers as a card, but not by this name"
     assert "components" not in result
+
+
+def test_many_silent_cards_are_told_like_many_unknown_ones(ctl: Ctl) -> None:
+    """Each was at an address of its own."""
+    ctl.remember("heard", "".join(f"gone{number} 192.0.2.{number} 1000000000\n" for number in range(1, 101)))
+    words = ("--timeout", "1", "versions")
+    known = ctl(*words, "gone[1-100]").err.splitlines()
+    unknown = ctl(*words, "never[1-100]").err.splitlines()
+    assert len(known) == len(unknown)
+    folded = ctl.json("--fold", *words, "gone[1-100]").results
+    assert [(one["target"], one["last_address"]) for one in folded] == [("gone[1-100]", None)]

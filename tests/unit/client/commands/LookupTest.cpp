@@ -184,19 +184,31 @@ protected:
         Network hasty{loop, NetworkOptions{.policy = {Seconds(0.3), 0}, .interfaces = {"lo"}}};
         Lookup lookup(hasty, {"nobody1"});
         loop.run(lookup.run());
-        const std::string hint = loop.run(lookup.explainSilence("nobody1")).hint;
-        return hint.substr(hint.find(" ago, ") + 6);
+        return std::get<std::string>(loop.run(lookup.explainSilence("nobody1")).fields.back().value);
     }
 };
 
 TEST_F(SilenceTest, SaysWhatWasSeen)
 {
-    EXPECT_EQ(toldOf({.keepsSilent = true}), "which accepts connections and does not answer");
-    EXPECT_EQ(toldOf({.hangsUp = true}), "which accepts connections and closes them without an answer");
-    EXPECT_EQ(toldOf({.startPattern = 'H'}), "which answers something else than a card");
-    EXPECT_EQ(toldOf(says("<Nonsense/>")), "which answers something else than a card");
-    EXPECT_EQ(toldOf({.status = refused}), "where a card answers, but not by this name");
-    EXPECT_EQ(toldOf(says(versionsXml("KERN-6.1.0"))), "where a card answers, but not by this name");
+    EXPECT_EQ(toldOf({.keepsSilent = true}), "accepts connections and does not answer");
+    EXPECT_EQ(toldOf({.hangsUp = true}), "accepts connections and closes them without an answer");
+    EXPECT_EQ(toldOf({.startPattern = 'H'}), "answers something else than a card");
+    EXPECT_EQ(toldOf(says("<Nonsense/>")), "answers something else than a card");
+    EXPECT_EQ(toldOf({.status = refused}), "answers as a card, but not by this name");
+    EXPECT_EQ(toldOf(says(versionsXml("KERN-6.1.0"))), "answers as a card, but not by this name");
+}
+
+TEST_F(SilenceTest, PutsNamesTogetherThatWereHeardAtAddressesOfTheirOwn)
+{
+    sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.2 1000000000\nnobody2 127.0.0.3 1100000000\n");
+    EXPECT_EQ(run({"--timeout", "0.1", "--fold", "-o", "csv", "--columns", "target,last_address,there_now", "versions",
+                   "nobody[1-2]"}),
+              5);
+    EXPECT_EQ(out, "target,last_address,there_now\nnobody[1-2],,refuses connections\n");
+    EXPECT_EQ(run({"--timeout", "0.1", "versions", "nobody[1-2]"}), 5);
+    EXPECT_TRUE(errHas("nobody1: not-heard while looking for the card (127.0.0.2, ")) << err;
+    EXPECT_TRUE(errHas("nobody2: not-heard while looking for the card (127.0.0.3, ")) << err;
+    EXPECT_EQ(err.find("not heard; last at"), err.rfind("not heard; last at")) << err;
 }
 
 TEST_F(SilenceTest, SaysThatConnectionsAreRefused)

@@ -25,12 +25,13 @@ TEST_F(RebootCommandTest, ChangesNothingWhereTheCardFallsSilentBefore)
 TEST_F(RebootCommandTest, TellsWhereASilentNameWasLastHeard)
 {
     sandbox.write("/tmp/state/tarvelctl/heard", "card2 127.0.0.1 1000000000\n");
-    EXPECT_EQ(run({"--timeout", "0.1", "-o", "csv", "--columns", "target,category", "reboot", "card[2-3]"}), 5);
-    EXPECT_EQ(out, "target,category\ncard2,not-heard\ncard3,not-found\n");
-    EXPECT_TRUE(errHas("not heard; last at 127.0.0.1, "));
-    EXPECT_TRUE(errHas(", where a card answers, but not by this name"));
+    EXPECT_EQ(
+        run({"--timeout", "0.1", "-o", "csv", "--columns", "target,category,last_address", "reboot", "card[2-3]"}), 5);
+    EXPECT_EQ(out, "target,category,last_address\ncard2,not-heard,127.0.0.1\ncard3,not-found,\n");
+    EXPECT_TRUE(errHas("card2: not-heard while looking for the card (127.0.0.1, "));
+    EXPECT_TRUE(errHas("not heard; last at an address that answers as a card, but not by this name"));
     EXPECT_EQ(run({"--timeout", "0.1", "--dry-run", "reboot", "card2"}), 5);
-    EXPECT_TRUE(errHas(", which was not looked at"));
+    EXPECT_TRUE(errHas("that was not looked at"));
 }
 
 TEST_F(RebootCommandTest, TellsWhatManyNamesCostBefore)

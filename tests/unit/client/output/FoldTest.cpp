@@ -33,6 +33,20 @@ TEST(FoldTest, LeavesTheNameOfASingleCard)
     EXPECT_EQ(fold({lostCard("card1")}).front().hint, lostCard("card1").hint);
 }
 
+TEST(FoldTest, LeavesOutWhatIsOfOneCardAlone)
+{
+    Result one = outcome("card1", "gone");
+    one.fields = {{"last_address", "10.0.0.1", true}, {"there_now", "nobody"}};
+    Result other = outcome("card2", "gone");
+    other.fields = {{"last_address", "10.0.0.2", true}, {"there_now", "nobody"}};
+    const std::vector<Result> folded = fold({one, other});
+    ASSERT_EQ(folded.size(), 1U);
+    EXPECT_EQ(folded[0].fields, (Row{{"last_address", Cell(), true}, {"there_now", "nobody"}}));
+    EXPECT_EQ(fold({one}).front().fields, one.fields);
+    other.fields.back().value = "somebody";
+    EXPECT_EQ(fold({one, other}).size(), 2U);
+}
+
 TEST(FoldTest, KeepsFailuresApartThatDifferInMore)
 {
     EXPECT_EQ(fold({outcome("card1", "card1 is at 10.0.0.1"), outcome("card2", "card2 is at 10.0.0.2")}).size(), 2U);

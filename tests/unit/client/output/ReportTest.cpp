@@ -57,6 +57,19 @@ TEST(ReportTest, TellsWhatIsTrueOfOneCardOnly)
     EXPECT_NE(text.find("at 10.0.0.2\n"), std::string::npos);
 }
 
+TEST(ReportTest, TellsWhatIsOfOneCardAloneBesideIt)
+{
+    Result one = failed("card1");
+    one.fields = {{"last_address", "10.0.0.1", true}, {"none", Cell(), true}, {"last_heard", "2 min ago", true}};
+    EXPECT_EQ(told({one}),
+              "error: card1: not-found while looking for the card (10.0.0.1, 2 min ago)\n  " + longHint + "\n");
+    one.target = std::string(40, 'c');
+    EXPECT_EQ(told({one}), "error: " + one.target + ": not-found (10.0.0.1, 2 min ago)\n  " + longHint + "\n");
+    one.target = std::string(60, 'c');
+    EXPECT_EQ(told({one}), "error: not-found while looking for the card\n  " + one.target +
+                               "\n  (10.0.0.1, 2 min ago)\n  " + longHint + "\n");
+}
+
 TEST(ReportTest, TellsAShortHintInTheSameLine)
 {
     EXPECT_EQ(told({failed("card1", "busy")}), "error: card1: not-found while looking for the card: busy\n");
