@@ -14,7 +14,7 @@ class LastHeard
 {
 public:
     struct Hearing {
-        std::string address;
+        std::string address;     // 0.0.0.0: no connection led to where it was heard from
         std::int64_t moment = 0; // seconds since 1970
     };
 

@@ -33,12 +33,14 @@ Failure notFound()
 
 Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow)
 {
+    const bool isUnreachable = last.address == noAddress;
     Silence silence;
     silence.failure = {ExitCode::noAnswer, Category::notHeard, lookingForCard,
-                       fmt::format("not heard; last at an address that {}", thereNow)};
-    silence.fields.push_back({"last_address", last.address, true});
+                       isUnreachable ? "not heard; last from where no connection leads to it"
+                                     : fmt::format("not heard; last at an address that {}", thereNow)};
+    silence.fields.push_back({"last_address", isUnreachable ? Cell() : last.address, true});
     silence.fields.push_back({"last_heard", ageText(secondsNow() - last.moment) + " ago", true});
-    silence.fields.push_back({"there_now", thereNow});
+    silence.fields.push_back({"there_now", isUnreachable ? Cell() : thereNow});
     return silence;
 }
 
@@ -191,10 +193,8 @@ void Lookup::note(Asked& one, CardReply answer)
     }
     ++heard;
     heardOut = after(listening);
-    const std::string& address = one.answers.front().address;
-    if (address != noAddress) {
-        lastHeard.note(one.name, address, secondsNow());
-    }
+    const std::optional<Endpoint> way = wayTo(one.answers.front());
+    lastHeard.note(one.name, way ? way->address : std::string(noAddress), secondsNow());
     one.isOver.set();
 }
 
@@ -241,8 +241,11 @@ Task<Silence> Lookup::explainSilence(std::string name)
     if (!last) {
         co_return Silence{notFound(), {}};
     }
-    explained = explained.value_or(network.deadline());
-    const Endpoint there{last->address};
-    const std::string thereNow = co_await whatIsAt(network, there, *explained);
+    std::string thereNow;
+    if (last->address != noAddress) {
+        explained = explained.value_or(network.deadline());
+        const Endpoint there{last->address};
+        thereNow = co_await whatIsAt(network, there, *explained);
+    }
     co_return silenceSince(*last, thereNow);
 }

@@ -3,6 +3,7 @@
 #include "client/card/SilentAddress.h"
 
 #include "client/card/Queries.h"
+#include "client/wire/HostInterfaces.h"
 
 namespace
 {
@@ -39,6 +40,9 @@ Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadli
 {
     if (!network.admitsProbes()) {
         co_return "was not looked at";
+    }
+    if (!isInAnyNetwork(endpoint.address)) {
+        co_return "is in none of this machine's networks now";
     }
     if (Clock::now() >= deadline) {
         co_return "was not looked at: others took the time";

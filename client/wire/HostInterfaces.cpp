@@ -97,6 +97,11 @@ bool isInNetworkOf(const std::string& interface, const std::string& address)
         [&](const ifaddrs& one) { return interface == nameOf(one) && reaches(one, numberOf(address)); });
 }
 
+bool isInAnyNetwork(const std::string& address)
+{
+    return hasInterface([&](const ifaddrs& one) { return reaches(one, numberOf(address)); });
+}
+
 bool isOnLinkAnywhere(const std::string& address)
 {
     return hasInterface([&](const ifaddrs& one) { return canBroadcast(one) && reaches(one, numberOf(address)); });

@@ -17,6 +17,8 @@
 
 // Is it in a network of that interface, be it one that cannot broadcast, such as the loopback device?
 [[nodiscard]] bool isInNetworkOf(const std::string& interface, const std::string& address);
+// The same for any interface of this machine.
+[[nodiscard]] bool isInAnyNetwork(const std::string& address);
 
 [[nodiscard]] bool isOwnAddress(const std::string& address);
 

@@ -2,6 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """A card answers from an address that leads to another."""
 
+import signal
 import subprocess
 from collections.abc import Iterator
 
@@ -68,6 +69,17 @@ def test_no_other_card_is_changed(
 def test_no_other_card_is_read(ctl: Ctl, words: tuple[str, ...]) -> None:
     answer = ctl.json("--timeout", "5", *words, "rack1")
     assert (answer.code, answer.result["category"]) == (6, "no-address")
+
+
+@pytest.mark.usefixtures("strayed")
+def test_no_other_card_is_looked_at_where_a_silent_one_was_heard(ctl: Ctl, rack: list[Card]) -> None:
+    assert ctl("--timeout", "1", "versions", "rack1").code == 6
+    rack[0].daemon.kill(signal.SIGSTOP)
+    try:
+        result = ctl.json("--timeout", "1", "versions", "rack1").result
+    finally:
+        rack[0].daemon.kill(signal.SIGCONT)
+    assert (result["category"], result["last_address"], result["there_now"]) == ("not-heard", None, None)
 
 
 @pytest.mark.usefixtures("strayed")

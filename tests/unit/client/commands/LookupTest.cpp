@@ -198,6 +198,18 @@ TEST_F(SilenceTest, SaysWhatWasSeen)
     EXPECT_EQ(toldOf(says(versionsXml("KERN-6.1.0"))), "answers as a card, but not by this name");
 }
 
+TEST_F(SilenceTest, LooksAtNoAddressOutsideOfThisMachinesNetworks)
+{
+    sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 192.0.2.9 1000000000\nnobody2 0.0.0.0 1000000000\n");
+    EXPECT_EQ(run({"--timeout", "0.1", "-o", "csv", "--columns", "target,category,last_address,there_now", "versions",
+                   "nobody[1-2]"}),
+              5);
+    EXPECT_EQ(out, "target,category,last_address,there_now\n"
+                   "nobody1,not-heard,192.0.2.9,is in none of this machine's networks now\n"
+                   "nobody2,not-heard,,\n");
+    EXPECT_TRUE(callsTo("connect").empty());
+}
+
 TEST_F(SilenceTest, PutsNamesTogetherThatWereHeardAtAddressesOfTheirOwn)
 {
     sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.2 1000000000\nnobody2 127.0.0.3 1100000000\n");
