@@ -14,33 +14,6 @@
 #include <fmt/core.h>
 #include <set>
 
-namespace
-{
-
-template<typename Look>
-void forEachPair(const std::vector<Identified>& cards, const Look& look)
-{
-    for (std::size_t later = 1; later < cards.size(); ++later) {
-        for (std::size_t earlier = 0; earlier < later; ++earlier) {
-            look(earlier, later);
-        }
-    }
-}
-
-// Of all targets that are this card.
-std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identified& card)
-{
-    std::set<Sender> senders = card.heardAt;
-    for (const Identified& other : cards) {
-        if (isOneCard(card, other)) {
-            senders.insert(other.heardAt.begin(), other.heardAt.end());
-        }
-    }
-    return senders;
-}
-
-} // namespace
-
 Identification::Identification(Network& newNetwork, Way newWay, Caution newCaution)
     : network(newNetwork), way(newWay), caution(newCaution)
 {
@@ -235,18 +208,6 @@ void Identification::compare(std::vector<Identified>& cards) const
         }
     });
     markTwice(cards);
-}
-
-void Identification::markTwice(std::vector<Identified>& cards)
-{
-    for (Identified& card : cards) {
-        card.sameAs.reset();
-    }
-    forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
-        if (!cards[later].sameAs && isOneCard(cards[earlier], cards[later])) {
-            cards[later].sameAs = cards[earlier].sameAs.value_or(earlier);
-        }
-    });
 }
 
 void Identification::check(std::vector<Identified>& cards, const Census& census) const

@@ -66,7 +66,6 @@ private:
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
-    static void markTwice(std::vector<Identified>& cards);
     void object(Identified& card, std::string why) const;
     Task<void> probe(std::vector<Identified>& cards) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;

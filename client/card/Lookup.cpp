@@ -4,7 +4,6 @@
 
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
-#include "client/card/SilentAddress.h"
 #include "client/model/CalendarTime.h"
 
 #include <algorithm>
@@ -14,8 +13,6 @@
 namespace
 {
 
-constexpr const char* lookingForCard = "looking for the card";
-
 // A card reads about 330 requests of a burst of a thousand: its socket's buffer holds no more while it answers. Fifty
 // leave room for what others ask.
 constexpr std::size_t mostInBurst = 50;
@@ -24,25 +21,6 @@ constexpr Seconds listening{0.3}; // chosen: from the first answer on; a card an
 
 // Of one name: two are one too many already, and who floods shall not fill this machine's memory.
 constexpr std::size_t mostAnswers = 100;
-
-Failure notFound()
-{
-    return {ExitCode::noAnswer, Category::notFound, lookingForCard,
-            fmt::format("nobody answered by this name: {}", causesOfSilence())};
-}
-
-Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow)
-{
-    const bool isUnreachable = last.address == noAddress;
-    Silence silence;
-    silence.failure = {ExitCode::noAnswer, Category::notHeard, lookingForCard,
-                       isUnreachable ? "not heard; last from where no connection leads to it"
-                                     : fmt::format("not heard; last at an address that {}", thereNow)};
-    silence.fields.push_back({"last_address", isUnreachable ? Cell() : last.address, true});
-    silence.fields.push_back({"last_heard", ageText(secondsNow() - last.moment) + " ago", true});
-    silence.fields.push_back({"there_now", isUnreachable ? Cell() : thereNow});
-    return silence;
-}
 
 } // namespace
 
@@ -239,7 +217,7 @@ Task<Silence> Lookup::explainSilence(std::string name)
 {
     const std::optional<LastHeard::Hearing> last = lastHeard.of(name);
     if (!last) {
-        co_return Silence{notFound(), {}};
+        co_return neverHeard();
     }
     std::string thereNow;
     if (last->address != noAddress) {

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "client/card/LastHeard.h"
+#include "client/card/SilentAddress.h"
 #include "client/engine/Signal.h"
 #include "client/engine/Task.h"
-#include "client/model/Result.h"
 #include "client/wire/Network.h"
 
 #include <cstddef>
@@ -16,12 +16,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-// Why nobody answered by a name, in words that are the same for many, and what is known of this one.
-struct Silence {
-    Failure failure;
-    Row fields;
-};
 
 // Looks up many names at once: all share one socket on each interface and one time-out, so that names that are nobody's
 // delay no others. A card keeps only what its socket's buffer holds while it works, so the requests leave in small

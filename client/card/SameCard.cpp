@@ -64,3 +64,26 @@ std::optional<Endpoint> sharedEndpoint(const Identified& one, const Identified& 
     }
     return std::nullopt;
 }
+
+std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identified& card)
+{
+    std::set<Sender> senders = card.heardAt;
+    for (const Identified& other : cards) {
+        if (isOneCard(card, other)) {
+            senders.insert(other.heardAt.begin(), other.heardAt.end());
+        }
+    }
+    return senders;
+}
+
+void markTwice(std::vector<Identified>& cards)
+{
+    for (Identified& card : cards) {
+        card.sameAs.reset();
+    }
+    forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
+        if (!cards[later].sameAs && isOneCard(cards[earlier], cards[later])) {
+            cards[later].sameAs = cards[earlier].sameAs.value_or(earlier);
+        }
+    });
+}

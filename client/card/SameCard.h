@@ -5,7 +5,10 @@
 #include "client/card/Identification.h"
 #include "client/model/Contains.h"
 
+#include <cstddef>
 #include <optional>
+#include <set>
+#include <vector>
 
 // How two targets compare, as far as is known of them.
 
@@ -17,3 +20,20 @@
 
 // Where both names lead. Cards without an address share none, and a noted address counts if it is believed and used.
 [[nodiscard]] std::optional<Endpoint> sharedEndpoint(const Identified& one, const Identified& other, Way way);
+
+// Where all targets that are this card were heard.
+[[nodiscard]] std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identified& card);
+
+// Marks each target that is the same card as an earlier one, and no other.
+void markTwice(std::vector<Identified>& cards);
+
+// With the indices of the earlier and the later.
+template<typename Look>
+void forEachPair(const std::vector<Identified>& cards, const Look& look)
+{
+    for (std::size_t later = 1; later < cards.size(); ++later) {
+        for (std::size_t earlier = 0; earlier < later; ++earlier) {
+            look(earlier, later);
+        }
+    }
+}

@@ -2,12 +2,18 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/SilentAddress.h"
 
+#include "client/card/Identity.h"
 #include "client/card/Queries.h"
+#include "client/model/CalendarTime.h"
 #include "client/wire/HostInterfaces.h"
+#include "client/wire/Silence.h"
+
+#include <fmt/core.h>
 
 namespace
 {
 
+constexpr const char* lookingForCard = "looking for the card";
 constexpr const char* answersAsAnother = "answers as a card, but not by this name";
 
 // What one sees of a host that told no versions.
@@ -35,6 +41,26 @@ std::string whatWasSeen(const Failure& failure)
 }
 
 } // namespace
+
+Silence neverHeard()
+{
+    return {{ExitCode::noAnswer, Category::notFound, lookingForCard,
+             fmt::format("nobody answered by this name: {}", causesOfSilence())},
+            {}};
+}
+
+Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow)
+{
+    const bool isUnreachable = last.address == noAddress;
+    Silence silence;
+    silence.failure = {ExitCode::noAnswer, Category::notHeard, lookingForCard,
+                       isUnreachable ? "not heard; last from where no connection leads to it"
+                                     : fmt::format("not heard; last at an address that {}", thereNow)};
+    silence.fields.push_back({"last_address", isUnreachable ? Cell() : last.address, true});
+    silence.fields.push_back({"last_heard", ageText(secondsNow() - last.moment) + " ago", true});
+    silence.fields.push_back({"there_now", isUnreachable ? Cell() : thereNow});
+    return silence;
+}
 
 Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
 {

@@ -152,10 +152,15 @@ protected:
         IpChange change(context.network, observer, target.name);
         co_await change.lookBefore(wanted.settings, settingsOf(now, wanted.settings.name));
         result.changed = std::nullopt; // until the card is heard
+        const auto settle = [&] { result.changed = change.isSent() ? result.changed : false; };
         try {
-            co_await force(change, target, wanted.settings, result);
+            const Proof proof = co_await change.force(wanted.settings, Seconds(ipOptions.wait));
+            report(proof, change, target.name, wanted.settings.name, result);
+        } catch (const Failure& failure) {
+            settle();
+            throw change.explain(failure);
         } catch (...) {
-            result.changed = change.isSent() ? result.changed : false;
+            settle();
             throw;
         }
     }
@@ -214,16 +219,6 @@ private:
         const std::optional<std::string> address = workingAddress(target);
         if (address && !context.options.force && !context.options.dryRun) {
             throw needsForce(target.name, *address);
-        }
-    }
-
-    Task<void> force(IpChange& change, const Target& target, InterfaceConfig wanted, Result& result) const
-    {
-        try {
-            const Proof proof = co_await change.force(wanted, Seconds(ipOptions.wait));
-            report(proof, change, target.name, wanted.name, result);
-        } catch (const Failure& failure) {
-            throw change.explain(failure);
         }
     }
 

@@ -3,6 +3,7 @@
 #include "client/wire/Network.h"
 
 #include "client/wire/HostInterfaces.h"
+#include "client/wire/Silence.h"
 
 #include <cerrno>
 #include <cstring>
@@ -25,15 +26,6 @@ Failure notSent(std::string hint)
 }
 
 } // namespace
-
-std::string causesOfSilence()
-{
-    return fmt::format(
-        "no card has this name (case counts), it or its daemon is down, it is busy (with an archive, an "
-        "upgrade or its time service a card hears nothing), it is behind a router (broadcasts stay on the "
-        "local network), or a firewall here drops the reply, which is a broadcast from the card's port {}",
-        cardPort);
-}
 
 std::optional<Reply> replyIn(const Datagram& datagram, const Request& request)
 {

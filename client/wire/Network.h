@@ -138,6 +138,3 @@ private:
 
 // The reply in a datagram, if it answers the request and is well formed; nothing otherwise.
 [[nodiscard]] std::optional<Reply> replyIn(const Datagram& datagram, const Request& request);
-
-// Why nobody may have answered by a name, for people.
-[[nodiscard]] std::string causesOfSilence();

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
+#include "client/wire/Silence.h"
 #include "support/ErrorText.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
@@ -93,6 +94,14 @@ TEST_F(NetworkTest, NeverRepeatsABroadcastThatChanges)
     EXPECT_EQ(endOf(hasty.askByName("card1", changingByName)), Category::timeout);
     loop.run(network.askByName("card1", readingByName)); // when this is answered, all before it was heard
     EXPECT_EQ(card.texts(ipSet).size(), 1U);
+}
+
+TEST_F(NetworkTest, TellsWhyNobodyMayHaveAnswered)
+{
+    card.answer(ipGet, hangUp);
+    const Failure failure = failureOf([&] { loop.run(hasty.askByName("card1", readingByName)); });
+    EXPECT_EQ(failure.hint, "nobody answered as \"card1\": " + causesOfSilence());
+    EXPECT_NE(causesOfSilence().find("port 50003"), std::string::npos);
 }
 
 TEST_F(NetworkTest, PassesOverTheAnswerOfAnother)
