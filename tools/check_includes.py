@@ -62,9 +62,9 @@ EXCEPTIONS = {("util/LibUtilsHost.cpp", "uci/Uci.h")}
 
 CODEC = ("Commands", "DatagramBuffer", "Message", "MessageHeader", "TextSection", "WireOrder")
 
-# What the client shares with the daemon: the codec, what both hold against members of an archive, and whatever these
+# What the client shares with the daemon: the codec, what both hold against archives and unsigned firmware, and whatever these
 # themselves include.
-SHARED = {f"protocol/{name}.h" for name in CODEC} | {"hardening/MemberRules.h"}
+SHARED = {f"protocol/{name}.h" for name in CODEC} | {"hardening/FirmwareSums.h", "hardening/MemberRules.h"}
 
 # libxml2 is met in one room on each side.
 XML_ROOMS = re.compile(r"(services/XmlReader|client/xml/Xml\w*)\.(h|cpp)")

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/firmware/Archive.h"
 
+#include "client/firmware/ArchiveEntry.h"
 #include "client/firmware/Complaints.h"
 #include "client/firmware/GzipStart.h"
 #include "client/firmware/GzipTrailer.h"
@@ -16,7 +17,6 @@
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 #include <memory>
-#include <sys/stat.h>
 
 namespace
 {
@@ -83,61 +83,12 @@ Walker openWalker(const Archive& archive)
     return walker;
 }
 
-MemberKind kindOf(archive_entry* entry)
-{
-    if (archive_entry_hardlink(entry) != nullptr) {
-        return MemberKind::hardlink;
-    }
-    switch (archive_entry_filetype(entry)) {
-    case AE_IFREG:
-        return MemberKind::file;
-    case AE_IFDIR:
-        return MemberKind::directory;
-    case AE_IFLNK:
-        return MemberKind::symlink;
-    default:
-        return MemberKind::special;
-    }
-}
-
-std::string textOrEmpty(const char* text)
-{
-    return text != nullptr ? text : "";
-}
-
-ArchiveMember memberOf(archive_entry* entry)
-{
-    ArchiveMember member;
-    member.path = textOrEmpty(archive_entry_pathname(entry));
-    member.kind = kindOf(entry);
-    member.size = archive_entry_size(entry);
-    member.target = member.kind == MemberKind::hardlink ? textOrEmpty(archive_entry_hardlink(entry))
-                                                        : textOrEmpty(archive_entry_symlink(entry));
-    member.setsId = (archive_entry_perm(entry) & (S_ISUID | S_ISGID)) != 0;
-    return member;
-}
-
-// Unpacks a member into nothing: to skip it would take as long, and could not be interrupted.
-void walkData(const Walker& walker, const std::string& path, const Checkpoint& checkpoint)
-{
-    const void* block = nullptr;
-    std::size_t size = 0;
-    la_int64_t offset = 0;
-    int result = ARCHIVE_OK;
-    while (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
-        checkpoint();
-        result = archive_read_data_block(walker.get(), &block, &size, &offset);
-    }
-    if (result != ARCHIVE_EOF) {
-        throw broken(walker, path);
-    }
-}
-
 // What is learned of an archive member by member.
 struct Walk {
     Archive& archive;
     std::uint64_t maximum;
     MemberRules rules;
+    Contents* contents;
     ForeignOwners owners;
     Problems problems;
 };
@@ -147,12 +98,38 @@ bool admitMember(Walk& walk, archive_entry* entry)
 {
     const ArchiveMember member = memberOf(entry);
     walk.archive.members.add(member);
+    if (walk.contents != nullptr) {
+        walk.contents->begin(member);
+    }
     if (const std::optional<std::string> problem = walk.rules.problemWith(member)) {
         walk.problems.note(member.path, *problem);
     }
     walk.owners.note(archive_entry_uid(entry), archive_entry_gid(entry), member.path);
     walk.archive.unpacked += static_cast<std::uint64_t>(std::max<std::int64_t>(member.size, 0));
     return walk.archive.unpacked <= walk.maximum;
+}
+
+// Unpacks a member into nothing, or only tells what is in it: to skip it would take as long, and could not be
+// interrupted.
+void walkData(Walk& walk, const Walker& walker, const Checkpoint& checkpoint)
+{
+    const void* block = nullptr;
+    std::size_t size = 0;
+    la_int64_t offset = 0;
+    int result = ARCHIVE_OK;
+    while (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
+        checkpoint();
+        result = archive_read_data_block(walker.get(), &block, &size, &offset);
+        if (walk.contents != nullptr && (result == ARCHIVE_OK || result == ARCHIVE_WARN)) {
+            walk.contents->add(static_cast<std::uint64_t>(offset), {static_cast<const std::byte*>(block), size});
+        }
+    }
+    if (result != ARCHIVE_EOF) {
+        throw broken(walker, walk.archive.path);
+    }
+    if (walk.contents != nullptr) {
+        walk.contents->end();
+    }
 }
 
 // More was unpacked than the last gzip member holds, so it is not the only one. (Of the last few bytes the walker may
@@ -180,7 +157,7 @@ void walkMembers(Walk& walk, const Checkpoint& checkpoint)
             walk.archive.problems.push_back(fmt::format("the archive unpacks to more than {} bytes", walk.maximum));
             return;
         }
-        walkData(walker, path, checkpoint);
+        walkData(walk, walker, checkpoint);
     }
     if (result != ARCHIVE_EOF) {
         throw broken(walker, path);
@@ -214,7 +191,7 @@ std::string_view kindName(MemberKind kind)
     return "special";
 }
 
-Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, std::uint64_t maximum)
+Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, std::uint64_t maximum, Contents* contents)
 {
     Archive archive;
     archive.path = path;
@@ -222,7 +199,7 @@ Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, st
     if (archive.size > largestArchive) {
         throw badArchive(fmt::format("{} is larger than a message can carry: {} bytes", path, archive.size));
     }
-    Walk walk{archive, maximum, {}, {}, {}};
+    Walk walk{archive, maximum, {}, contents, {}, {}};
     walkMembers(walk, checkpoint);
     if (!archive.file.isUnchanged()) {
         throw badArchive(fmt::format("{} changed while it was looked through", path));

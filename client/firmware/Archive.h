@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/firmware/Contents.h"
 #include "client/firmware/HeldFile.h"
 #include "client/firmware/MemberList.h"
 
@@ -33,8 +34,9 @@ using Checkpoint = std::function<void()>;
 
 // Walks through a whole gzip-compressed tar archive. Throws a badFile Failure if it cannot be read or is no such
 // archive; what it must not hold is told in `problems`. Reads no further once it holds more than `maximum` bytes.
+// `contents`, if given, is told what is in it.
 [[nodiscard]] Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint,
-                                     std::uint64_t maximum = mostUnpacked);
+                                     std::uint64_t maximum = mostUnpacked, Contents* contents = nullptr);
 
 // The same, and throws a badFile Failure if there are problems.
 [[nodiscard]] Archive requireGoodArchive(const std::string& path, const Checkpoint& checkpoint,

@@ -3,6 +3,7 @@
 #include "hardening/ArchiveRule.h"
 
 #include "hardening/ArchiveListing.h"
+#include "hardening/FirmwareSums.h"
 
 namespace
 {
@@ -14,14 +15,6 @@ std::string objectionToMember(MemberRules& rules, const ArchiveMember& member)
         return "has a backslash or a control character in its name";
     }
     return rules.problemWith(member).value_or("");
-}
-
-std::string withoutStart(std::string_view path)
-{
-    while (path.starts_with("./")) {
-        path.remove_prefix(2);
-    }
-    return std::string(path);
 }
 
 } // namespace

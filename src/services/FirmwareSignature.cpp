@@ -2,13 +2,13 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "services/FirmwareSignature.h"
 
+#include "hardening/FirmwareSums.h"
 #include "util/LibUtils.h"
 #include "util/Log.h"
 #include "util/Shell.h"
 
 #include <algorithm>
 #include <optional>
-#include <set>
 #include <sstream>
 #include <utility>
 
@@ -16,8 +16,6 @@ namespace
 {
 
 constexpr const char* keyDirectory = "/etc/tarveld/keys";
-constexpr const char* sums = "SHA256SUMS";
-constexpr const char* signature = "SHA256SUMS.sig";
 
 std::vector<std::string> linesOf(const std::string& command)
 {
@@ -50,44 +48,24 @@ bool isSignedWith(const std::string& key)
     if (key.find('\'') != std::string::npos) {
         return false; // it could not be a word of a command
     }
-    const std::string files = std::string(" -m ") + sums + " -x " + signature;
+    const std::string files = std::string(" -m ") + sumsName + " -x " + signatureName;
     return runShell("usign -V -q" + files + " -p '" + keyDirectory + "/" + key + "' >/dev/null 2>&1") == 0;
-}
-
-// What sha256sum writes: 64 digits, a blank, a blank or a star, and the path.
-std::set<std::string> listedFiles()
-{
-    constexpr std::size_t pathStart = 66;
-    std::set<std::string> listed;
-    for (const std::string& line : linesOf(std::string("cat ") + sums)) {
-        if (line.size() > pathStart) {
-            const std::string path = line.substr(pathStart);
-            listed.insert(path.starts_with("./") ? path.substr(2) : path);
-        }
-    }
-    return listed;
-}
-
-bool has(const std::vector<std::string>& files, const char* name)
-{
-    return std::find(files.begin(), files.end(), name) != files.end();
 }
 
 std::string objectionToFirmware(const std::vector<std::string>& keys, const std::vector<std::string>& files)
 {
-    if (!has(files, sums) || !has(files, signature)) {
+    if (!hasSignature(files)) {
         return "it has no SHA256SUMS and SHA256SUMS.sig";
     }
     if (std::none_of(keys.begin(), keys.end(), isSignedWith)) {
         return std::string("none of the keys in ") + keyDirectory + " has signed its SHA256SUMS";
     }
-    const std::set<std::string> listed = listedFiles();
-    for (const std::string& file : files) {
-        if (file != sums && file != signature && listed.find(file) == listed.end()) {
-            return file + " is not in its SHA256SUMS";
-        }
+    std::string text;
+    static_cast<void>(LibUtils::executeCommandOutput(std::string("cat ") + sumsName, text)); // as above
+    if (const std::vector<std::string> unlisted = unlistedOf(files, readSums(text)); !unlisted.empty()) {
+        return unlisted.front() + " is not in its SHA256SUMS";
     }
-    if (runShell(std::string("sha256sum -c ") + sums + " >/dev/null 2>&1") != 0) {
+    if (runShell(std::string("sha256sum -c ") + sumsName + " >/dev/null 2>&1") != 0) {
         return "a sum in its SHA256SUMS is wrong";
     }
     return "";

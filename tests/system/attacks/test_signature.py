@@ -2,8 +2,6 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Firmware that nobody with a key has made."""
 
-import hashlib
-import subprocess
 from collections.abc import Iterator
 from pathlib import Path
 
@@ -11,6 +9,7 @@ import pytest
 from support.archives import archive
 from support.daemon import IS_HARDENED
 from support.peers import TcpPeer
+from support.signing import Maker, changed
 from support.uploads import send_upload
 from tarvelsim import Card
 from wire import Command, Status
@@ -18,27 +17,6 @@ from wire import Command, Status
 FILES = {"pnr/kernel": b"9.9", "pnr/squashfs image": b"8.8"}
 KEYS = "/etc/tarveld/keys"
 REFUSED_IF_HARDENED = Status.FAILURE if IS_HARDENED else Status.SUCCESS
-
-
-class Maker:
-    """Somebody with a pair of keys."""
-
-    def __init__(self, directory: Path, name: str) -> None:
-        self._secret, self.public = directory / f"{name}.sec", directory / f"{name}.pub"
-        subprocess.run(["signify-openbsd", "-G", "-n", "-p", self.public, "-s", self._secret], check=True)
-
-    def sign(self, sums: bytes) -> bytes:
-        sums_file = self._secret.with_suffix(".sums")
-        sums_file.write_bytes(sums)
-        signature = self._secret.with_suffix(".sig")
-        command: list[str | Path] = ["signify-openbsd", "-S", "-s", self._secret, "-m", sums_file, "-x", signature]
-        subprocess.run(command, check=True)
-        return signature.read_bytes()
-
-    def archive(self, files: dict[str, bytes]) -> dict[str, bytes]:
-        """The members of firmware as it ought to be."""
-        sums = "".join(f"{hashlib.sha256(data).hexdigest()}  {name}\n" for name, data in files.items()).encode()
-        return {"pnr/": b"", **files, "SHA256SUMS": sums, "SHA256SUMS.sig": self.sign(sums)}
 
 
 @pytest.fixture
@@ -81,11 +59,6 @@ def test_second_key_of_a_card(keyed_card: Card, tcp: TcpPeer, tmp_path: Path) ->
     second = Maker(tmp_path, "second")
     keyed_card.inside.write(f"{KEYS}/second key.pub", second.public.read_text(encoding="ascii"))
     assert upgrade(tcp, second.archive(FILES)) == Status.SUCCESS
-
-
-def changed(members: dict[str, bytes], name: str, content: bytes | None) -> dict[str, bytes]:
-    """With another content of one member, or without it."""
-    return {key: data for key, data in {**members, name: content}.items() if data is not None}
 
 
 @pytest.mark.parametrize(

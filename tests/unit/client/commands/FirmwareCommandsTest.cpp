@@ -2,7 +2,10 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "FirmwareFixture.h"
 
+#include "support/Environment.h"
+
 #include <csignal>
+#include <filesystem>
 
 namespace
 {
@@ -21,6 +24,25 @@ TEST_F(FirmwareCommandsTest, CheckTellsWhatIsNoArchive)
 {
     sandbox.write("/tmp/firmware.tar.gz", "no archive");
     EXPECT_EQ(run({"firmware", "check", archive}), 10);
+}
+
+TEST_F(FirmwareCommandsTest, CheckAsksForASignatureOnlyIfThereIsAKey)
+{
+    sandbox.write("/tmp/maker.pub", "untrusted comment: maker\nRW" + std::string(54, 'A') + "\n");
+    sandbox.write("/tmp/bin/usign", "#!/bin/sh\nexit 0\n");
+    std::filesystem::permissions(sandbox.path("/tmp/bin/usign"), std::filesystem::perms::owner_all);
+    const Environment path("PATH", sandbox.path("/tmp/bin"));
+    EXPECT_EQ(run({"-o", "json", "firmware", "check", archive}), 0);
+    EXPECT_FALSE(outHas("signed_by"));
+    EXPECT_EQ(run({"-o", "json", "firmware", "check", "--key", sandbox.path("/tmp/maker.pub"), archive}), 10);
+    EXPECT_TRUE(outHas("\"signed_by\": null"));
+    EXPECT_TRUE(errHas("it is not signed: it has no SHA256SUMS and SHA256SUMS.sig"));
+}
+
+TEST_F(FirmwareCommandsTest, CheckNamesAKeyThatCannotBeRead)
+{
+    EXPECT_EQ(run({"firmware", "check", "--key", sandbox.path("/tmp/none.pub"), archive}), 10);
+    EXPECT_TRUE(errHas("none.pub: No such file or directory"));
 }
 
 TEST_F(FirmwareCommandsTest, UploadSendsTheArchiveAsItIs)
