@@ -4,11 +4,12 @@
 
 import socket
 import struct
+import subprocess
 from collections.abc import Iterator
 from contextlib import ExitStack
 
 import pytest
-from support.firewall import CONNECTIONS, LIMITS, Firewall, packaged, without_refill
+from support.firewall import CONNECTIONS, LIMITS, MANAGEMENT, Firewall, packaged, without_refill
 from support.peers import PATIENCE
 from tarvelsim.waiting import wait_for
 from wire.numbers import PORT
@@ -115,6 +116,40 @@ def test_new_connections_of_one_source_are_limited(firewall: Firewall, connectio
     connections.try_to_connect(CLIENT)
     wait_for_drop(firewall, rule)
     connections.connect(ANOTHER)
+
+
+def test_rules_that_are_read_twice_count_once(
+    firewall: Firewall, datagrams: DatagramCard, connections: ConnectionCard
+) -> None:
+    """As from a second copy among the firewall's files."""
+    rules = [without_refill(packaged(LIMITS)), packaged(CONNECTIONS), packaged(MANAGEMENT)]
+    firewall.load(*rules, *rules)
+    datagrams.hears(datagrams.client(CLIENT), BURST_OF_DATAGRAMS)
+    for _ in range(BURST_OF_CONNECTIONS):
+        connections.connect(CLIENT)
+    assert set(firewall.dropped().values()) == {0}
+
+
+def test_a_reload_keeps_what_was_counted(firewall: Firewall, datagrams: DatagramCard) -> None:
+    rules = without_refill(packaged(LIMITS))
+    firewall.load(rules)
+    client = datagrams.client(CLIENT)
+    datagrams.hears(client, BURST_OF_DATAGRAMS)
+    for _ in range(3):
+        firewall.load(rules)
+        client.sendto(b"more", (CARD, PORT))
+        wait_for_drop(firewall, "too many datagrams")
+    datagrams.hears(datagrams.client(ANOTHER))
+
+
+def test_a_set_with_other_flags_is_refused_and_the_rules_stay(firewall: Firewall) -> None:
+    firewall.load(packaged(LIMITS))
+    rules = firewall.dropped()
+    changed = packaged(LIMITS).replace("flags dynamic,timeout", "flags dynamic").replace("\ttimeout 1m\n", "")
+    with pytest.raises(subprocess.CalledProcessError):
+        firewall.load(changed)
+    assert firewall.dropped() == rules
+    firewall.load(changed.replace("tarveld_udp", "tarveld_udp2").replace("tarveld_tcp", "tarveld_tcp2"))
 
 
 def test_segments_of_an_open_connection_are_not_limited(firewall: Firewall, connections: ConnectionCard) -> None:
