@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "fuzz/FuzzedCard.h"
 
+#include "fuzz/Descriptors.h"
+#include "fuzz/Replies.h"
 #include "protocol/DatagramBuffer.h"
 #include "services/Envelope.h"
 #include "services/IpConfigSet.h"
@@ -31,6 +33,37 @@ std::string checkCommands()
         }
     }
     return {};
+}
+
+// A name can also be written with character references, or in another encoding.
+bool mayName(std::span<const std::uint8_t> bytes, std::string_view name)
+{
+    const std::string text(bytes.begin(), bytes.end());
+    return text.find(name) != std::string::npos || text.find('&') != std::string::npos ||
+           text.find("encoding") != std::string::npos;
+}
+
+bool isDatagramCommand(std::uint16_t command)
+{
+    return command == 3 || command == 4 || command == 9;
+}
+
+Expectation expectedFor(std::span<const std::uint8_t> datagram)
+{
+    if (datagram.size() < SampleHeader::size) {
+        return noReply;
+    }
+    const SampleHeader request = SampleHeader::from(datagram);
+    if (request.version != 1) {
+        return refusal(3);
+    }
+    if (request.service != 4) {
+        return refusal(5);
+    }
+    if (request.device != 5 || (request.commandId & 0x8000) != 0) {
+        return noReply;
+    }
+    return isDatagramCommand(request.commandId) ? handled(0) : refusal(6);
 }
 
 // What decoding does, encoding undoes, byte for byte and within the bytes.
@@ -79,10 +112,39 @@ std::string FuzzedCard::feedDatagram(std::span<const std::uint8_t> bytes)
     }
     requester.send(boundPort(service->descriptor()), Bytes(datagram.begin(), datagram.end()));
     service->processDatagram();
-    if (callsTo("sendto").size() > 1) {
-        return "more than one reply";
+    if (std::string problem = checkReply(datagram); !problem.empty()) {
+        return problem;
+    }
+    if (!FakeSystem::commands().empty() && !mayName(datagram, "card7")) {
+        return "a command for another card: " + FakeSystem::commands().front();
     }
     return checkCommands();
+}
+
+std::string FuzzedCard::checkReply(std::span<const std::uint8_t> request)
+{
+    const Expectation expected = expectedFor(request);
+    const std::size_t replies = callsTo("sendto").size();
+    if (replies < expected.least || replies > expected.most) {
+        return "a wrong number of replies: " + std::to_string(replies);
+    }
+    return replies == 0 ? "" : objectionToReply(requester.receive(), SampleHeader::from(request), expected);
+}
+
+std::string FuzzedCard::feedSession(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::size_t lengthSize = 2;
+    const int descriptor = lowestFreeDescriptor();
+    while (bytes.size() >= lengthSize) {
+        const std::size_t length = bytes[0] + std::size_t{256} * bytes[1];
+        bytes = bytes.subspan(lengthSize);
+        const auto datagram = bytes.first(std::min(bytes.size(), length));
+        if (std::string problem = feedDatagram(datagram); !problem.empty()) {
+            return problem;
+        }
+        bytes = bytes.subspan(datagram.size());
+    }
+    return lowestFreeDescriptor() != descriptor ? "a descriptor is left open" : "";
 }
 
 std::string FuzzedCard::feedDocument(std::span<const std::uint8_t> bytes)

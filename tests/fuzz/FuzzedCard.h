@@ -22,15 +22,20 @@ class FuzzedCard
 public:
     FuzzedCard();
 
-    // One datagram, from the socket to the reply. Whatever it holds, there is at most one reply, and no text of it
-    // that the shell could take for more than a word reaches a command.
+    // One datagram, from the socket to the reply. Whatever it holds, there is at most one reply, of the kind that its
+    // header calls for; no text of it that the shell could take for more than a word reaches a command, and nothing at
+    // all does that is for another card.
     std::string feedDatagram(std::span<const std::uint8_t> bytes);
+
+    // Several, each behind its length in two bytes. No descriptor is left.
+    std::string feedSession(std::span<const std::uint8_t> bytes);
 
     // One XML text, as the envelope, the interfaces and the time reference read it.
     std::string feedDocument(std::span<const std::uint8_t> bytes);
 
 private:
     void forgetThePast();
+    std::string checkReply(std::span<const std::uint8_t> request);
 
     Sandbox sandbox;
     FakeSystem shell;
