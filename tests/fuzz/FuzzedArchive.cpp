@@ -83,7 +83,7 @@ std::vector<std::string> namesIn(const std::string& path)
 
 bool isControl(char letter)
 {
-    return (letter >= 0 && letter < ' ') || letter == 0x7F;
+    return static_cast<unsigned char>(letter) < ' ' || letter == 0x7F;
 }
 
 bool isSafe(const ArchiveMember& member)
