@@ -154,10 +154,11 @@ void FuzzedConnection::writeSources(std::span<const std::uint8_t> bytes)
     constexpr std::array<const char*, 4> fixed = {"/dev/mtd0ro", "/tmp/drav_pnr_assy", "/tmp/vemk_pnr_assy",
                                                   "/etc/pnr/squashfs"};
     constexpr std::size_t flashSize = 1024;
+    constexpr std::size_t mostPieces = fixed.size() + 2 * 12; // with long names they fill a report, and more take long
     std::filesystem::remove_all(sandbox.path(pnrDirectory));
     sandbox.makeDirectory(pnrDirectory);
     std::string name;
-    for (std::size_t number = 0; !bytes.empty(); ++number) {
+    for (std::size_t number = 0; !bytes.empty() && number < mostPieces; ++number) {
         const auto end = std::ranges::find(bytes, 0x1E);
         std::string piece(bytes.begin(), end);
         bytes = bytes.subspan(std::min(piece.size() + 1, bytes.size()));
