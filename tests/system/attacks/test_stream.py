@@ -119,6 +119,7 @@ def test_client_that_says_nothing_between_messages(
 ) -> None:
     """The second connection is the kernel's, which takes what is sent there; the card serves it when the first is over."""
     tcp.ask(request(0x43))
+    watch.log()  # that the first was accepted, too
     mark = scratch_card.records.log_mark()
     waiting = connect()
     waiting.send(request(0x44))

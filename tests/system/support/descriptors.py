@@ -44,7 +44,11 @@ def copy_of_descriptor(pid: int, descriptor: int) -> socket.socket:
 
 
 def connection_of(pid: int) -> socket.socket:
-    """A copy of the only connection that the process has."""
+    """A copy of the only connection that the process has, once it has accepted it."""
+    return wait_for(lambda: _connection_of(pid), PATIENCE, lambda: "the daemon has no connection")
+
+
+def _connection_of(pid: int) -> socket.socket | None:
     for descriptor, target in descriptors(pid).items():
         if not target.startswith("socket:"):
             continue
@@ -55,7 +59,7 @@ def connection_of(pid: int) -> socket.socket:
         except OSError:
             pass  # not connected
         copy.close()
-    raise AssertionError("the daemon has no connection")
+    return None
 
 
 def wait_until_read(pid: int, peer: TcpPeer) -> None:
