@@ -26,6 +26,9 @@ public:
     // The most that one interface heard.
     [[nodiscard]] int answersFrom(const std::string& address) const;
 
+    // The interfaces on which it answered.
+    [[nodiscard]] std::vector<std::string> hearersOf(const std::string& address) const;
+
     struct Verdict {
         std::optional<std::string> objection; // why a connection may reach another card
         std::string interface = {};           // where the address answered, and is reached; empty: nowhere
@@ -34,7 +37,5 @@ public:
     [[nodiscard]] Verdict judge(const Endpoint& endpoint, const std::set<Sender>& known) const;
 
 private:
-    [[nodiscard]] std::vector<std::string> hearersOf(const std::string& address) const;
-
     std::map<Sender, int> answers;
 };

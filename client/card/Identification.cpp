@@ -210,8 +210,21 @@ void Identification::compare(std::vector<Identified>& cards) const
     markTwice(cards);
 }
 
+// Who answers where a card's settings say that it is, and was not heard by its name there, is another card.
+void Identification::disbelieve(std::vector<std::string>& stated, const std::set<Sender>& heardAt, const Census& census)
+{
+    std::erase_if(stated, [&](const std::string& address) {
+        return std::ranges::any_of(census.hearersOf(address), [&](const std::string& interface) {
+            return !heardAt.contains({address, interface});
+        });
+    });
+}
+
 void Identification::check(std::vector<Identified>& cards, const Census& census) const
 {
+    for (Identified& card : cards) {
+        disbelieve(card.stated, card.heardAt, census);
+    }
     std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
     for (const Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;

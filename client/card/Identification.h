@@ -67,6 +67,7 @@ private:
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
     void object(Identified& card, std::string why) const;
+    static void disbelieve(std::vector<std::string>& stated, const std::set<Sender>& heardAt, const Census& census);
     Task<void> probe(std::vector<Identified>& cards) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;
 

@@ -192,3 +192,17 @@ def test_who_is_refused_already_is_no_reason_to_probe(ctl: Ctl, rack: list[Card]
     assert ctl.json("--timeout", "0.5", *NTP, "nobody").code == 5
     assert ctl("versions", "rack1").code == 0  # which it answers after all that came before
     assert not any("Unknown command" in line.text for line in rack[0].records.log_lines(mark))
+
+
+def test_who_answers_from_an_address_that_a_card_only_says_that_it_has_is_another(ctl: Ctl, scratches: list[Card]) -> None:
+    address = scratches[0].address("eth1") or ""
+    scratches[0].set_link("eth1", False)
+    scratches[2].inside.run(["ip", "address", "flush", "dev", "eth1"])
+    scratches[2].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth1"])
+    try:
+        answer = ctl.json(*NTP, address, "rack1")
+    finally:
+        scratches[0].set_link("eth1", True)
+    assert (answer.code, [result["target"] for result in answer.results]) == (0, [address, "rack1"])
+    for card in (scratches[0], scratches[2]):
+        assert card.inside.uci("get", "system.ntp.server") == "10.0.0.99"

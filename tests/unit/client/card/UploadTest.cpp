@@ -53,7 +53,7 @@ protected:
         return upload.emplace(over != nullptr ? *over : network, observer, archive, command, patience);
     }
 
-    [[nodiscard]] std::size_t wholeSize() const { return headSize + archive.size; }
+    [[nodiscard]] std::size_t wholeSize() const { return headSize + static_cast<std::size_t>(archive.size); }
 
     // What the card does; it keeps the connection open unless it is said otherwise.
     Task<void> takeAndAnswer(std::size_t size, Status status)
