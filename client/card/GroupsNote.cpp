@@ -3,7 +3,10 @@
 #include "client/card/GroupsNote.h"
 
 #include "client/card/Ambiguity.h"
+#include "client/card/Identity.h"
+#include "client/wire/HostInterfaces.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 
 Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
@@ -20,4 +23,24 @@ Failure notHeard(const Target& target, const Failure& silence)
     return {silence.code, silence.category, silence.phase,
             fmt::format("only the groups file says where {} is: {}. --trust-groups believes the file", target.name,
                         silence.hint)};
+}
+
+Task<std::optional<CardReply>> confirmNote(Network& network, Target target)
+{
+    const std::string& noted = target.endpoint->address;
+    const auto leadsThere = [&](const BroadcastSocket& socket) { return isInNetworkOf(socket.interface(), noted); };
+    if (std::ranges::none_of(network.openInterfaces(), leadsThere)) {
+        co_return std::nullopt;
+    }
+    try {
+        const auto isThere = [&](const CardReply& answer) { return answer.address == noted; };
+        const std::optional<RetryPolicy> ofTheUser;
+        CardReply answer = co_await queryCardUntil(network, target.name, isThere, ofTheUser);
+        co_return answer;
+    } catch (const Failure& failure) {
+        if (isOfThisMachine(failure)) {
+            throw;
+        }
+    }
+    throw Failure(staleNote(target, {*target.heard}));
 }

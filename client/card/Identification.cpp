@@ -57,12 +57,9 @@ void Identification::takeDeafness(std::vector<Identified>& cards, const Failure&
 {
     const bool canHearNobody = why.category == Category::noInterface && !network.isToldInterfaces();
     for (Identified& card : cards) {
-        if (card.refusal) {
-            continue;
-        }
-        if (canHearNobody) {
+        if (!card.refusal && canHearNobody) {
             card.warnings.push_back(fmt::format("whether two cards share its address was not checked: {}", why.hint));
-        } else {
+        } else if (!card.refusal) {
             card.refusal = why;
             card.refusal->hint += "; nothing was sent, --no-probe does not ask who shares the address";
         }
@@ -104,7 +101,9 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
             co_await takeSilence(card, lookup);
             co_return;
         }
+        Target noted = card.target;
         hear(card, std::move(answers));
+        co_await confirm(card, std::move(noted));
     } catch (const Failure& failure) {
         refuse(card, failure);
     } catch (const Interrupted&) {
@@ -162,13 +161,30 @@ void Identification::takeAnswers(Identified& card, const std::vector<CardReply>&
     if (why) {
         object(card, *why);
     }
-    const bool reliesOnNote = way == Way::overTcp ? card.target.hasNotedAddress() : card.target.hasNotedName();
-    if (reliesOnNote && !contains(card.heardFrom, card.target.endpoint->address) &&
-        !contains(card.stated, card.target.endpoint->address)) {
+    if (isNotedElsewhere(card.target, card) && !contains(card.stated, card.target.endpoint->address)) {
         throw Failure(staleNote(card.target, answers));
     }
     if (way == Way::overTcp) {
         card.target.endpoint = settledEndpoint(card.target, answers);
+    }
+}
+
+bool Identification::isNotedElsewhere(const Target& noted, const Identified& card) const
+{
+    const bool isUsed = way == Way::overTcp ? noted.hasNotedAddress() : noted.hasNotedName();
+    return isUsed && !contains(card.heardFrom, noted.endpoint->address);
+}
+
+// That its settings have the noted address is no proof where another card can have it.
+Task<void> Identification::confirm(Identified& card, Target noted) const
+{
+    if (card.refusal || !isNotedElsewhere(noted, card)) {
+        co_return;
+    }
+    noted.heard = card.target.heard;
+    const std::optional<CardReply> answer = co_await confirmNote(network, std::move(noted));
+    if (answer) {
+        takeAnswers(card, {*answer});
     }
 }
 
@@ -210,21 +226,9 @@ void Identification::compare(std::vector<Identified>& cards) const
     markTwice(cards);
 }
 
-// Who answers where a card's settings say that it is, and was not heard by its name there, is another card.
-void Identification::disbelieve(std::vector<std::string>& stated, const std::set<Sender>& heardAt, const Census& census)
-{
-    std::erase_if(stated, [&](const std::string& address) {
-        return std::ranges::any_of(census.hearersOf(address), [&](const std::string& interface) {
-            return !heardAt.contains({address, interface});
-        });
-    });
-}
-
 void Identification::check(std::vector<Identified>& cards, const Census& census) const
 {
-    for (Identified& card : cards) {
-        disbelieve(card.stated, card.heardAt, census);
-    }
+    disbelieve(cards, census);
     std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
     for (const Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;

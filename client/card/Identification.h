@@ -65,9 +65,10 @@ private:
     static void refuse(Identified& card, const Failure& why);
     static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
+    [[nodiscard]] bool isNotedElsewhere(const Target& noted, const Identified& card) const;
+    Task<void> confirm(Identified& card, Target noted) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
     void object(Identified& card, std::string why) const;
-    static void disbelieve(std::vector<std::string>& stated, const std::set<Sender>& heardAt, const Census& census);
     Task<void> probe(std::vector<Identified>& cards) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;
 

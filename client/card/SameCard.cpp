@@ -76,6 +76,17 @@ std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identifie
     return senders;
 }
 
+void disbelieve(std::vector<Identified>& cards, const Census& census)
+{
+    for (Identified& card : cards) {
+        std::erase_if(card.stated, [&](const std::string& address) {
+            return std::ranges::any_of(census.hearersOf(address), [&](const std::string& interface) {
+                return !card.heardAt.contains({address, interface});
+            });
+        });
+    }
+}
+
 void markTwice(std::vector<Identified>& cards)
 {
     for (Identified& card : cards) {

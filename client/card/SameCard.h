@@ -24,6 +24,9 @@
 // Where all targets that are this card were heard.
 [[nodiscard]] std::set<Sender> sendersOf(const std::vector<Identified>& cards, const Identified& card);
 
+// Who answers where a card's settings say that it is, and was not heard by its name there, is another card.
+void disbelieve(std::vector<Identified>& cards, const Census& census);
+
 // Marks each target that is the same card as an earlier one, and no other.
 void markTwice(std::vector<Identified>& cards);
 

@@ -137,6 +137,23 @@ def test_a_stale_name_of_the_groups_file_changes_nothing(ctl: Ctl, rack: list[Ca
     assert Snapshot(rack) == before
 
 
+def test_an_address_that_a_card_only_says_that_it_has_does_not_make_a_note_true(
+    ctl: Ctl, scratches: list[Card]
+) -> None:
+    address = scratches[0].address("eth1") or ""
+    (ctl.config / "groups").write_text(f"rack1 {address}\n")
+    scratches[0].set_link("eth1", False)
+    scratches[2].inside.run(["ip", "address", "flush", "dev", "eth1"])
+    scratches[2].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth1"])
+    before = Snapshot(scratches)
+    try:
+        expect_refused(ctl.json("--timeout", "2", "time", "set", "--ntp", "10.0.0.9", "rack1"), address)
+        expect_refused(ctl.json("--timeout", "2", "reboot", address), address)
+    finally:
+        scratches[0].set_link("eth1", True)
+    assert Snapshot(scratches) == before
+
+
 @pytest.mark.usefixtures("untouched")
 def test_a_line_of_the_groups_file_is_believed_for_reading(ctl: Ctl, rack: list[Card]) -> None:
     (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
