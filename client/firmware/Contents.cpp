@@ -17,12 +17,14 @@ void putBefore(Names& names, std::string_view path)
 {
     while (!path.empty()) {
         const std::size_t slash = path.rfind('/');
-        const std::size_t start = slash == std::string_view::npos ? 0 : slash + 1;
-        if (const std::string_view name = path.substr(start); !name.empty() && name != ".") {
-            names.emplace_front(name);
-        }
+        names.emplace_front(path.substr(slash == std::string_view::npos ? 0 : slash + 1));
         path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
     }
+}
+
+bool staysThere(const std::string& name)
+{
+    return name.empty() || name == ".";
 }
 
 std::string below(const std::string& directory, const std::string& name)
@@ -42,7 +44,7 @@ std::string placeOf(std::string_view path)
     putBefore(names, path);
     std::string place;
     for (const std::string& name : names) {
-        place = below(place, name);
+        place = staysThere(name) ? place : below(place, name);
     }
     return place;
 }
@@ -61,7 +63,7 @@ void Contents::begin(const ArchiveMember& member)
         file.link = member.target;
     } else if (kind == MemberKind::hardlink) {
         const auto first = tree.find(placeOf(member.target));
-        file = first == tree.end() ? File() : first->second;
+        file = first == tree.end() || first->second.isDirectory ? File() : first->second;
     } else if (kind == MemberKind::file) {
         file.hasText = size <= longestText && std::find(texts.begin(), texts.end(), place) != texts.end();
     }
@@ -84,7 +86,10 @@ void Contents::end()
         fill(size);
         file.digest = digest.finish();
     }
-    if (kind != MemberKind::directory) {
+    if (kind == MemberKind::directory) {
+        file.isDirectory = true;
+        tree.try_emplace(place, std::move(file));
+    } else {
         tree[place] = std::move(file);
     }
 }
@@ -119,21 +124,37 @@ std::optional<std::string> Contents::digestOf(std::string_view path) const
     for (int links = 0; !ahead.empty() && links <= mostLinks;) {
         const std::string name = ahead.front();
         ahead.pop_front();
+        if (staysThere(name)) {
+            continue;
+        }
         if (name == "..") {
+            if (here.empty()) {
+                return std::nullopt; // what lies around the directory is not known
+            }
             here = parentOf(here);
             continue;
         }
-        const auto found = tree.find(below(here, name));
-        if (found == tree.end()) {
-            here = below(here, name); // a directory, or nothing at all
-        } else if (!found->second.link.empty()) {
+        const std::string next = below(here, name);
+        const auto found = tree.find(next);
+        if (found == tree.end() ? hasFilesBelow(next) : found->second.isDirectory) {
+            here = next;
+        } else if (found != tree.end() && !found->second.link.empty()) {
             ++links;
             putBefore(ahead, found->second.link);
         } else {
-            return ahead.empty() && !found->second.digest.empty() ? std::optional(found->second.digest) : std::nullopt;
+            const bool isFile = found != tree.end() && ahead.empty() && !found->second.digest.empty();
+            return isFile ? std::optional(found->second.digest) : std::nullopt;
         }
     }
     return std::nullopt;
+}
+
+// To unpack a member makes the directories that lead to it.
+bool Contents::hasFilesBelow(const std::string& directory) const
+{
+    const std::string start = directory + "/";
+    const auto first = tree.lower_bound(start);
+    return first != tree.end() && first->first.starts_with(start);
 }
 
 std::optional<std::string> Contents::textOf(const std::string& path) const

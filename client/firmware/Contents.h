@@ -43,10 +43,12 @@ private:
         std::string link; // instead: where it leads, if it is a symbolic link
         std::string text;
         bool hasText = false;
+        bool isDirectory = false; // that is a member; the others are known by what is in them
     };
 
     void fill(std::uint64_t offset);
     void take(std::span<const std::byte> piece);
+    [[nodiscard]] bool hasFilesBelow(const std::string& directory) const;
 
     std::vector<std::string> texts;
     std::vector<std::string> paths;

@@ -68,6 +68,45 @@ TEST_F(ContentsTest, LinksLeadToWhatTheyLeadTo)
     EXPECT_EQ(contents.digestOf("directory"), std::nullopt);
 }
 
+TEST_F(ContentsTest, NoPathLeadsOutOfTheDirectory)
+{
+    file("a", "one");
+    other("d/link", MemberKind::symlink, "../../a");
+    EXPECT_EQ(contents.digestOf("../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("d/../../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("d/link"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("d/../a"), digestOfText("one"));
+}
+
+TEST_F(ContentsTest, NoPathLeadsThroughWhatIsNoDirectory)
+{
+    file("a", "one");
+    file("d/e/b", "two");
+    file("d-c", "three");
+    other("./empty/", MemberKind::directory);
+    other("way", MemberKind::symlink, "nosuch");
+    EXPECT_EQ(contents.digestOf("nosuch/../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("d/nosuch/.././e/b"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("empty/e/../../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("way/../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("a/../a"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("a/."), std::nullopt);
+    EXPECT_EQ(contents.digestOf("a/"), std::nullopt);
+    EXPECT_EQ(contents.digestOf("d/e/../../empty/..//a"), digestOfText("one"));
+    EXPECT_EQ(contents.digestOf("empty"), std::nullopt);
+}
+
+TEST_F(ContentsTest, ADirectoryTakesNoPlace)
+{
+    file("d/a", "one");
+    other("link", MemberKind::symlink, "d");
+    other("d", MemberKind::directory);
+    other("link/", MemberKind::directory);
+    other("hard", MemberKind::hardlink, "d");
+    EXPECT_EQ(contents.digestOf("link/a"), digestOfText("one"));
+    EXPECT_EQ(contents.digestOf("hard/../d/a"), std::nullopt);
+}
+
 TEST_F(ContentsTest, LinksInACircleLeadNowhere)
 {
     other("a", MemberKind::symlink, "b");
