@@ -84,6 +84,18 @@ TEST_F(SignatureTest, RefusesALinkForTheSums)
     EXPECT_EQ(problems(), Texts{"its SHA256SUMS or SHA256SUMS.sig is no plain file of at most 4194304 bytes"});
 }
 
+TEST_F(SignatureTest, RefusesAListThatIsTooLong)
+{
+    std::string sums;
+    while (sums.size() <= Contents::longestText) {
+        sums += kernelSum + imageSum;
+    }
+    pack(sums.substr(0, sums.size() - kernelSum.size() - imageSum.size()));
+    EXPECT_EQ(problems(), Texts{});
+    pack(sums);
+    EXPECT_EQ(problems(), Texts{"its SHA256SUMS or SHA256SUMS.sig is no plain file of at most 4194304 bytes"});
+}
+
 TEST_F(SignatureTest, NamesEveryFileThatIsNotAsListed)
 {
     pack(digestOfText("KERN-6") + "  ./pnr/kernel\n" + digestOfText("") + "  pnr/missing\n");
