@@ -57,7 +57,7 @@ void describeFile(Archive& archive, const Checkpoint& checkpoint)
         archive.size += static_cast<std::uint64_t>(size);
         digest.add(std::span(piece).first(static_cast<std::size_t>(size)));
     }
-    archive.sha256 = digest.finish();
+    archive.sha256 = inHexadecimal(digest.finish());
 }
 
 using Walker = std::unique_ptr<archive, int (*)(archive*)>;

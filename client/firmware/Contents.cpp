@@ -51,6 +51,13 @@ std::string placeOf(std::string_view path)
 
 } // namespace
 
+Contents::Contents(const std::vector<std::string>& pathsOfTexts)
+{
+    for (const std::string& path : pathsOfTexts) {
+        texts.try_emplace(path);
+    }
+}
+
 void Contents::begin(const ArchiveMember& member)
 {
     place = placeOf(member.path);
@@ -58,17 +65,26 @@ void Contents::begin(const ArchiveMember& member)
     size = static_cast<std::uint64_t>(std::max<std::int64_t>(member.size, 0));
     taken = 0;
     digest = Sha256();
-    file = File();
+    entry = Nothing();
+    text.reset();
     if (kind == MemberKind::symlink) {
-        file.link = member.target;
+        entry = Link{member.target};
     } else if (kind == MemberKind::hardlink) {
-        const auto first = tree.find(placeOf(member.target));
-        file = first == tree.end() || first->second.isDirectory ? File() : first->second;
-    } else if (kind == MemberKind::file) {
-        file.hasText = size <= longestText && std::find(texts.begin(), texts.end(), place) != texts.end();
+        beginHardLink(placeOf(member.target));
+    } else if (kind == MemberKind::file && size <= longestText && texts.contains(place)) {
+        text = "";
     }
     if (kind != MemberKind::directory) {
-        paths.push_back(withoutStart(member.path));
+        paths.add({withoutStart(member.path), kind, 0, "", false});
+    }
+}
+
+void Contents::beginHardLink(const std::string& target)
+{
+    const auto first = tree.find(target);
+    if (first != tree.end() && !std::holds_alternative<Directory>(first->second)) {
+        entry = first->second;
+        text = textOf(target);
     }
 }
 
@@ -82,15 +98,17 @@ void Contents::add(std::uint64_t offset, std::span<const std::byte> piece)
 
 void Contents::end()
 {
+    if (kind == MemberKind::directory) {
+        tree.try_emplace(place, Directory());
+        return;
+    }
     if (kind == MemberKind::file) {
         fill(size);
-        file.digest = digest.finish();
+        entry = digest.finish();
     }
-    if (kind == MemberKind::directory) {
-        file.isDirectory = true;
-        tree.try_emplace(place, std::move(file));
-    } else {
-        tree[place] = std::move(file);
+    tree[place] = std::move(entry);
+    if (const auto wanted = texts.find(place); wanted != texts.end()) {
+        wanted->second = std::move(text);
     }
 }
 
@@ -107,9 +125,17 @@ void Contents::take(std::span<const std::byte> piece)
     piece = piece.first(static_cast<std::size_t>(std::min<std::uint64_t>(piece.size(), size - taken)));
     digest.add(piece);
     taken += piece.size();
-    if (file.hasText) {
-        file.text.append(reinterpret_cast<const char*>(piece.data()), piece.size());
+    if (text) {
+        text->append(reinterpret_cast<const char*>(piece.data()), piece.size());
     }
+}
+
+std::vector<std::string> Contents::files() const
+{
+    std::vector<std::string> all;
+    all.reserve(paths.size());
+    paths.forEach([&](const ArchiveMember& member) { all.push_back(member.path); });
+    return all;
 }
 
 std::optional<std::string> Contents::digestOf(std::string_view path) const
@@ -135,30 +161,33 @@ std::optional<std::string> Contents::digestOf(std::string_view path) const
             continue;
         }
         const std::string next = below(here, name);
-        const auto found = tree.find(next);
-        if (found == tree.end() ? hasFilesBelow(next) : found->second.isDirectory) {
+        const Entry there = entryAt(next);
+        if (std::holds_alternative<Directory>(there)) {
             here = next;
-        } else if (found != tree.end() && !found->second.link.empty()) {
+        } else if (const auto* link = std::get_if<Link>(&there)) {
             ++links;
-            putBefore(ahead, found->second.link);
+            putBefore(ahead, link->target);
         } else {
-            const bool isFile = found != tree.end() && ahead.empty() && !found->second.digest.empty();
-            return isFile ? std::optional(found->second.digest) : std::nullopt;
+            const auto* sum = std::get_if<Sha256Sum>(&there);
+            return sum != nullptr && ahead.empty() ? std::optional(inHexadecimal(*sum)) : std::nullopt;
         }
     }
     return std::nullopt;
 }
 
-// To unpack a member makes the directories that lead to it.
-bool Contents::hasFilesBelow(const std::string& directory) const
+Contents::Entry Contents::entryAt(const std::string& where) const
 {
-    const std::string start = directory + "/";
-    const auto first = tree.lower_bound(start);
-    return first != tree.end() && first->first.starts_with(start);
+    if (const auto found = tree.find(where); found != tree.end()) {
+        return found->second;
+    }
+    // To unpack a member makes the directories that lead to it.
+    const std::string start = where + "/";
+    const auto next = tree.lower_bound(start);
+    return next != tree.end() && next->first.starts_with(start) ? Entry(Directory()) : Entry(Nothing());
 }
 
 std::optional<std::string> Contents::textOf(const std::string& path) const
 {
-    const auto found = tree.find(path);
-    return found != tree.end() && found->second.hasText ? std::optional(found->second.text) : std::nullopt;
+    const auto found = texts.find(path);
+    return found != texts.end() ? found->second : std::nullopt;
 }

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/firmware/MemberList.h"
 #include "client/firmware/Sha256.h"
 #include "hardening/MemberRules.h"
 
@@ -11,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 // What will lie in the directory where an archive is unpacked: the digests of its files, and the texts of those that
@@ -21,7 +23,7 @@ public:
     // The most that is kept of a text; of a longer one nothing is.
     static constexpr std::size_t longestText = std::size_t{4} << 20;
 
-    explicit Contents(std::vector<std::string> pathsOfTexts) : texts(std::move(pathsOfTexts)) {}
+    explicit Contents(const std::vector<std::string>& pathsOfTexts);
 
     // A member, then what it holds; between the pieces may be holes, as in a sparse file.
     void begin(const ArchiveMember& member);
@@ -29,35 +31,43 @@ public:
     void end();
 
     // The paths of all members but the directories, without "./" in front.
-    [[nodiscard]] const std::vector<std::string>& files() const { return paths; }
+    [[nodiscard]] std::vector<std::string> files() const;
 
-    // Of the file that a path leads to, behind links, too; nothing if it leads to none.
+    // In hexadecimal, of the file that a path leads to, behind links, too; nothing if it leads to none.
     [[nodiscard]] std::optional<std::string> digestOf(std::string_view path) const;
 
     // What is in a file whose text is kept; nothing if it is none, or a longer one.
     [[nodiscard]] std::optional<std::string> textOf(const std::string& path) const;
 
 private:
-    struct File {
-        std::string digest;
-        std::string link; // instead: where it leads, if it is a symbolic link
-        std::string text;
-        bool hasText = false;
-        bool isDirectory = false; // that is a member; the others are known by what is in them
+    // A hard link to no file.
+    using Nothing = std::monostate;
+
+    // One that is a member; the others are known by what is in them.
+    struct Directory {
     };
+
+    struct Link {
+        std::string target;
+    };
+
+    // Small, because there may be hundreds of thousands of them.
+    using Entry = std::variant<Nothing, Directory, Sha256Sum, Link>;
 
     void fill(std::uint64_t offset);
     void take(std::span<const std::byte> piece);
-    [[nodiscard]] bool hasFilesBelow(const std::string& directory) const;
+    void beginHardLink(const std::string& target);
+    [[nodiscard]] Entry entryAt(const std::string& where) const;
 
-    std::vector<std::string> texts;
-    std::vector<std::string> paths;
-    std::map<std::string, File, std::less<>> tree; // by their places, with single slashes
+    std::map<std::string, std::optional<std::string>> texts;
+    MemberList paths;
+    std::map<std::string, Entry> tree; // by their places, with single slashes
     // The member that is being read:
     std::string place;
     MemberKind kind = MemberKind::directory;
     std::uint64_t size = 0;
     std::uint64_t taken = 0;
     Sha256 digest;
-    File file;
+    Entry entry;
+    std::optional<std::string> text;
 };

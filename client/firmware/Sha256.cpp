@@ -92,13 +92,13 @@ void Sha256::compress(std::span<const std::byte, blockSize> bytes)
         b = a;
         a = first + second;
     }
-    const std::array<std::uint32_t, 8> worked = {a, b, c, d, e, f, g, h};
+    const Sha256Sum worked = {a, b, c, d, e, f, g, h};
     for (std::size_t i = 0; i < state.size(); ++i) {
         state[i] += worked[i];
     }
 }
 
-std::string Sha256::finish()
+Sha256Sum Sha256::finish()
 {
     std::array<std::byte, sizeof length> bits = {};
     for (std::size_t i = 0; i < bits.size(); ++i) {
@@ -108,9 +108,14 @@ std::string Sha256::finish()
     constexpr std::size_t end = blockSize - sizeof length; // of a block, where the length stands
     add(std::span(padding).first((filled < end ? end : end + blockSize) - filled));
     add(bits);
-    std::string digest;
-    for (const std::uint32_t word : state) {
-        digest += fmt::format("{:08x}", word);
+    return state;
+}
+
+std::string inHexadecimal(const Sha256Sum& sum)
+{
+    std::string digits;
+    for (const std::uint32_t word : sum) {
+        digits += fmt::format("{:08x}", word);
     }
-    return digest;
+    return digits;
 }

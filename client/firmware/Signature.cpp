@@ -82,7 +82,8 @@ SignatureKey::SignatureKey(std::string path, std::string text)
 
 std::vector<std::string> SignatureKey::problemsWith(const Contents& contents) const
 {
-    if (!hasSignature(contents.files())) {
+    const std::vector<std::string> files = contents.files();
+    if (!hasSignature(files)) {
         return {fmt::format("it is not signed: it has no {} and {}", sumsName, signatureName)};
     }
     const std::optional<std::string> text = contents.textOf(sumsName);
@@ -99,7 +100,7 @@ std::vector<std::string> SignatureKey::problemsWith(const Contents& contents) co
         return {fmt::format("line {} of its {} is none that sha256sum writes", sums.strangeLine, sumsName)};
     }
     Problems problems;
-    for (const std::string& file : unlistedOf(contents.files(), sums)) {
+    for (const std::string& file : unlistedOf(files, sums)) {
         problems.note(file, fmt::format("is not in its {}", sumsName));
     }
     compare(contents, sums, problems);

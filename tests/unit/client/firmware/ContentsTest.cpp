@@ -41,7 +41,11 @@ TEST_F(ContentsTest, NamesAllMembersButTheDirectories)
     other("./", MemberKind::directory);
     file("./a", "");
     other("d/link", MemberKind::symlink, "../a");
-    EXPECT_EQ(contents.files(), (std::vector<std::string>{"a", "d/link"}));
+    file("d//long-name-1", "");
+    file("d/long-name-2", "");
+    file("d//long-name-1", "");
+    EXPECT_EQ(contents.files(),
+              (std::vector<std::string>{"a", "d/link", "d//long-name-1", "d/long-name-2", "d//long-name-1"}));
 }
 
 TEST_F(ContentsTest, ALaterMemberTakesThePlaceOfAnEarlierOne)
@@ -131,6 +135,17 @@ TEST_F(ContentsTest, KeepsTheTextsThatItWasAskedFor)
     EXPECT_EQ(contents.textOf("d/kept"), "text");
     EXPECT_EQ(contents.textOf("kept"), std::nullopt);
     EXPECT_EQ(contents.textOf("other"), std::nullopt);
+}
+
+TEST_F(ContentsTest, AHardLinkHasTheTextOfItsFile)
+{
+    file("kept", "text");
+    other("d/kept", MemberKind::hardlink, "./kept");
+    EXPECT_EQ(contents.textOf("d/kept"), "text");
+    file("other", "more");
+    other("kept", MemberKind::hardlink, "other");
+    EXPECT_EQ(contents.textOf("kept"), std::nullopt);
+    EXPECT_EQ(contents.textOf("d/kept"), "text");
 }
 
 TEST_F(ContentsTest, KeepsNoTextThatIsTooLong)

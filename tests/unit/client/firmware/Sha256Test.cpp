@@ -14,7 +14,7 @@ std::string digestOf(std::string_view text)
 {
     Sha256 digest;
     digest.add(std::as_bytes(std::span(text)));
-    return digest.finish();
+    return inHexadecimal(digest.finish());
 }
 
 } // namespace
@@ -54,7 +54,7 @@ TEST(Sha256Test, OfPiecesIsThatOfTheWhole)
     for (const std::string_view piece : {"a", "", "bc"}) {
         digest.add(std::as_bytes(std::span(piece)));
     }
-    EXPECT_EQ(digest.finish(), digestOf("abc"));
+    EXPECT_EQ(inHexadecimal(digest.finish()), digestOf("abc"));
 }
 
 TEST(Sha256Test, IsTheSameWhereverTheTextIsCut)
@@ -64,6 +64,6 @@ TEST(Sha256Test, IsTheSameWhereverTheTextIsCut)
         Sha256 digest;
         digest.add(std::as_bytes(std::span(text).first(cut)));
         digest.add(std::as_bytes(std::span(text).subspan(cut)));
-        EXPECT_EQ(digest.finish(), digestOf(text)) << cut;
+        EXPECT_EQ(inHexadecimal(digest.finish()), digestOf(text)) << cut;
     }
 }

@@ -11,7 +11,7 @@ inline std::string digestOfText(std::string_view text)
 {
     Sha256 digest;
     digest.add(std::as_bytes(std::span(text)));
-    return digest.finish();
+    return inHexadecimal(digest.finish());
 }
 
 // As if an archive had this file next.
