@@ -232,17 +232,6 @@ TEST_F(IdentificationTest, TellsOfTheDoubledAddressOfACardThatIsNamedToo)
     EXPECT_FALSE(cards[1].sameAs);
 }
 
-TEST_F(IdentificationTest, TakesWhoAnswersWhereACardOnlySaysThatItIsForAnother)
-{
-    cards = {heardOn("card1", "10.0.0.11", "lan0"), given("10.0.0.77")};
-    cards[0].stated = {"10.0.0.11", "10.0.0.77"};
-    compare();
-    ASSERT_EQ(cards[1].sameAs, 0U);
-    check(answered({{"10.0.0.11", "lan0"}, {"10.0.0.77", "lan0"}}));
-    EXPECT_FALSE(cards[1].sameAs || cards[0].refusal || cards[1].refusal);
-    EXPECT_TRUE(cards[0].checked && cards[1].checked);
-}
-
 TEST_F(IdentificationTest, RefusesAnAddressThatAnsweredOnTwoInterfaces)
 {
     cards = {given("10.0.0.12"), given("10.0.0.13")};
