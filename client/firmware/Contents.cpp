@@ -49,6 +49,18 @@ std::string placeOf(std::string_view path)
     return place;
 }
 
+// Nothing if that is around the directory where the archive is unpacked: what lies there is not known.
+std::optional<std::string> placeFrom(const std::string& here, const std::string& name)
+{
+    if (staysThere(name)) {
+        return here;
+    }
+    if (name == "..") {
+        return here.empty() ? std::nullopt : std::optional(parentOf(here));
+    }
+    return below(here, name);
+}
+
 } // namespace
 
 Contents::Contents(const std::vector<std::string>& pathsOfTexts)
@@ -148,22 +160,14 @@ std::optional<std::string> Contents::digestOf(std::string_view path) const
     putBefore(ahead, path);
     std::string here;
     for (int links = 0; !ahead.empty() && links <= mostLinks;) {
-        const std::string name = ahead.front();
+        const std::optional<std::string> next = placeFrom(here, ahead.front());
         ahead.pop_front();
-        if (staysThere(name)) {
-            continue;
+        if (!next) {
+            return std::nullopt;
         }
-        if (name == "..") {
-            if (here.empty()) {
-                return std::nullopt; // what lies around the directory is not known
-            }
-            here = parentOf(here);
-            continue;
-        }
-        const std::string next = below(here, name);
-        const Entry there = entryAt(next);
+        const Entry there = entryAt(*next);
         if (std::holds_alternative<Directory>(there)) {
-            here = next;
+            here = *next;
         } else if (const auto* link = std::get_if<Link>(&there)) {
             ++links;
             putBefore(ahead, link->target);
@@ -177,6 +181,9 @@ std::optional<std::string> Contents::digestOf(std::string_view path) const
 
 Contents::Entry Contents::entryAt(const std::string& where) const
 {
+    if (where.empty()) {
+        return Directory(); // the one where the archive is unpacked
+    }
     if (const auto found = tree.find(where); found != tree.end()) {
         return found->second;
     }

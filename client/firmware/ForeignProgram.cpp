@@ -73,6 +73,7 @@ int runToItsEnd(const std::string& program, std::vector<std::string> words, cons
 {
     words.insert(words.begin(), program);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string& word : words) {
         arguments.push_back(word.data());
     }
