@@ -2,7 +2,12 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Every call fails once: the daemon answers, logs or ends as designed, and what comes next is served."""
 
+from collections.abc import Callable
+
 from support.daemon import words
+from support.peers import PATIENCE
+from tarvelsim.errors import WaitTimeout
+from tarvelsim.waiting import wait_for
 from wire import Header, Status
 
 from .points import Point
@@ -52,15 +57,27 @@ def try_point(target: TargetCard, point: Point) -> list[str]:
     # Behind a failed receive or send the stream is out of step, as nobody looks at what was not sent.
     if point.call not in _ON_THE_STREAM:
         complaints += [problem for reply in result.replies if (problem := _wrong_in(reply, point))]
-    said = "\n".join(line.text for line in target.card.records.log_lines(log)) + target.card.records.console()[console:]
     expected = next((told for call, told in _TOLD if point.line.startswith(call)), None)
-    if expected is not None and (expected not in said or words(text) not in said):
-        complaints.append(f"{expected!r} with {words(text)!r} was not said, but: {said}")
+    told = [] if expected is None else [expected, words(text)]
+    told += ["tarvel-daemon terminated unexpectedly!"] if result.ended else []
+    complaints += _missing(told, lambda: _said(target, log, console))
     if result.ended:
-        if "tarvel-daemon terminated unexpectedly!" not in said:
-            complaints.append("the end was not told")
         target.start_plain()
     return complaints + target.complaints()
+
+
+def _said(target: TargetCard, log: int, console: int) -> str:
+    lines = (line.text for line in target.card.records.log_lines(log))
+    return "\n".join(lines) + target.card.records.console()[console:]
+
+
+def _missing(told: list[str], said: Callable[[], str]) -> list[str]:
+    """What is not said, even a while later: a line of the log may come behind the answer to a later question."""
+    try:
+        wait_for(lambda: all(text in said() for text in told), PATIENCE, said)
+    except WaitTimeout as never:
+        return [f"{told} was not said, but: {never}"]
+    return []
 
 
 def _wrong_in(reply: bytes, point: Point) -> str | None:
