@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Ambiguity.h"
 
+#include "client/card/Identity.h"
 #include "client/messages/IpConfiguration.h"
 
 #include <algorithm>
@@ -99,6 +100,6 @@ std::optional<std::string> ambiguityOf(const std::vector<CardReply>& answers)
 
 Failure ambiguous(std::string hint)
 {
-    return {ExitCode::ambiguous, Category::ambiguous, "looking for the card",
+    return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
             std::move(hint) + "; nothing was sent, --force does it all the same"};
 }

@@ -12,7 +12,7 @@
 Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
 {
     const std::string name = target.name;
-    return {ExitCode::ambiguous, Category::ambiguous, "looking for the card",
+    return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
             fmt::format("the groups file says that {0} is at {1}, but it answered from {2}; nothing was sent, also "
                         "with --force. The right line is \"{0} {3}\"",
                         name, target.endpoint->address, sendersOf(answers), answers.front().address)};

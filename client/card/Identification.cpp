@@ -57,20 +57,16 @@ void Identification::takeDeafness(std::vector<Identified>& cards, const Failure&
 {
     const bool canHearNobody = why.category == Category::noInterface && !network.isToldInterfaces();
     for (Identified& card : cards) {
-        if (!card.refusal && canHearNobody) {
+        if (card.refusal) {
+            continue;
+        }
+        if (canHearNobody) {
             card.warnings.push_back(fmt::format("whether two cards share its address was not checked: {}", why.hint));
-        } else if (!card.refusal) {
+        } else {
             card.refusal = why;
             card.refusal->hint += "; nothing was sent, --no-probe does not ask who shares the address";
         }
     }
-}
-
-// A card may also answer from an address that does not fit its network here, where no connection leads.
-void Identification::preferReachable(std::vector<CardReply>& answers)
-{
-    std::stable_partition(answers.begin(), answers.end(),
-                          [](const CardReply& answer) { return wayTo(answer).has_value(); });
 }
 
 bool Identification::asksFor(const Target& target) const
@@ -107,7 +103,7 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
     } catch (const Failure& failure) {
         refuse(card, failure);
     } catch (const Interrupted&) {
-        card.refusal = Failure{ExitCode::interrupted, Category::interrupted, "looking for the card", "interrupted"};
+        card.refusal = Failure{ExitCode::interrupted, Category::interrupted, lookingForCard, "interrupted"};
     }
 }
 

@@ -63,7 +63,6 @@ private:
     Task<void> identify(Identified& card, Lookup& lookup) const;
     Task<void> takeSilence(Identified& card, Lookup& lookup) const;
     static void refuse(Identified& card, const Failure& why);
-    static void preferReachable(std::vector<CardReply>& answers);
     void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
     [[nodiscard]] bool isNotedElsewhere(const Target& noted, const Identified& card) const;
     Task<void> confirm(Identified& card, Target noted) const;

@@ -5,6 +5,7 @@
 #include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 
 namespace
@@ -18,7 +19,7 @@ Failure addressless(const std::string& card, const CardReply& answer)
             : fmt::format("answers from {} on {}, which is in no network of that interface: whoever is reached there "
                           "may be another",
                           answer.address, answer.interface);
-    return {ExitCode::unreachable, Category::noAddress, "looking for the card",
+    return {ExitCode::unreachable, Category::noAddress, lookingForCard,
             fmt::format("{0} hears broadcasts, but {1}; `tarvelctl ip set` or `tarvelctl ip rescue {0}` gives it an "
                         "address",
                         card, here)};
@@ -70,6 +71,12 @@ std::optional<Endpoint> wayTo(const CardReply& answer)
         return std::nullopt;
     }
     return Endpoint{answer.address, cardPort, answer.interface};
+}
+
+void preferReachable(std::vector<CardReply>& answers)
+{
+    std::stable_partition(answers.begin(), answers.end(),
+                          [](const CardReply& answer) { return wayTo(answer).has_value(); });
 }
 
 Endpoint endpointOf(const std::string& card, const CardReply& answer)

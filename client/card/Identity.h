@@ -15,7 +15,8 @@
 
 // Who answers as a name, and where.
 
-// The phase of the question.
+// The phases of finding a card, and of the question.
+inline constexpr const char* lookingForCard = "looking for the card";
 inline constexpr const char* waitingForIp = "waiting for the IP configuration";
 
 // Where a card without an address answers from.
@@ -44,6 +45,9 @@ Task<CardReply> queryCardUntil(Network& network, std::string card, std::function
 // The same for all answers to a target's name, of which there are some: a noted address that is among them keeps its
 // port.
 [[nodiscard]] Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers);
+
+// Puts those that a way leads to first: a card may also answer from an address that does not fit its network here.
+void preferReachable(std::vector<CardReply>& answers);
 
 // The first answer, or another of that card that a way leads to. Fails only if this machine cannot ask.
 Task<CardReply> reachableAnswer(Network& network, std::string card, CardReply first);

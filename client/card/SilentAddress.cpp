@@ -5,15 +5,14 @@
 #include "client/card/Identity.h"
 #include "client/card/Queries.h"
 #include "client/model/CalendarTime.h"
+#include "client/wire/CausesOfSilence.h"
 #include "client/wire/HostInterfaces.h"
-#include "client/wire/Silence.h"
 
 #include <fmt/core.h>
 
 namespace
 {
 
-constexpr const char* lookingForCard = "looking for the card";
 constexpr const char* answersAsAnother = "answers as a card, but not by this name";
 
 // What one sees of a host that told no versions.

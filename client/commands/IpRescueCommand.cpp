@@ -39,7 +39,7 @@ Failure noSuchEntry(const std::string& card, int number, std::size_t known)
 
 Failure needsForce(const std::string& card, const std::string& address)
 {
-    return {ExitCode::usage, Category::needsForce, "looking for the card",
+    return {ExitCode::usage, Category::needsForce, lookingForCard,
             fmt::format("{0} answers, and {1} is an address that works here; nothing was sent, `tarvelctl ip set` "
                         "changes it with a way back, --force sends the settings all the same",
                         card, address)};

@@ -94,7 +94,7 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
     Target& target = card.target;
     const bool isLookedUp = mustLookUp(run.context, target);
     if (isLookedUp) {
-        run.context.console.progress(target.label, {"looking for the card"});
+        run.context.console.progress(target.label, {lookingForCard});
         target.heard = co_await run.lookup.answerOf(target.name);
     }
     const Slots::Held slot = co_await run.slots;

@@ -24,8 +24,8 @@ protected:
     [[nodiscard]] std::vector<Column> columns() const override
     {
         std::vector<Column> all = {{"state"}, {"seconds"}};
-        all.emplace_back("address_from").shown =
-            Shown::inCsvOnly; // of the last look, which may be another than the first
+        // Of the last look, which may be another than the first.
+        all.emplace_back("address_from").shown = Shown::inCsvOnly;
         return all;
     }
     [[nodiscard]] bool tellsWhereFrom() const override { return false; }

@@ -2,8 +2,8 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
+#include "client/wire/CausesOfSilence.h"
 #include "client/wire/HostInterfaces.h"
-#include "client/wire/Silence.h"
 
 #include <cerrno>
 #include <cstring>

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
-#include "client/wire/Silence.h"
+#include "client/wire/CausesOfSilence.h"
 #include "support/ErrorText.h"
 #include "support/FakeInterface.h"
 #include "support/SystemTest.h"
