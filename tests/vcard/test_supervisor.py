@@ -8,12 +8,16 @@ from support.documents import interface, ip_configuration
 from wire import Command, Status, request
 
 
+def wait_for_another(card: VirtualCard, before: int | None) -> None:
+    card.wait_for(lambda: card.daemon_pid() not in (None, before), "the supervisor starts another daemon")
+    card.wait_for_log(f"tarveld[{card.daemon_pid()}]: BindToDevice (eth1) was successful")
+
+
 def kill_daemon(card: VirtualCard) -> None:
     """Kills the daemon and waits until another one listens."""
     killed = card.daemon_pid()
     card.run(f"kill -9 {killed}")
-    card.wait_for(lambda: card.daemon_pid() not in (None, killed), "the supervisor starts another daemon")
-    card.wait_for_log(f"tarveld[{card.daemon_pid()}]: BindToDevice (eth1) was successful")
+    wait_for_another(card, killed)
 
 
 def test_a_killed_daemon_is_started_again_and_serves(card: VirtualCard) -> None:
@@ -46,3 +50,13 @@ def test_what_an_init_script_left_running_does_not_hold_the_port(card: VirtualCa
     card.wait_for(lambda: card.status("pidof udhcpc") == 0, "the DHCP client runs")
     kill_daemon(card)
     assert ask(Command.VERSIONS).header.status == Status.SUCCESS
+
+
+def test_a_daemon_that_does_not_end_when_it_is_asked_is_killed_five_seconds_later(card: VirtualCard) -> None:
+    stuck = card.daemon_pid()
+    card.run(f"kill -STOP {stuck}")
+    asked = card.uptime()
+    card.run("/etc/init.d/tarveld stop")
+    assert card.uptime() - asked >= 5
+    assert card.daemon_pid() != stuck
+    wait_for_another(card, stuck)
