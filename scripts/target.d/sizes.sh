@@ -19,10 +19,10 @@ print_sizes() {
     done
 }
 
-# One library is for others, and has the daemon's objects once more; two are for the hardened build.
+# One library is for others, and has the daemon's objects once more; three are for the hardened build.
 own_libraries() {
     find "$(build_directory "$1")/src" -name '*.a' ! -name libtimesettings.a ! -name libtarveld_hardening.a \
-        ! -name libtarveld_archive_rules.a
+        ! -name libtarveld_archive_rules.a ! -name libtarveld_defences.a
 }
 
 text_of() { xargs size | awk 'NR > 1 { text += $1 } END { print text }'; }
