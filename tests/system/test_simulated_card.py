@@ -2,8 +2,10 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The simulated card leaves the machine it runs on alone."""
 
+from pathlib import Path
+
 import pytest
-from tarvelsim import Card
+from tarvelsim import Card, Lan
 
 PROGRAMS = ("/etc/init.d/network", "/lib/upgrade/fwupgrade", "/run/bin/uci")
 
@@ -12,3 +14,10 @@ PROGRAMS = ("/etc/init.d/network", "/lib/upgrade/fwupgrade", "/run/bin/uci")
 def test_a_program_of_the_card_cannot_be_written_over_in_the_build(card: Card, program: str) -> None:
     """It is a link, and a shell's > follows it. Opened for appending, and with nothing appended."""
     assert card.inside.run(["sh", "-c", f": >> {program}"], check=False).returncode != 0
+
+
+@pytest.mark.parametrize("names", [("card1", "other"), ("other", "card1")], ids=" ".join)
+def test_card1_has_the_addresses_of_the_worked_examples_whoever_comes_first(tmp_path: Path, names: tuple[str, str]) -> None:
+    lan = Lan(tmp_path)
+    numbers = {name: lan.card(name).number for name in names}
+    assert numbers == {"card1": 1, "other": 2}

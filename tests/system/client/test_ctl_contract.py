@@ -171,7 +171,7 @@ def test_every_field_of_json_has_a_column(
     monkeypatch.chdir(tmp_path)  # where the files of the examples are
     (tmp_path / "release.txt").write_text("kernel KERN-6.1.0\n")
     (tmp_path / "time.xml").write_text("<TimeReferenceConfiguration/>")
-    ctl.remember("ip-rack1", "VemkEth1 Static =10.0.0.11 =255.255.255.0 - 7\n")
+    ctl.remember("ip-rack1", f"VemkEth1 Static ={rack[0].address('eth0')} =255.255.255.0 - 7\n")
     asked = set()
     for command in commands(ctl):
         for words in examples(ctl, command, rack[0].address("eth0") or ""):
