@@ -7,6 +7,7 @@
 #include <cctype>
 #include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <sstream>
 
 namespace
@@ -60,6 +61,33 @@ TEST(ManualTest, DescribesNoCommandThatIsNotThere)
         ++headings;
     }
     EXPECT_EQ(headings, shapeOfProgram().commands.size());
+}
+
+// Those whose names stand behind "reached by its address", up to the end of the sentence.
+std::set<std::string> commandsTold(const std::string& text)
+{
+    const std::size_t start = text.find("is reached by its address");
+    std::istringstream words(text.substr(start, text.find('.', start) - start));
+    std::set<std::string> told;
+    for (std::string word; words >> word;) {
+        if (word.starts_with('*')) {
+            told.insert(word.substr(1, word.rfind('*') - 1));
+        }
+    }
+    return told;
+}
+
+TEST(ManualTest, TellsWhichCommandsReachACardThatHearsNoBroadcast)
+{
+    std::set<std::string> takeAddresses; // by the first word of their names
+    for (const CommandShape& command : shapeOfProgram().commands) {
+        for (const OptionShape& argument : command.arguments) {
+            if (argument.names.front() == "TARGET") { // a command that needs names has a NAME there
+                takeAddresses.insert(command.name.substr(0, command.name.find(' ')));
+            }
+        }
+    }
+    EXPECT_EQ(commandsTold(manual()), takeAddresses);
 }
 
 // The list of the exit statuses as "0 all well" and so on, without the marks around them.
