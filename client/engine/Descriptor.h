@@ -5,7 +5,7 @@
 #include <unistd.h>
 #include <utility>
 
-// Owns a file descriptor and closes it.
+// Owns a file descriptor and closes it; -1 is none.
 class Descriptor
 {
 public:
@@ -26,6 +26,8 @@ public:
     void reset()
     {
         if (fd != -1) {
+            // On purpose: after a failure, too, the number is free, and to close it again could close that of somebody
+            // else.
             ::close(std::exchange(fd, -1));
         }
     }

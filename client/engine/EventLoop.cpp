@@ -128,15 +128,17 @@ void EventLoop::forget(const Wait* wait)
     std::erase(waits, wait);
 }
 
+// What is posted is work that nobody has to wait for: a poll before it could sleep for ever.
 void EventLoop::turn()
 {
     if (posted.empty()) {
-        if (waits.empty()) {
+        if (waits.empty()) { // poll() would sleep for ever
             throw std::logic_error("a task waits for nothing");
         }
         pollOnce();
         resumeEnded();
     }
+    // Taken out first, because what is continued may post again, and so change the list; that is for the next turn.
     for (const std::coroutine_handle<> handle : std::exchange(posted, {})) {
         handle.resume();
     }
@@ -158,7 +160,7 @@ int EventLoop::timeoutMilliseconds() const
 
 std::vector<pollfd> EventLoop::collectDescriptors() const
 {
-    std::vector<pollfd> polled = {{interruptDescriptor, POLLIN, 0}};
+    std::vector<pollfd> polled = {{interruptDescriptor, POLLIN, 0}}; // poll() passes over -1
     for (const Wait* wait : waits) {
         polled.insert(polled.end(), wait->descriptors.begin(), wait->descriptors.end());
     }
@@ -173,6 +175,7 @@ void EventLoop::noteReady(const std::vector<pollfd>& polled)
         const auto first = polled.begin() + static_cast<std::ptrdiff_t>(next);
         next += wait->descriptors.size();
         const auto last = polled.begin() + static_cast<std::ptrdiff_t>(next);
+        // What came in time counts, even if a busy machine looks only after the deadline.
         if (std::any_of(first, last, [](const pollfd& one) { return one.revents != 0; })) {
             wait->end = Wait::End::ready;
         } else if (wait->deadline <= now) {
@@ -187,11 +190,13 @@ void EventLoop::noteReady(const std::vector<pollfd>& polled)
 void EventLoop::pollOnce()
 {
     std::vector<pollfd> polled = collectDescriptors();
+    // After EINTR no entry says anything, and the next turn polls again.
     if (::poll(polled.data(), polled.size(), timeoutMilliseconds()) == -1 && errno != EINTR) {
         throw std::system_error(errno, std::generic_category(), "poll");
     }
     tick();
     noteReady(polled);
+    // Last, because it outweighs what has come: the work that waits is to end now.
     if (polled.front().revents != 0) {
         takeSignals();
         interrupt();

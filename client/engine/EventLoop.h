@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <vector>
 
+// Monotonic, so that somebody who sets the clock of this machine moves no deadline.
 using Clock = std::chrono::steady_clock;
 using TimePoint = Clock::time_point;
 using Seconds = std::chrono::duration<double>;
@@ -18,6 +19,7 @@ using Seconds = std::chrono::duration<double>;
 
 // Thrown once out of every wait of the moment when the user presses Ctrl-C. Later waits work again, so that work which
 // must leave a card in a known state can finish; a second Ctrl-C ends the program at once.
+// It is no Failure, so that whoever gets over those does not get over this.
 struct Interrupted {
 };
 
@@ -52,6 +54,8 @@ public:
         End end = End::none;
     };
 
+    // What to await. TimePoint::max() is no deadline. `ready` waits for the events that each entry names, until() for
+    // nothing but the moment; that the peer has closed its side, or an error, counts as ready, too.
     [[nodiscard]] Wait readable(int descriptor, TimePoint deadline);
     [[nodiscard]] Wait writable(int descriptor, TimePoint deadline);
     [[nodiscard]] Wait anyReadable(const std::vector<int>& descriptors, TimePoint deadline);
@@ -74,6 +78,7 @@ public:
 
     // Readable when the user wants to stop (see InterruptSource), and read empty then; -1 for none.
     void setInterruptDescriptor(int descriptor) { interruptDescriptor = descriptor; }
+    // Ends all waits of the moment with Interrupted, as Ctrl-C does.
     void interrupt();
     // From now on this is called now and then, with such pauses at least, while anything waits.
     void setTicker(Seconds pause, std::function<void()> newTicker);

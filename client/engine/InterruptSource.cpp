@@ -23,6 +23,7 @@ void setHandler(void (*handler)(int))
 
 void onSignal(int /*number*/)
 {
+    // The signal may come between a call and the look at its error.
     const int savedErrno = errno;
     setHandler(SIG_DFL); // of both: whichever comes second ends the program
     const char wake = 0;
@@ -36,6 +37,8 @@ void onSignal(int /*number*/)
 InterruptSource::InterruptSource()
 {
     std::array<int, 2> ends = {};
+    // Nonblocking at both ends: a handler must never wait for the loop, nor the loop for a signal that was taken
+    // already.
     if (::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == -1) {
         throw std::system_error(errno, std::generic_category(), "pipe2");
     }
@@ -47,6 +50,6 @@ InterruptSource::InterruptSource()
 
 InterruptSource::~InterruptSource()
 {
-    setHandler(SIG_DFL);
+    setHandler(SIG_DFL); // first: no handler may write to what is being closed
     wakeDescriptor = -1;
 }

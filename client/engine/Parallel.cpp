@@ -11,7 +11,7 @@ namespace
 struct Shared {
     EventLoop& loop;
     std::size_t count;
-    std::function<Task<void>(std::size_t)> work;
+    std::function<Task<void>(std::size_t)> work; // kept here: a piece may use what it captured until it ends
     std::size_t next = 0;
     std::size_t running = 0;
     std::exception_ptr error = nullptr;
@@ -25,6 +25,7 @@ struct AllDone {
     void await_resume() const noexcept {}
 };
 
+// An error must not end the lane, which has the other pieces to do.
 Task<void> doOne(Shared& shared, std::size_t index)
 {
     try {

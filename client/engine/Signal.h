@@ -19,6 +19,7 @@ public:
     void set()
     {
         isSet = true;
+        // Posted, since whoever sets it is in the middle of something, and must not be destroyed there.
         for (const std::coroutine_handle<> handle : std::exchange(waiting, {})) {
             loop.post(handle);
         }

@@ -46,7 +46,8 @@ public:
     Held await_resume() { return Held(*this); }
 
 private:
-    // The place goes straight to whoever waits longest.
+    // The place goes straight to whoever waits longest: free again for a moment, somebody who comes then would take it.
+    // Posted, because this runs in a destructor, in the middle of what the former holder does.
     void release()
     {
         if (waiting.empty()) {

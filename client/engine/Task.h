@@ -28,9 +28,12 @@ public:
     std::coroutine_handle<> continuation;
     std::exception_ptr error;
 
+    // A task that ran before anybody has its handle could end before it can be awaited.
     [[nodiscard]] std::suspend_always initial_suspend() const noexcept { return {}; }
     void unhandled_exception() noexcept { error = std::current_exception(); }
 
+    // Who awaits is continued by a jump, not by a call: a thousand tasks that end without waiting need no deeper stack.
+    // The frame stays, since the result is in it; the Task destroys it.
     struct Continue {
         [[nodiscard]] bool await_ready() const noexcept { return false; }
         template<typename Promise>

@@ -13,6 +13,7 @@ struct Word {
     std::string_view text;
 };
 
+// Scripts compare them: a word that was once printed stays.
 constexpr std::array words = {
     Word{Category::none, ""},
     Word{Category::ambiguous, "ambiguous"},

@@ -17,7 +17,8 @@ struct Failure {
     std::string hint;  // a sentence for people: what happened, likely causes, what to do
 };
 
-// Did the request that failed so never leave this machine?
+// Did the request that failed so never leave this machine? Unreachable is what no connection leads to, or no interface
+// took: nothing was there to send it over.
 [[nodiscard]] inline bool wasNotSent(const Failure& failure)
 {
     return failure.code == ExitCode::unreachable || failure.category == Category::noSocket;

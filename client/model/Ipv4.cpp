@@ -36,12 +36,13 @@ std::optional<Ipv4> maskOfPrefix(int length)
     if (length < 0 || length > 32) {
         return std::nullopt;
     }
-    return length == 0 ? 0 : ~Ipv4{0} << (32 - length);
+    return length == 0 ? 0 : ~Ipv4{0} << (32 - length); // to shift by all 32 bits is undefined
 }
 
 bool isMask(Ipv4 mask)
 {
     const Ipv4 zeros = ~mask;
+    // Ones at the end alone have nothing in common with the next number.
     return (zeros & (zeros + 1)) == 0;
 }
 

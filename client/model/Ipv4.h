@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-// IPv4 addresses as numbers, for calculating with networks. Only four decimal numbers with dots are an address here;
-// the card understands more forms, which nobody should need.
+// IPv4 addresses as numbers of this machine, for calculating with networks. Only four decimal numbers with dots are an
+// address here; the card understands more forms, which nobody should need.
 using Ipv4 = std::uint32_t;
 
 [[nodiscard]] std::optional<Ipv4> parseIpv4(std::string_view text);

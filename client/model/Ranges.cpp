@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr std::size_t mostNames = 4096;
+constexpr std::size_t mostNames = 4096; // chosen: more is rather a slip than a wish
 
 Failure badRange(std::string_view text, std::string_view why)
 {
@@ -108,6 +108,7 @@ std::optional<Numbered> splitNumber(std::string_view name)
 
 bool follows(const Numbered& next, const Numbered& last)
 {
+    // card10 follows card9 and card09; card010 follows none, or it could not be told from card10 in brackets.
     const bool samePadding =
         next.digits.size() == last.digits.size() || (last.digits.front() != '0' && next.digits.front() != '0');
     return next.stem == last.stem && samePadding && next.number == last.number + 1;
@@ -142,6 +143,7 @@ std::vector<std::string> expandRanges(std::string_view text)
         for (const std::string& ending : endings) {
             names.push_back(fmt::format("{}{}{}", unescaped(text.substr(0, open)), item, ending));
         }
+        // Looked at in between: brackets multiply, and all of them might not fit into memory.
         if (names.size() > mostNames) {
             throw badRange(text, "too many names");
         }

@@ -30,6 +30,7 @@ std::string Result::hintAbout(std::string_view name) const
     for (std::size_t at = text.find(target); !target.empty() && at != std::string::npos; at = text.find(target, at)) {
         if (isWord(text, at, target.size())) {
             text.replace(at, target.size(), name);
+            // Behind what was put in, which may contain the target again.
             at += name.size();
         } else {
             ++at;

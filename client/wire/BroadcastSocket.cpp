@@ -14,6 +14,7 @@
 namespace
 {
 
+// Nothing is ever cut, so that what came too long is seen to be.
 constexpr std::size_t largestDatagram = 65536;
 
 Failure unusable(const std::string& name, int error)
@@ -37,6 +38,8 @@ Descriptor openSocket(const std::string& name)
     if (const int error = bindToInterface(socket.get(), name); error != 0) {
         throw unusable(name, error);
     }
+    // Not to an address of the interface: the kernel gives no socket that is bound to one what is sent to
+    // 255.255.255.255.
     const sockaddr_in anywhere = socketAddress({"0.0.0.0", 0});
     if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&anywhere), sizeof anywhere) == -1) {
         throw unusable(name, errno);
@@ -66,6 +69,7 @@ bool BroadcastSocket::broadcast(const Request& request) const
 {
     wire->gate.admit(request);
     const Bytes bytes = encode(request);
+    // Not the broadcast address of our network: a card with an address of another one, or with none, takes only this.
     const sockaddr_in everybody = socketAddress({"255.255.255.255", cardPort});
     if (::sendto(socket.get(), bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&everybody),
                  sizeof everybody) != static_cast<ssize_t>(bytes.size())) {
@@ -83,7 +87,7 @@ std::optional<Datagram> BroadcastSocket::receive() const
     const ssize_t received =
         ::recvfrom(socket.get(), space.data(), space.size(), 0, reinterpret_cast<sockaddr*>(&sender), &size);
     if (received == -1) {
-        return std::nullopt; // none there; an error of an earlier sending is only that
+        return std::nullopt; // none there, or an error of an earlier sending, which says nothing of what may come
     }
     Datagram datagram{{space.begin(), space.begin() + received}, dotted(sender.sin_addr), ntohs(sender.sin_port), name};
     wire->show(datagram.address, Direction::received, datagram.bytes);

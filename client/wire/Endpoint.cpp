@@ -13,6 +13,7 @@ std::optional<Endpoint> parseEndpoint(std::string_view text)
     if (colon != std::string_view::npos) {
         const std::string_view port = text.substr(colon + 1);
         const auto [end, error] = std::from_chars(port.data(), port.data() + port.size(), endpoint.port);
+        // Port 0 is what a socket asks for that has none.
         if (error != std::errc() || end != port.data() + port.size() || endpoint.port == 0) {
             return std::nullopt;
         }

@@ -23,5 +23,6 @@ struct Endpoint {
 // "10.0.0.11", or "127.0.0.1:6000" for a forwarded port; nothing if the text is no address.
 [[nodiscard]] std::optional<Endpoint> parseEndpoint(std::string_view text);
 
+// For the system's calls, in network order; and the text of an address that comes from them.
 [[nodiscard]] sockaddr_in socketAddress(const Endpoint& endpoint);
 [[nodiscard]] std::string dotted(const in_addr& address);

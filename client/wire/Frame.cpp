@@ -99,6 +99,7 @@ void checkReplyHeader(const MessageHeader& reply, const Request& request)
     if (reply.version != protocolVersion) {
         throw garbage(fmt::format("the answer has protocol version {}, not {}", reply.version, protocolVersion));
     }
+    // Device and service are not compared: whoever asks for a wrong one is answered with the card's own.
     if (!answers(reply, request)) {
         throw garbage(fmt::format("what came is no answer to this request (command 0x{:04x}, sequence 0x{:08x})",
                                   reply.commandId, reply.sequenceId));
@@ -116,6 +117,7 @@ std::string textOf(const Reply& reply)
     if (reply.payload.size() < textSectionSize(0)) {
         throw garbage("the answer's text is missing");
     }
+    // readTextSection() would cut what does not fit; here it has to be told.
     const std::uint32_t count = readLittle32(std::span(reply.payload).first<sectionCountSize>());
     if (count != reply.payload.size() - sectionCountSize) {
         throw garbage(fmt::format("the answer's text has {} bytes where {} are announced",
@@ -123,6 +125,7 @@ std::string textOf(const Reply& reply)
     }
     const std::string_view content = readTextSection(reply.payload, CountOrder::wire);
     const std::string_view text = content.substr(0, content.find('\0'));
+    // Bytes behind the NUL would be seen by nobody, and one that is missing means that something was cut.
     if (text.size() + 1 != content.size()) {
         throw garbage("the answer's text is not ended by its one NUL");
     }
@@ -131,6 +134,7 @@ std::string textOf(const Reply& reply)
 
 void checkStatus(const MessageHeader& reply)
 {
+    // Without a default, so that the compiler misses here a status that is new.
     switch (static_cast<Status>(reply.status)) {
     case Status::success:
         return;

@@ -15,7 +15,9 @@
 
 using Bytes = std::vector<std::byte>;
 
-inline constexpr std::uint32_t longestReplyPayload = 65536; // what a card announces beyond this is garbage
+// What a card announces beyond this is garbage: no reply of a card has more than 4096 bytes, and what a stranger
+// announces must not fill this machine's memory.
+inline constexpr std::uint32_t longestReplyPayload = 65536;
 
 // A request as it is meant; encode() makes the bytes of it.
 struct Request {
@@ -30,6 +32,7 @@ struct Request {
 
 // Each request gets a random sequence number of its own.
 [[nodiscard]] Request bareRequest(CommandId command);
+// With a text as its one section; `xml` is without the NUL that ends it on the wire.
 [[nodiscard]] Request textRequest(CommandId command, std::string xml);
 [[nodiscard]] Bytes textSection(std::string_view text); // count, text, NUL
 [[nodiscard]] Bytes encode(const Request& request);     // one piece, for one segment or one datagram
@@ -39,6 +42,7 @@ struct Reply {
     Bytes payload;             // as it travelled
 };
 
+// The header of what came, in host order; any bytes make one.
 [[nodiscard]] MessageHeader decodeHeader(std::span<const std::byte, headerSize> bytes);
 
 // Is this the answer to that request, by command, reply flag and sequence number?

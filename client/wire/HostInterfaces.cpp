@@ -117,6 +117,7 @@ bool isOwnAddress(const std::string& address)
 
 int bindToInterface(int socket, const std::string& interface)
 {
+    // Since Linux 5.7 this needs no privilege, as long as the socket is bound to no interface yet.
     const auto size = static_cast<socklen_t>(interface.size());
     return ::setsockopt(socket, SOL_SOCKET, SO_BINDTODEVICE, interface.data(), size) == -1 ? errno : 0;
 }

@@ -22,5 +22,5 @@
 
 [[nodiscard]] bool isOwnAddress(const std::string& address);
 
-// Lets a socket send and receive on that interface only, whatever the routes say; an error, or 0.
+// Lets a socket send and receive on that interface only, whatever the routes say; an errno, or 0.
 [[nodiscard]] int bindToInterface(int socket, const std::string& interface);

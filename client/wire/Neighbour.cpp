@@ -19,13 +19,13 @@
 namespace
 {
 
-constexpr std::uint16_t discardPort = 9;
-constexpr Seconds glance{0.05};     // between two looks into the table; chosen
+constexpr std::uint16_t discardPort = 9; // nobody listens there; that something is sent is all
+constexpr Seconds glance{0.05};          // between two looks into the table; chosen
 constexpr Seconds confirmation{10}; // the kernel uses an old entry for 5 seconds before it asks, 3 times in 3 seconds
-constexpr std::size_t tableSpace = 32768;
+constexpr std::size_t tableSpace = 32768; // the most that the kernel puts into one part of an answer
 
 // What the table says of an address: nothing, that it is or was asked for, or who has it. An old entry may be that of a
-// host which has gone.
+// host which has gone. In the order of what they are worth, since they are compared.
 enum class State { none, asked, old, confirmed };
 
 struct Entry {
@@ -39,6 +39,7 @@ struct TableRequest {
     ndmsg body;
 };
 
+// The whole table: who asks the kernel for one address must name the interface, too.
 Descriptor openTable()
 {
     Descriptor socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC, NETLINK_ROUTE));
@@ -148,6 +149,7 @@ Task<std::set<std::string>> linkAddressesOf(const Wire& wire, std::vector<std::s
     std::set<std::string> known;
     for (const std::string& address : addresses) {
         const in_addr number = socketAddress({address, discardPort}).sin_addr;
+        // An old entry will do: all that is wanted of it is whose it was.
         const Entry entry = co_await watchTable(wire, number, State::old, deadline);
         if (!entry.linkAddress.empty()) {
             known.insert(entry.linkAddress);
@@ -179,6 +181,7 @@ Neighbour neighbourIn(const Entry& entry, bool isKnown)
 
 Task<Neighbour> seekNeighbour(const Wire& wire, std::string address, std::vector<std::string> besides, Seconds time)
 {
+    // Behind a router the kernel would look for the router, and find it.
     if (!wire.gate.admitsProbes() || !isOnLinkAnywhere(address)) {
         co_return unknown("it is in none of this machine's networks, or nothing may be sent");
     }
@@ -190,7 +193,7 @@ Task<Neighbour> seekNeighbour(const Wire& wire, std::string address, std::vector
     Entry entry = co_await watchTable(wire, to.sin_addr, State::old, after(time));
     const bool isKnown = known.contains(entry.linkAddress);
     if (entry.state == State::old && !isKnown) {
-        sendNothing(to);
+        sendNothing(to); // the kernel confirms only what it has something to send to
         entry = co_await watchTable(wire, to.sin_addr, State::confirmed, after(confirmation), true);
     }
     co_return neighbourIn(entry, isKnown);

@@ -66,7 +66,7 @@ Task<Neighbour> Network::seekNeighbour(std::string address, std::vector<std::str
 
 Task<Reply> Network::exchange(TcpConnection connection, TimePoint deadline)
 {
-    co_await connection.sendRequest(deadline);
+    co_await connection.sendRequest(deadline); // whatever becomes of it: a card that refuses early has answered
     Reply reply = co_await connection.receiveReply(deadline);
     co_return reply;
 }
@@ -87,13 +87,14 @@ Task<Reply> Network::askUntil(TimePoint deadline, Endpoint endpoint, Request req
 
 Task<Reply> Network::ask(Endpoint endpoint, Request request)
 {
-    constexpr Seconds pause(0.3); // a card that closes a connection has a reason, which may pass
+    constexpr Seconds pause(0.3); // chosen: a card that closes a connection has a reason, which may pass
     for (int left = changesNothing(request) ? options.policy.retries : 0;; --left) {
         try {
             Reply reply = co_await askOnce(endpoint, request);
             checkStatus(reply.header);
             co_return reply;
         } catch (const Failure& failure) {
+            // A time-out is not tried again: the request waits in the card, which would only have one more to serve.
             if (failure.category != Category::closed || left <= 0) {
                 throw;
             }
@@ -208,6 +209,7 @@ Task<std::optional<CardReply>> Network::awaitReply(const std::vector<BroadcastSo
             checkStatus(reply->header);
         }
         CardReply answer{std::move(*reply), datagram->address, datagram->interface};
+        // Without a text nobody says who it is. But a card drops what is for another, so whoever answers was meant.
         if (!how.isMine || answer.reply.payload.empty() || how.isMine(answer)) {
             co_return std::move(answer);
         }
@@ -222,7 +224,7 @@ Task<CardReply> Network::askByName(std::string name, Request request, ByName how
     const int attempts = changesNothing(request) ? policy.retries + 1 : 1;
     const TimePoint start = Clock::now();
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        broadcast(sockets, request);
+        broadcast(sockets, request); // the same each time, so that a late answer to an earlier one counts, too
         const auto share = policy.timeout * attempt / attempts;
         const TimePoint end = start + std::chrono::duration_cast<Clock::duration>(share);
         std::optional<CardReply> reply = co_await awaitReply(sockets, request, how, end);

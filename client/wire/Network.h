@@ -97,7 +97,9 @@ public:
     // One broadcast and the first answer of any card, whatever its status.
     Task<Reply> askAnybody(Request request);
 
+    // For what is more than one exchange. As TcpConnection::open, within the user's time-out.
     Task<TcpConnection> connect(Endpoint endpoint, Request request);
+    // As probePort, for at most that time.
     Task<PortState> probe(Endpoint endpoint, Seconds time);
 
     // Has a host in a network of this machine, beside the one at the others, this address?
@@ -123,6 +125,7 @@ public:
     [[nodiscard]] bool isToldInterfaces() const { return !options.interfaces.empty(); }
     // May something be sent for its own sake? Not in a dry run.
     [[nodiscard]] bool admitsProbes() const { return wire.gate.admitsProbes(); }
+    // When a step that begins now must have ended.
     [[nodiscard]] TimePoint deadline() const { return after(options.policy.timeout); }
 
 private:
@@ -136,5 +139,6 @@ private:
     std::set<std::string> deaf; // interfaces that were warned of
 };
 
-// The reply in a datagram, if it answers the request and is well formed; nothing otherwise.
+// The reply in a datagram, if it answers the request and is well formed; nothing otherwise, since anybody may
+// send to this port.
 [[nodiscard]] std::optional<Reply> replyIn(const Datagram& datagram, const Request& request);

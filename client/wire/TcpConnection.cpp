@@ -83,7 +83,7 @@ Task<int> connectError(const Wire& wire, int socket, Endpoint endpoint, TimePoin
     if (!ready) {
         co_return ETIMEDOUT;
     }
-    int error = 0;
+    int error = 0; // writable it is also when it has failed
     socklen_t size = sizeof error;
     ::getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
     co_return error;
@@ -109,6 +109,7 @@ Task<TcpConnection> TcpConnection::open(const Wire& wire, Endpoint endpoint, Req
 
 long TcpConnection::transmit(std::span<const std::byte> bytes) const
 {
+    // MSG_NOSIGNAL: a program that uses this need not have thought of SIGPIPE.
     const ssize_t sent = ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
     if (sent == -1) {
         return errno == EAGAIN || errno == EINTR ? 0 : -1;
@@ -119,6 +120,7 @@ long TcpConnection::transmit(std::span<const std::byte> bytes) const
 
 std::size_t TcpConnection::unacknowledged() const
 {
+    // Where the kernel does not tell, all counts as taken: the answer then shows it.
     int bytes = 0;
     return ::ioctl(socket.get(), SIOCOUTQ, &bytes) == 0 && bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
 }
@@ -129,7 +131,7 @@ Task<bool> TcpConnection::sendRequest(TimePoint deadline)
     std::span<const std::byte> rest = bytes;
     while (!rest.empty()) {
         const long sent = transmit(rest);
-        if (sent == -1) {
+        if (sent == -1) { // no failure yet: a card that refuses early has answered before it closed its side
             co_return false;
         }
         rest = rest.subspan(static_cast<std::size_t>(sent));
@@ -140,7 +142,7 @@ Task<bool> TcpConnection::sendRequest(TimePoint deadline)
             }
         }
     }
-    leftToStream = request.streamed;
+    leftToStream = request.streamed; // only now: what is streamed must come behind the request
     co_return true;
 }
 
@@ -187,6 +189,7 @@ Task<Reply> TcpConnection::receiveReply(TimePoint deadline)
     Reply reply;
     reply.header = decodeHeader(std::span(head).first<headerSize>());
     try {
+        // What makes no sense is what people who look at frames are after.
         checkReplyHeader(reply.header, request);
     } catch (const Failure&) {
         wire->show(endpoint.address, Direction::received, head);
@@ -208,5 +211,6 @@ Task<PortState> probePort(const Wire& wire, Endpoint endpoint, TimePoint deadlin
     if (error == 0) {
         co_return PortState::open;
     }
+    // What a router or the kernel says of the way, such as EHOSTUNREACH, is not the card's word.
     co_return error == ECONNREFUSED ? PortState::closed : PortState::silent;
 }

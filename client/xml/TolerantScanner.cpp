@@ -35,6 +35,7 @@ std::size_t findValueEnd(std::string_view text, std::span<const std::string_view
 
 std::optional<XmlElement> scanElement(std::string_view& text, const ElementForm& form)
 {
+    // The text itself is moved on only if all fits.
     std::string_view rest = text;
     if (!skip(rest, "<") || !skip(rest, form.name)) {
         return std::nullopt;

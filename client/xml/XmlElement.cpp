@@ -58,6 +58,7 @@ std::optional<std::string> XmlElement::attribute(std::string_view wanted) const
 
 std::optional<XmlElement> parseXml(const std::string& text)
 {
+    // The library counts in int.
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
         return std::nullopt;
     }
@@ -65,6 +66,7 @@ std::optional<XmlElement> parseXml(const std::string& text)
     xmlSetStructuredErrorFunc(nullptr, [](void* /*context*/, auto* /*error*/) {});
     const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(
         xmlReadMemory(text.data(), static_cast<int>(text.size()), "message.xml", nullptr, XML_PARSE_NONET), xmlFreeDoc);
+    // No card writes a document type, in which a stranger could define entities that grow without end.
     if (!document || xmlGetIntSubset(document.get()) != nullptr) {
         return std::nullopt;
     }

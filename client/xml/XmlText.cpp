@@ -18,6 +18,7 @@ std::string_view escaped(const char& letter)
         return "&quot;";
     case '\'':
         return "&apos;";
+    // A parser would make blanks of these three.
     case '\t':
         return "&#9;";
     case '\n':
