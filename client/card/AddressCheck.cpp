@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr Seconds patience{1}; // for a host to tell its link-layer address
+constexpr Seconds patience{1}; // chosen: a host tells its link-layer address within milliseconds
 
 } // namespace
 
@@ -24,7 +24,7 @@ Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::st
             "not checked",
             fmt::format("{} is in none of this machine's networks, so whether it is free was not checked", address)};
     }
-    if (!network.admitsProbes()) {
+    if (!network.admitsProbes()) { // without an objection: a dry run is to show what would be sent
         co_return AddressFinding{"not checked", ""};
     }
     AddressFinding finding = co_await lookForHosts(address, present, claim);
@@ -35,6 +35,7 @@ Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::st
 Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector<std::string> present,
                                                 Claim claim) const
 {
+    // Counted first: the table of neighbours has one host for an address, however many have it.
     const int answers = co_await answersFrom(address);
     if (answers > (claim == Claim::heard ? 1 : 0)) {
         co_return AddressFinding{"in use", fmt::format("another card has {} already", address)};
@@ -42,6 +43,7 @@ Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector
     if (claim == Claim::heard) {
         co_return AddressFinding{"its own", ""};
     }
+    // Else whoever has it would be taken for the card.
     std::erase(present, address);
     const Neighbour host = co_await network.seekNeighbour(address, present, patience);
     if (host.state == Neighbour::State::present) {

@@ -20,6 +20,7 @@ bool sayTheSame(const std::vector<CardReply>& answers)
 {
     const Reply& first = answers.front().reply;
     return std::all_of(answers.begin(), answers.end(), [&](const CardReply& one) {
+        // The texts whole: even an unreadable one tells two cards apart.
         return one.reply.payload == first.payload && one.reply.header.status == first.header.status;
     });
 }
@@ -70,6 +71,7 @@ std::string sendersOf(const std::vector<CardReply>& answers)
     std::set<std::tuple<std::string, std::string, std::uint32_t>> seen;
     for (const CardReply& answer : answers) {
         const std::string name = fmt::format("{} on {}", answer.address, answer.interface);
+        // Twins are named twice, since they are two; a sender that answered several requests is one.
         const bool isTwin = !seen.insert({answer.interface, answer.address, answer.reply.header.sequenceId}).second;
         if (isTwin || names.count(name) == 0) {
             names.insert(name);

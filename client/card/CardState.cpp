@@ -35,6 +35,7 @@ bool isDown(CardState state)
 
 CardState stateOf(const Failure& failure)
 {
+    // By its category where the exit code says less: all of these are `unreachable`.
     if (failure.category == Category::refused) {
         return CardState::daemonDown;
     }
@@ -44,6 +45,7 @@ CardState stateOf(const Failure& failure)
     if (failure.category == Category::noAddress) {
         return CardState::noAddress;
     }
+    // It took the connection, so it is there, and at work for somebody.
     if (failure.code == ExitCode::noAnswer) {
         return CardState::busy;
     }

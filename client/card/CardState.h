@@ -22,6 +22,7 @@ enum class CardState {
 
 [[nodiscard]] std::string_view wordsOf(CardState state); // such as "up and idle"
 
+// Of no use to anybody who wants to reach it: a busy card is up, and so is one that makes no sense.
 [[nodiscard]] bool isDown(CardState state);
 
 // What it means that a card cannot be asked for its versions.

@@ -15,6 +15,7 @@ void takeAnswer(const CardReply& answer, Sight& sight)
     sight.state = CardState::up;
     sight.hindrance.reset();
     const std::optional<Endpoint> way = wayTo(answer);
+    // An address that the user wrote down stays, unless the card itself tells a better one.
     if (way || sight.isLookedUp) {
         sight.endpoint = way;
         sight.isLookedUp = way.has_value();

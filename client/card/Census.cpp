@@ -36,6 +36,7 @@ std::string noWay(const std::string& address, const std::string& interface)
 
 Task<void> Census::take(Network& network)
 {
+    // The cheaper one: of the other a card also dumps the header.
     const Request probe = Discovery::makeProbes().first;
     const std::vector<BroadcastSocket> sockets = network.openInterfaces();
     network.broadcast(sockets, probe, Reach::allInterfaces);
@@ -74,6 +75,7 @@ std::vector<std::string> Census::hearersOf(const std::string& address) const
 Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& known) const
 {
     const std::string& address = endpoint.address;
+    // Whatever way a connection takes, it may end at either.
     if (answersFrom(address) > 1) {
         return {twoCards(address)};
     }
@@ -85,6 +87,7 @@ Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& 
     if (hearers.size() > 1 && !std::ranges::all_of(hearers, isKnown)) {
         return {severalPlaces(address, hearers)};
     }
+    // Who answers where no connection leads is another than the one that a connection reaches.
     const auto way = std::ranges::find_if(hearers, [&](const std::string& one) { return isInNetworkOf(one, address); });
     if (way != hearers.end()) {
         return {std::nullopt, *way};

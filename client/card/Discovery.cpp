@@ -13,6 +13,7 @@ namespace
 // before ends.
 constexpr Seconds listeningTime{1.2};
 constexpr std::array roundEnds = {0.25, 0.75, 1.0}; // of it
+// Far from the numbers that commands have and may get, and without the bit of a reply.
 constexpr auto unusedCommand = static_cast<CommandId>(0x7FF0);
 
 } // namespace
@@ -65,6 +66,7 @@ void Discovery::note(const Datagram& datagram)
     if (!replyIn(datagram, probes.first) && !replyIn(datagram, probes.second)) {
         return;
     }
+    // Each card answers up to six probes.
     if (heard.insert({datagram.interface, datagram.address}).second) {
         reportCard(cardAt(datagram.address, datagram.interface));
     }

@@ -17,6 +17,7 @@ struct FoundCard {
     bool reachable = false; // its address belongs to the network of that interface
 };
 
+// One that answered from this address.
 [[nodiscard]] FoundCard cardAt(const std::string& address, const std::string& interface);
 
 // Two probes find cards without knowing their names. A datagram with a command no card knows: each answers to our

@@ -42,5 +42,5 @@ Task<std::optional<CardReply>> confirmNote(Network& network, Target target)
             throw;
         }
     }
-    throw Failure(staleNote(target, {*target.heard}));
+    throw Failure(staleNote(target, {*target.heard})); // its settings may say so, but it is silent there
 }

@@ -31,6 +31,7 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
     co_await inParallel(network.eventLoop(), cards.size(), atOnce,
                         [&](std::size_t index) { return identify(cards[index], lookup); });
     compare(cards);
+    // Behind the comparison: for targets that are refused by now nobody needs to be probed.
     if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
         co_await probe(cards);
     }
@@ -92,6 +93,7 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
         co_return;
     }
     try {
+        // What ended the asking is thrown for each name: without an answer none of them can be said to be silent.
         std::vector<CardReply> answers = inPhase(waitingForIp, [&] { return lookup.answersTo(card.target.name); });
         if (answers.empty()) {
             co_await takeSilence(card, lookup);
@@ -224,10 +226,12 @@ void Identification::compare(std::vector<Identified>& cards) const
 
 void Identification::check(std::vector<Identified>& cards, const Census& census) const
 {
+    // First: an address that turns out to be another card's must not make two targets one.
     disbelieve(cards, census);
     std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
     for (const Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;
+        // A forwarded port leads to where no probe of ours is heard.
         const bool isCovered = endpoint && endpoint->port == cardPort;
         verdicts.push_back(isCovered ? census.judge(*endpoint, sendersOf(cards, card)) : Census::Verdict{});
     }

@@ -49,7 +49,7 @@ Task<CardReply> queryCardUntil(Network& network, std::string card, std::function
     ByName how;
     how.isMine = [&](const CardReply& answer) { return isFrom(answer.reply, card) && isWanted(answer); };
     how.policy = policy;
-    how.anyStatus = true;
+    how.anyStatus = true; // a refusal tells where the card is, too
     Request request = textRequest(CommandId::ipConfigGet, ipConfigGetXml(card));
     CardReply answer = co_await inPhase(waitingForIp, network.askByName(card, std::move(request), std::move(how)));
     co_return answer;

@@ -75,6 +75,7 @@ Task<bool> IpChange::send(InterfaceConfig wanted, std::string interface, Seconds
     try {
         co_await inPhase("changing the IP configuration", network.askByName(card, std::move(request), std::move(how)));
     } catch (const Failure& failure) {
+        // What did not leave this time takes nothing back of what left before.
         sent = wasSentBefore || !wasNotSent(failure);
         if (failure.code != ExitCode::noAnswer) {
             throw;
@@ -106,6 +107,7 @@ Task<Proof> IpChange::awaitProof(InterfaceConfig wanted, TimePoint deadline)
 
 Task<IpOutcome> IpChange::run(IpPlan plan, Seconds time)
 {
+    // What can be heard over the interface is seen only as long as it is as it was.
     co_await lookBefore(plan.wanted, plan.now);
     const bool confirmed = co_await send(plan.wanted, onlyInterface, network.retryPolicy().timeout);
     if (!confirmed) {
@@ -146,7 +148,9 @@ Task<Proof> IpChange::force(InterfaceConfig wanted, Seconds time)
     const TimePoint deadline = after(time);
     Seconds patience = firstResend;
     while (Clock::now() < deadline) {
-        co_await send(wanted, "", (deadline - Clock::now()) / 2); // its answer may be lost, and its effect be seen
+        // On all interfaces, since nobody knows where the card is; and for half of the time at most, because its answer
+        // may be lost, and its effect be seen.
+        co_await send(wanted, "", (deadline - Clock::now()) / 2);
         const Proof proof = co_await awaitProof(wanted, std::min(deadline, after(patience)));
         if (proof == Proof::stored && before.audible) { // what can be heard is waited for
             const Proof later = co_await awaitProof(wanted, deadline);

@@ -38,7 +38,7 @@ void IpEvidence::hear(int question, const CardIp& answer)
     }
     applied = applied || isProof(question, answer);
     firstSilent = firstSilent.value_or(question);
-    lastSilent = std::max(lastSilent, question);
+    lastSilent = std::max(lastSilent, question); // answers need not come in the order of their questions
 }
 
 // What the interface had, and shall have no more.
@@ -65,6 +65,7 @@ bool IpEvidence::isProof(int question, const CardIp& answer) const
     if (wanted.mode == IpMode::fixed) {
         return wanted.address == answer.address && !isOfAnother(answer);
     }
+    // An address that the card states is that of its other interface: of a lease it states nothing.
     return wanted.mode == IpMode::dhcp && !isSentAsStated(answer) && !isFromFormer(answer) &&
            (isNewLease(answer) || leases.areAll(question, answer, formerAddresses()));
 }

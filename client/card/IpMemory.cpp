@@ -59,9 +59,10 @@ std::optional<RememberedIp> entryIn(const std::string& line)
 
 bool rememberIp(const std::string& card, const InterfaceConfig& interface, std::int64_t now)
 {
+    // What another run remembers between the reading and the writing would be lost.
     const StateLock alone;
     std::string text = lineOf({interface, now});
-    std::map<std::string, std::size_t> kept = {{interface.name, 1}};
+    std::map<std::string, std::size_t> kept = {{interface.name, 1}}; // with the new one
     for (const RememberedIp& former : rememberedIps(card)) {
         if (++kept[former.settings.name] <= mostRemembered) {
             text += lineOf(former);
@@ -77,6 +78,7 @@ std::vector<RememberedIp> rememberedIps(const std::string& card)
     std::string line;
     while (std::getline(file, line)) {
         const std::optional<RememberedIp> entry = entryIn(line);
+        // A line that is damaged, or of a program to come, must not hide the others.
         if (entry) {
             entries.push_back(*entry);
         }

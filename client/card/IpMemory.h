@@ -13,7 +13,7 @@
 // What the interfaces of a card were before the changes made from here, so that a lost card can be rescued in a later
 // run. Kept in the state folder, one small file for each card.
 
-inline constexpr std::size_t mostRemembered = 8; // for each interface of a card
+inline constexpr std::size_t mostRemembered = 8; // for each interface of a card; chosen
 
 struct RememberedIp {
     InterfaceConfig settings;

@@ -79,9 +79,11 @@ bool IpWatch::judge(const Datagram& datagram, const Hear& hear)
         }
         const bool refused = reply->header.status == static_cast<std::uint8_t>(Status::failure);
         const std::optional<CardIp> answer = readable({std::move(*reply), datagram.address, datagram.interface});
+        // A refusal names nobody, but no card refuses what is for another.
         if (!refused && (!answer || answer->configuration.from != card)) {
             return false;
         }
+        // Only the latest: whoever answers an earlier one has those behind it before it still.
         if (index == questions.size()) {
             nextQuestion = std::min(nextQuestion, after(pause));
         }

@@ -61,6 +61,7 @@ void LastHeard::save() const
     LastHeard all = load();
     for (const auto& [word, hearing] : hearings) {
         Hearing& known = all.hearings[word];
+        // Another run may have heard it since.
         known = hearing.moment < known.moment ? known : hearing;
     }
     static_cast<void>(replaceStateFile(fileName, all.text()));

@@ -36,6 +36,7 @@ void Leases::hear(int question, const CardIp& answer)
 bool Leases::areTooMany(int question, const CardIp& answer) const
 {
     const auto found = senders.find(question);
+    // More than can be: one of them is the former address of an interface whose network has not followed.
     return found != senders.end() && std::ssize(found->second) > dhcpInterfaces(answer);
 }
 

@@ -18,6 +18,7 @@
 class Leases
 {
 public:
+    // An answer to the question of that number, which is the same on all interfaces.
     void hear(int question, const CardIp& answer);
 
     [[nodiscard]] bool areTooMany(int question, const CardIp& answer) const;

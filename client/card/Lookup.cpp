@@ -41,6 +41,7 @@ void Lookup::add(const std::string& name)
 // A card that answers two requests is not two cards.
 void Lookup::ask(Asked& one)
 {
+    // A number that is taken would give one name the other's answers.
     Request request;
     do {
         request = textRequest(CommandId::ipConfigGet, ipConfigGetXml(one.name));

@@ -19,6 +19,7 @@ Task<std::optional<CardReply>> NameRounds::answerOf(std::string name)
     if (isFirst) {
         open = std::make_shared<Round>(network.eventLoop());
     }
+    // Held here, too: it may be one of the old ones by the time that its answer comes.
     const std::shared_ptr<Round> round = open;
     if (std::find(round->names.begin(), round->names.end(), name) == round->names.end()) {
         round->names.push_back(name);

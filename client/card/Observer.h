@@ -11,6 +11,7 @@ class Observer
 public:
     virtual ~Observer() = default;
 
+    // A sentence without the card's name.
     virtual void note(std::string_view text) = 0;
     virtual void warning(std::string_view text) = 0;
     // Replaces the one before: what is being done, what there is to say of it, and how much of it all is done.

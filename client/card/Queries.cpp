@@ -75,6 +75,7 @@ Task<Versions> queryVersions(Network& network, Endpoint endpoint)
     return inPhase("waiting for the versions report", askVersions(network, std::move(endpoint)));
 }
 
+// Without a phase: who waits for a card knows for what.
 Task<Versions> queryVersionsUntil(Network& network, Endpoint endpoint, TimePoint deadline)
 {
     const Reply reply = co_await network.askUntil(deadline, std::move(endpoint), bareRequest(CommandId::versions));

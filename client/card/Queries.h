@@ -11,7 +11,8 @@
 #include <optional>
 #include <string>
 
-// What a card tells about itself. Nothing here changes a card.
+// What a card tells about itself. Nothing here changes a card. All throw a Failure if the card does not answer,
+// refuses, or makes no sense.
 
 // A card's IP configuration, and from where the card sent it.
 struct CardIp {
@@ -24,7 +25,7 @@ struct CardIp {
 // is right to half a second and half the time that the exchange took.
 struct TimeReading {
     TimeReference reference;
-    double skew = 0;
+    double skew = 0;      // seconds
     double skewError = 0; // as much more or less the skew may be
 };
 

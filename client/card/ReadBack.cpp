@@ -17,7 +17,7 @@ Task<std::optional<Failure>> failureOf(Task<void> work)
 
 Task<std::optional<Failure>> readBack(EventLoop& loop, TimePoint end, std::function<Task<void>()> ask)
 {
-    constexpr Seconds attemptPause{0.5}; // chosen
+    constexpr Seconds attemptPause{0.5}; // chosen: a card that is busy is not made busier
     for (;;) {
         std::optional<Failure> failure = co_await failureOf(ask());
         const bool isFinal =
@@ -37,6 +37,7 @@ Failure unread(Failure failure, const Failure& cause)
 
 Failure unknownOutcome(const std::string& what, Failure cause)
 {
+    // Whatever this machine failed at, for a script it is a card that did not say.
     cause.code = ExitCode::noAnswer;
     cause.hint = fmt::format("{}: {}", what, cause.hint);
     return cause;

@@ -106,6 +106,7 @@ Task<bool> Reboot::send(std::string interface)
     try {
         co_await inPhase(phase, network.askByName(name, std::move(request), std::move(how)));
     } catch (const Failure& failure) {
+        // Else it may have left, whatever failed then.
         if (wasNotSent(failure)) {
             sent.reset();
         }

@@ -18,6 +18,7 @@ bool isHeard(const Identified& card)
 bool has(const Identified& card, const Identified& other)
 {
     const std::optional<Endpoint>& endpoint = other.target.endpoint;
+    // At a forwarded port the address is that of whoever forwards, for many cards perhaps.
     return isHeard(card) && !isHeard(other) && endpoint && endpoint->port == cardPort &&
            (contains(card.heardFrom, endpoint->address) || contains(card.stated, endpoint->address));
 }

@@ -38,6 +38,7 @@ void verify(const TimeRequest& wanted, const TimeReading& reading, Seconds passe
     if (seen.mode != wanted.mode) {
         throw notTaken(fmt::format("the card is in mode {}, not {}", wordOf(seen.mode), wordOf(wanted.mode)));
     }
+    // A card says in words that it has none.
     if (seen.server != (wanted.server.empty() ? noNtpServer : wanted.server)) {
         throw notTaken(fmt::format("the card has the server \"{}\", not \"{}\"", seen.server, wanted.server));
     }
@@ -51,7 +52,7 @@ Task<void> send(Network& network, Endpoint endpoint, TimeRequest wanted, TimePro
     Request request = textRequest(CommandId::timeReferenceSet, timeReferenceSetXml(wanted));
     TcpConnection connection = co_await network.connect(std::move(endpoint), std::move(request));
     const TimePoint end = after(timeToAnswer(network, wanted.mode));
-    progress.told = true;
+    progress.told = true; // before: when sending fails, a part may be with the card
     co_await connection.sendRequest(end);
     const Reply reply = co_await connection.receiveReply(end);
     checkStatus(reply.header);
@@ -77,6 +78,7 @@ Task<TimeOutcome> setAndReadBack(Network& network, Endpoint endpoint, TimeReques
     if (cause) {
         throw failure ? unread(*failure, *cause) : unknown(*cause);
     }
+    // Behind the reading, which tells what a card that refused has done before.
     if (refused) {
         throw Failure(*failure);
     }
@@ -94,7 +96,7 @@ Seconds timeToAnswer(const Network& network, TimeMode wanted)
 
 bool isSameClock(std::int64_t then, std::int64_t now, Seconds passed)
 {
-    constexpr double tolerance = 2; // seconds
+    constexpr double tolerance = 2; // seconds, chosen: one that is cut off, and one that a card may need to begin
     const auto off = static_cast<double>(now - then);
     return off >= -tolerance && off <= passed.count() + tolerance;
 }

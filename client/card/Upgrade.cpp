@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr const char* upgrading = "waiting for the end of the upgrade";
-constexpr double everythingSent = 100;
+constexpr double everythingSent = 100; // percent; of what a script does nothing can be measured
 
 Failure unknown(Failure cause)
 {

@@ -67,6 +67,7 @@ Task<void> Upload::send(Endpoint endpoint)
 
 Task<void> Upload::exchange(Endpoint endpoint)
 {
+    // Before a card hears of it: what was found good is not what would be sent.
     if (!archive.file.isUnchanged()) {
         throw fileChanged(archive.path);
     }
@@ -77,6 +78,7 @@ Task<void> Upload::exchange(Endpoint endpoint)
         sent = headerSize + sectionCountSize;
         co_await sendArchive(connection);
     }
+    // So that the speed is that of the card, and not of a buffer here.
     co_await awaitAcknowledgement(connection);
     duration = Seconds(Clock::now() - start).count();
     co_await awaitAnswer(connection);
@@ -86,6 +88,7 @@ Task<void> Upload::exchange(Endpoint endpoint)
 Task<void> Upload::sendArchive(TcpConnection& connection)
 {
     while (sent < total && !answered) {
+        // A glance at most, so that a transfer that stands still is seen, too.
         const std::vector<pollfd> either(1, pollfd{connection.descriptor(), POLLIN | POLLOUT, 0});
         co_await network.eventLoop().ready(either, after(glance));
         look(connection);
@@ -154,6 +157,7 @@ Task<void> Upload::awaitAnswer(TcpConnection& connection)
     if (!ready) {
         throw stalled(phase, patience.count());
     }
+    // Before the reply is read: until then, what is still on its way may be taken after all.
     const bool whole = isWhole() && connection.unacknowledged() == 0;
     const Reply reply = co_await inPhase(phase, connection.receiveReply(network.deadline()));
     inPhase(phase, [&] {

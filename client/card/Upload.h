@@ -14,7 +14,8 @@
 
 #include <string>
 
-// Sends an archive to one card and waits until the card has unpacked it. Lives as long as its task.
+// Sends an archive to one card, piece by piece from its file, and waits until the card has unpacked it. Lives as long
+// as its task, and so does the archive.
 class Upload
 {
 public:
