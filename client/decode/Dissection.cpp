@@ -14,7 +14,7 @@
 namespace
 {
 
-constexpr std::size_t mostBytesShown = 64;
+constexpr std::size_t mostBytesShown = 64; // of a section that is no text, such as an archive
 
 struct SectionKind {
     std::uint8_t formatBit;
@@ -108,6 +108,7 @@ private:
         if (announced > rest.size()) {
             fail(
                 fmt::format("the header announces {} bytes of payload, but only {} are there", announced, rest.size()));
+            // What is there is shown all the same: somebody wants to know where it broke off.
             announced = rest.size();
         }
         const std::size_t end = offset + announced;
@@ -144,6 +145,7 @@ private:
     {
         const auto ending = std::find(data.begin(), data.end(), std::byte{0});
         const std::span<const std::byte> text(data.begin(), ending);
+        // A text with more than its one NUL behind it is shown as bytes, or nobody would see what is there.
         if (kind.formatBit == section8Bit && !text.empty() && std::all_of(text.begin(), text.end(), isTextLetter) &&
             data.size() - text.size() <= 1) {
             showText({reinterpret_cast<const char*>(text.data()), text.size()}, text.size() < data.size());

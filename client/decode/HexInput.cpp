@@ -59,12 +59,14 @@ std::string_view withoutDecoration(std::string_view line)
     if (!offset) {
         return line;
     }
+    // Two blanks are where xxd ends the bytes; those within them are single.
     line = trimmed(line.substr(*offset));
     return line.substr(0, line.find("  "));
 }
 
 std::vector<std::string_view> wordsOf(std::string_view line)
 {
+    // All that people and programs put between bytes, be it source code or JSON.
     constexpr std::string_view separators = " \t\r\v\f,;:-{}()[]\"'";
     std::vector<std::string_view> words;
     for (std::size_t start = line.find_first_not_of(separators); start != std::string_view::npos;) {
@@ -113,6 +115,7 @@ private:
         if (digits.empty() || !isHex(digits)) {
             throw BadHex(fmt::format("line {}: \"{}\" is not hexadecimal", lineNumber, word));
         }
+        // "0x7" is a byte as people write them; "817" has lost a digit, or belongs to the next word.
         if (digits.size() % 2 != 0 && !(prefixed && digits.size() == 1)) {
             throw BadHex(fmt::format("line {}: \"{}\" has an odd number of digits", lineNumber, word));
         }

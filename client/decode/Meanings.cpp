@@ -42,6 +42,7 @@ std::string meaningOfCommand(std::uint16_t commandId)
 std::string meaningOfStatus(const MessageHeader& header)
 {
     const bool reply = (header.commandId & replyFlag) != 0;
+    // Whatever a request says there, no card looks at it.
     return reply ? nameOfStatus(static_cast<Status>(header.status)) : "not looked at in a request";
 }
 

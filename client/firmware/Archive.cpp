@@ -43,6 +43,8 @@ void describeFile(Archive& archive, const Checkpoint& checkpoint)
     if (!archive.file.isRegular()) {
         throw badArchive(fmt::format("{} is no regular file", archive.path));
     }
+    // Read by itself, since the walk through the members may stop early. By offsets, so that the walk, which gets the
+    // same descriptor, begins at the start.
     Sha256 digest;
     std::vector<std::byte> piece(65536);
     for (;;) {
@@ -75,6 +77,7 @@ Walker openWalker(const Archive& archive)
     Walker walker(archive_read_new(), archive_read_free);
     archive_read_support_filter_gzip(walker.get());
     archive_read_support_format_tar(walker.get());
+    // What holds nothing is to be called empty, and not broken.
     archive_read_support_format_empty(walker.get());
     archive_read_set_options(walker.get(), "tar:read_concatenated_archives"); // so that it reads to the file's end
     if (archive_read_open_fd(walker.get(), archive.file.descriptor(), blockSize) != ARCHIVE_OK) {
@@ -105,6 +108,7 @@ bool admitMember(Walk& walk, archive_entry* entry)
         walk.problems.note(member.path, *problem);
     }
     walk.owners.note(archive_entry_uid(entry), archive_entry_gid(entry), member.path);
+    // A crafted header may have a negative size, which must not make room for others.
     walk.archive.unpacked += static_cast<std::uint64_t>(std::max<std::int64_t>(member.size, 0));
     return walk.archive.unpacked <= walk.maximum;
 }
@@ -117,6 +121,7 @@ void walkData(Walk& walk, const Walker& walker, const Checkpoint& checkpoint)
     std::size_t size = 0;
     la_int64_t offset = 0;
     int result = ARCHIVE_OK;
+    // A warning is about what this machine cannot have, such as a name in another encoding; the bytes are there.
     while (result == ARCHIVE_OK || result == ARCHIVE_WARN) {
         checkpoint();
         result = archive_read_data_block(walker.get(), &block, &size, &offset);
@@ -165,6 +170,7 @@ void walkMembers(Walk& walk, const Checkpoint& checkpoint)
     walk.archive.looks = walk.rules.looks();
     walk.problems.tell(walk.archive.problems);
     walk.owners.tell(walk.archive.warnings);
+    // -1 is what was taken of the file; 0, above, is what gzip made of it.
     if (static_cast<std::uint64_t>(archive_filter_bytes(walker.get(), -1)) != walk.archive.size) {
         walk.archive.problems.emplace_back("the file goes on behind the end of the archive");
     } else if (hasSeveralGzipMembers(walker, walk.archive.file)) {
@@ -201,6 +207,7 @@ Archive inspectArchive(const std::string& path, const Checkpoint& checkpoint, st
     }
     Walk walk{archive, maximum, {}, contents, {}, {}};
     walkMembers(walk, checkpoint);
+    // Or what was judged is a mixture of two files.
     if (!archive.file.isUnchanged()) {
         throw badArchive(fmt::format("{} changed while it was looked through", path));
     }

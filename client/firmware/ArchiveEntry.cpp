@@ -10,6 +10,7 @@ namespace
 
 MemberKind kindOf(archive_entry* entry)
 {
+    // First, because the type of a hard link says nothing of it.
     if (archive_entry_hardlink(entry) != nullptr) {
         return MemberKind::hardlink;
     }

@@ -25,6 +25,7 @@ private:
 class Problems
 {
 public:
+    // `problem` is said behind the path: "has an absolute path".
     void note(const std::string& path, const std::string& problem);
     void tell(std::vector<std::string>& problems) const;
 

@@ -87,12 +87,14 @@ void Contents::begin(const ArchiveMember& member)
         text = "";
     }
     if (kind != MemberKind::directory) {
+        // Directories have no sum, and nobody has to list them.
         paths.add({withoutStart(member.path), kind, 0, "", false});
     }
 }
 
 void Contents::beginHardLink(const std::string& target)
 {
+    // One to a member that comes later is one to nothing, as when it is unpacked.
     const auto first = tree.find(target);
     if (first != tree.end() && !std::holds_alternative<Directory>(first->second)) {
         entry = first->second;
@@ -126,6 +128,7 @@ void Contents::end()
 
 void Contents::fill(std::uint64_t offset)
 {
+    // What an archive leaves out of a sparse file is zeros on the card, and so in its sum.
     static constexpr std::array<std::byte, 65536> zeros = {};
     while (taken < std::min(offset, size)) {
         take(std::span(zeros).first(static_cast<std::size_t>(std::min<std::uint64_t>(offset - taken, zeros.size()))));
@@ -152,7 +155,8 @@ std::vector<std::string> Contents::files() const
 
 std::optional<std::string> Contents::digestOf(std::string_view path) const
 {
-    constexpr int mostLinks = 40; // as the kernel
+    constexpr int mostLinks = 40; // as the kernel: more is a circle
+    // What lies outside of the directory is not the archive's.
     if (path.starts_with('/')) {
         return std::nullopt;
     }

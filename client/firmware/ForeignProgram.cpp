@@ -28,6 +28,7 @@ public:
         ::posix_spawn_file_actions_init(&actions);
         ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        // A file, and no pipe, which somebody would have to read while the program runs.
         ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, complaints.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                            0600);
     }
@@ -62,6 +63,7 @@ std::optional<std::string> findProgram(std::string_view name)
         const std::size_t end = std::min(folders.find(':'), folders.size());
         const std::string folder(folders.substr(0, end));
         folders.remove_prefix(std::min(end + 1, folders.size()));
+        // A relative folder of PATH would run what lies wherever the user happens to be.
         if (std::string program = folder + "/" + std::string(name); folder.starts_with('/') && isProgram(program)) {
             return program;
         }

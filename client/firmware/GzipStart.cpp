@@ -41,6 +41,7 @@ bool beginsWithEmptyGzip(const HeldFile& file)
     constexpr std::string_view border("\0\0\0\0\0\0\0\0\x1f\x8b", 10); // checksum and size of nothing, and the next one
     constexpr std::size_t ofTheNext = 2;
     const std::string bytes = beginningOf(file);
+    // The same bytes may stand in the header, as a part of a name: each place is tried.
     for (std::size_t at = bytes.find(border); at != std::string::npos; at = bytes.find(border, at + 1)) {
         if (isEmptyGzip(std::string_view(bytes).substr(0, at + border.size() - ofTheNext))) {
             return true;

@@ -17,6 +17,7 @@ bool isSame(const timespec& one, const timespec& other)
 
 HeldFile::HeldFile(const std::string& path) : file(::open(path.c_str(), O_RDONLY | O_CLOEXEC))
 {
+    // What is not known now cannot be seen to change later.
     if (file && ::fstat(file.get(), &opened) == -1) {
         file.reset();
     }
@@ -24,6 +25,7 @@ HeldFile::HeldFile(const std::string& path) : file(::open(path.c_str(), O_RDONLY
 
 ssize_t HeldFile::read(std::span<std::byte> bytes, std::uint64_t offset) const
 {
+    // With an offset, so that several readers of one archive do not move each other's place.
     return ::pread(file.get(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
 }
 

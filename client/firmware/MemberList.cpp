@@ -11,6 +11,7 @@ namespace
 constexpr std::uint64_t digits = 0x7F; // of a number in each byte, the least first
 constexpr std::uint64_t goesOn = 0x80;
 
+// Trusts the bytes, which nobody but this list has written.
 class Reader
 {
 public:

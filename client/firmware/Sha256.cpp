@@ -100,6 +100,7 @@ void Sha256::compress(std::span<const std::byte, blockSize> bytes)
 
 Sha256Sum Sha256::finish()
 {
+    // Before the padding, which add() counts like all else.
     std::array<std::byte, sizeof length> bits = {};
     for (std::size_t i = 0; i < bits.size(); ++i) {
         bits[i] = static_cast<std::byte>(length * 8 >> (56 - 8 * i));

@@ -17,6 +17,7 @@ using Sha256Sum = std::array<std::uint32_t, 8>;
 class Sha256
 {
 public:
+    // Pieces of any length.
     void add(std::span<const std::byte> bytes);
 
     // The digest of all that was added. Nothing may be added afterwards.

@@ -40,7 +40,7 @@ bool isPublicKey(std::string_view text)
 
 std::string verifier()
 {
-    for (const char* name : {"usign", "signify-openbsd"}) {
+    for (const char* name : {"usign", "signify-openbsd"}) { // the card's own first
         if (const std::optional<std::string> program = findProgram(name)) {
             return *program;
         }
@@ -92,6 +92,7 @@ std::vector<std::string> SignatureKey::problemsWith(const Contents& contents) co
         return {fmt::format("its {} or {} is no plain file of at most {} bytes", sumsName, signatureName,
                             Contents::longestText)};
     }
+    // What nobody has signed is looked at no further.
     if (std::string objection = objectionTo(*text, *signature); !objection.empty()) {
         return {objection};
     }
@@ -114,6 +115,7 @@ std::string SignatureKey::objectionTo(const std::string& sums, const std::string
     const PrivateFolder folder;
     folder.write("sums", sums);
     folder.write("signature", signature);
+    // The text that was found to be a key, and not whatever its path leads to by now.
     folder.write("key", keyText);
     const std::string complaints = folder.path("complaints");
     const int status = runToItsEnd(
@@ -122,7 +124,7 @@ std::string SignatureKey::objectionTo(const std::string& sums, const std::string
     if (status == 0) {
         return "";
     }
-    if (status == -1) {
+    if (status == -1) { // a program that failed has judged nothing, and its failure must not pass for a yes
         return fmt::format("whether {} has signed its {} is not known: {} could not be run to its end", keyPath,
                            sumsName, program);
     }

@@ -63,6 +63,7 @@ std::optional<InterfaceConfig> interfaceOf(const XmlElement& element)
         {*name, *mode, element.attribute("Address"), element.attribute("Netmask"), element.attribute("Gateway")});
 }
 
+// A card tells of both, in this order; anything less was cut, or is of another program.
 bool isComplete(const IpConfiguration& configuration)
 {
     return configuration.interfaces.size() == 2 && configuration.interfaces[0].name == "VemkEth1" &&
@@ -150,6 +151,7 @@ std::string_view wordOf(IpMode mode)
 std::vector<std::string> addressesOf(const InterfaceConfig& interface)
 {
     std::string text = interface.address.value_or("");
+    // Several are joined with commas when they are read.
     std::replace(text.begin(), text.end(), ',', ' ');
     std::vector<std::string> addresses = wordsOf(text);
     for (std::string& address : addresses) {
@@ -177,6 +179,7 @@ IpConfiguration parseIpConfiguration(const std::string& text)
     if (!configuration) {
         throw garbage("the answer is no IP configuration of two interfaces");
     }
+    // People are told: another reader of this card would find nothing in its answer.
     configuration->malformed = true;
     return std::move(*configuration);
 }

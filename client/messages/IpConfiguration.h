@@ -39,6 +39,7 @@ struct IpConfiguration {
 // Throws a protocol Failure if the text is not even nearly an IP configuration of both interfaces.
 [[nodiscard]] IpConfiguration parseIpConfiguration(const std::string& text);
 
+// The texts of requests to the card of that name, without a NUL; what XML has a meaning for is escaped.
 [[nodiscard]] std::string ipConfigGetXml(std::string_view card);
 // Empty elements without whitespace between them: the card takes whitespace after the first for an error.
 [[nodiscard]] std::string ipConfigSetXml(std::string_view card, const std::vector<InterfaceConfig>& interfaces);

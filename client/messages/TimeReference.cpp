@@ -51,7 +51,8 @@ std::optional<TimeReference> scanReference(std::string_view text)
     return element && text.empty() ? referenceOf(*element) : std::nullopt;
 }
 
-// Takes a number of exactly `width` digits off the front.
+// Takes a number of exactly `width` digits off the front. The libraries of gcc 12 and musl have nothing that reads a
+// time as strictly: strptime takes blanks, and numbers of fewer digits.
 std::optional<int> takeNumber(std::string_view& text, std::size_t width)
 {
     int number = 0;
@@ -100,6 +101,7 @@ std::optional<int> takeClock(std::string_view& text, bool withSeconds)
     }
     const bool secondColon = takeLetter(text, ':');
     const std::optional<int> second = takeNumber(text, 2);
+    // Seconds since 1970, which is what a card is set to, have no leap second.
     if (!second || !secondColon || *second > 59) {
         return std::nullopt;
     }
@@ -166,6 +168,7 @@ TimeReference parseTimeReference(const std::string& text)
     if (!raw) {
         return std::move(*reference);
     }
+    // If it is XML after all, only its blanks were wrong.
     raw->malformed = !reference;
     return std::move(*raw);
 }

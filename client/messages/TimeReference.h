@@ -33,9 +33,10 @@ struct TimeRequest {
     bool operator==(const TimeRequest&) const = default;
 };
 
+// The text of the request, without a NUL.
 [[nodiscard]] std::string timeReferenceSetXml(const TimeRequest& request);
 
-[[nodiscard]] std::string formatTime(std::int64_t time); // "2021-03-04T05:06:07"
+[[nodiscard]] std::string formatTime(std::int64_t time); // seconds since 1970 as "2021-03-04T05:06:07", UTC
 // "2021-03-04T05:06:07" with nothing, "Z" or "+01:00" behind; without a zone it is UTC. Nothing for what is no time.
 [[nodiscard]] std::optional<std::int64_t> parseTime(std::string_view text);
 // What parseTime misses, to be said behind the text: "has a date that does not exist". Empty for a time.

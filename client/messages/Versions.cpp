@@ -60,6 +60,7 @@ std::optional<Versions> readTolerantly(std::string_view rest)
         }
         versions.components.push_back(*component);
     }
+    // With what has no end a card may have been cut off; to call it whole would hide components.
     return rest == "</Versions>" ? std::optional(versions) : std::nullopt;
 }
 
@@ -67,6 +68,7 @@ std::optional<Versions> readTolerantly(std::string_view rest)
 
 Versions parseVersions(const std::string& text)
 {
+    // Strictly first: the other reading knows one layout only, and must not decide about what is XML.
     std::optional<Versions> versions = readStrictly(text);
     if (!versions) {
         versions = readTolerantly(text);

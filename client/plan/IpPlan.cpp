@@ -24,6 +24,7 @@ Ipv4 requireMask(std::string_view text)
 {
     const std::optional<int> length = prefixLengthIn(text);
     const std::optional<Ipv4> mask = length ? maskOfPrefix(*length) : parseIpv4(text);
+    // From /1 to /30: a longer one leaves no address between the first of its network and the last.
     if (!mask || !isMask(*mask) || *mask < 0x80000000 || *mask > 0xFFFFFFFC) {
         throw usageFailure(
             fmt::format("\"{}\" is no netmask for a card: it is a prefix length from 1 to 30, or such as "
@@ -45,6 +46,7 @@ void requireHostPart(Ipv4 address, Ipv4 mask, std::string_view what)
 void requireGateway(Ipv4 gateway, Ipv4 address, Ipv4 mask)
 {
     requireHostPart(gateway, mask, "gateway");
+    // A card would take it, and reach nobody beyond its network.
     if (((gateway ^ address) & mask) != 0) {
         throw usageFailure(
             fmt::format("the gateway {} is outside the network of {}", formatIpv4(gateway), formatIpv4(address)));
@@ -99,6 +101,7 @@ void addLosses(std::vector<std::string>& effects, const InterfaceConfig& now, co
     loses("gateway", now.gateway, wanted.gateway);
 }
 
+// A card with both ports in one network may answer over either, and looks like two.
 void addOverlap(std::vector<std::string>& effects, const InterfaceConfig& other, const InterfaceConfig& wanted)
 {
     const std::optional<Ipv4> address = numberOf(wanted.address);
@@ -165,6 +168,7 @@ IpPlan planIp(const std::optional<IpConfiguration>& now, InterfaceConfig wanted)
     }
     plan.noRollback = reasonForNoRollback(plan.now);
     if (plan.noRollback.empty()) {
+        // Planned now, since a card that is lost can no longer be asked what it had.
         plan.rollback = plan.now;
     }
     if (!plan.nothingToDo()) {

@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr std::size_t longestServer = 98; // a card cuts at 99, so 99 may be a part of something longer
-constexpr std::int64_t latestTime = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t latestTime = std::numeric_limits<std::int32_t>::max(); // the card's tools count 32 bits
 
 Failure cannotSendBack(const TimeReference& now, std::string_view why)
 {

@@ -16,7 +16,8 @@ struct TimeOptions {
     std::int64_t time = 0; // in both: what the clock should show if it is set by hand, now otherwise
 };
 
-// Throws a usage Failure for a server or time that no card can hold.
+// Throws a usage Failure for a server or time that no card can hold. `unsafe`, here and below: also for a server that
+// the card's shell would take for something else, unless this is true.
 void checkTimeOptions(const TimeOptions& options, bool unsafe);
 
 // The request that fulfils them on a card whose time reference is `now`. In manual mode the card's server must

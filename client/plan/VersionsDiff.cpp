@@ -56,7 +56,9 @@ std::vector<Component> parseExpectedVersions(std::string_view text, const std::s
         if (!(words >> component.id)) {
             continue;
         }
+        // The rest of the line: a version may have blanks inside.
         std::getline(words >> std::ws, component.version);
+        // A file from another system has a carriage return there.
         component.version.erase(component.version.find_last_not_of(" \t\r") + 1);
         if (component.version.empty()) {
             throw Failure{ExitCode::badFile, Category::badFile, "reading the expected versions",

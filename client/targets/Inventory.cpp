@@ -50,9 +50,11 @@ Inventory Inventory::parse(std::string_view text, const std::string& fileName)
             continue;
         }
         if (words.front().front() == '@') {
+            // Several lines may make one group.
             std::vector<std::string>& members = inventory.groups[words.front().substr(1)];
             members.insert(members.end(), words.begin() + 1, words.end());
         } else if (words.size() == 2 && parseEndpoint(words[1])) {
+            // Of two addresses one is stale, and a change might go there.
             if (!inventory.addresses.emplace(words[0], words[1]).second) {
                 throw usageFailure(fmt::format("{}, line {}: {} has an address already", fileName, number, words[0]));
             }

@@ -24,6 +24,7 @@ public:
     // The named file, or, if that is empty, the user's own, which need not exist.
     static Inventory load(const std::string& fileName);
 
+    // What stands in a line of its own; nothing if there is none.
     [[nodiscard]] std::optional<std::string> addressOf(const std::string& name) const;
     [[nodiscard]] std::optional<std::string> nameOf(const std::string& address) const;
     // The words after "@group" as they were written; throws a usage Failure for an unknown group.

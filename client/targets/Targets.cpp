@@ -48,6 +48,7 @@ private:
         if (word.empty()) {
             throw usageFailure("a target is empty");
         }
+        // Words from there are not read as "-" again, nor are those of a group.
         if (word == "-" && depth == 0) {
             const std::vector<std::string> read{std::istream_iterator<std::string>(input), {}};
             addAll(read, 1);
@@ -79,6 +80,7 @@ private:
             return;
         }
         Target target{.label = label, .name = {}, .endpoint = parseEndpoint(label)};
+        // It would be asked for as a name, and after the time-out called one that nobody has.
         if (!target.endpoint && label.find_first_not_of("0123456789.:") == std::string::npos) {
             throw usageFailure(fmt::format("\"{}\" is neither an address nor a name", label));
         }
@@ -86,6 +88,7 @@ private:
             throw usageFailure(fmt::format("\"{}\" is no name: it holds one of {}", label, noNames));
         }
         if (target.endpoint) {
+            // By what was typed, with its port: many cards may be forwarded from one address.
             target.name = inventory.nameOf(label).value_or("");
         } else {
             target.name = label;
