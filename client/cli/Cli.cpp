@@ -33,6 +33,9 @@ struct OfferedCommand {
     CLI::App* app;
 };
 
+// Fits an int, and as seconds also the nanoseconds of a deadline.
+constexpr double largestNumber = 1e9;
+
 // A range lets it through, because it is neither smaller nor greater than anything.
 std::string refuseNotANumber(const std::string& text)
 {
@@ -54,9 +57,11 @@ CLI::Option* addToParser(CLI::App& app, const OptionSpec& spec)
             } else {
                 CLI::Option* option = app.add_option(spec.names, *destination, spec.help);
                 if constexpr (std::is_same_v<Value, int> || std::is_same_v<Value, double>) {
-                    option->check(CLI::Range(spec.minimum, 1e9))->check(refuseNotANumber)->capture_default_str();
+                    option->check(CLI::Range(spec.minimum, largestNumber))
+                        ->check(refuseNotANumber)
+                        ->capture_default_str();
                 } else if constexpr (std::is_same_v<Value, std::optional<double>>) {
-                    option->check(CLI::Range(spec.minimum, 1e9))->check(refuseNotANumber);
+                    option->check(CLI::Range(spec.minimum, largestNumber))->check(refuseNotANumber);
                 }
                 return option;
             }
@@ -181,6 +186,7 @@ Failure missingWord(const CLI::App& app, const CLI::RequiredError& error)
     return usageFailure(fmt::format("{}; the commands{} are {}", found, place, fmt::join(names, ", ")));
 }
 
+// Of a command line that is refused, too, JSON names the command.
 void nameCommand(const std::vector<OfferedCommand>& offered, CommandLine& line)
 {
     for (const OfferedCommand& one : offered) {

@@ -18,6 +18,7 @@ class Command
 public:
     virtual ~Command() = default;
 
+    // Tells its options, whose values are there when it runs.
     virtual void declare(OptionSet& options) = 0;
     // A dry run of a command that changes cards still reads what it needs; of any other command it sends nothing.
     [[nodiscard]] virtual bool changesCards() const { return false; }
@@ -34,5 +35,6 @@ struct CommandRow {
     std::unique_ptr<Command> (*make)();
 };
 
+// All commands, in the order of the help; what a first word such as "time" is about, empty if it is none.
 [[nodiscard]] std::span<const CommandRow> commandTable();
 [[nodiscard]] std::string_view groupSummary(std::string_view group);

@@ -21,6 +21,7 @@ Failure unreadable(const std::string& path)
 
 std::string readAll(std::FILE* stream, const std::string& path)
 {
+    // Piece by piece: a pipe does not tell how long it will be.
     std::string text;
     std::string piece(65536, '\0');
     for (std::size_t size = std::fread(piece.data(), 1, piece.size(), stream); size > 0;

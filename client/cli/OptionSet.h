@@ -33,6 +33,8 @@ struct OptionSpec {
 class OptionSet
 {
 public:
+    // A switch, an option with a value, and a word without a dash, which is required unless that is taken back. What is
+    // not given leaves its variable as it is.
     OptionSpec& flag(std::string names, bool& destination, std::string help);
     OptionSpec& value(std::string names, OptionSpec::Destination destination, std::string valueName, std::string help);
     OptionSpec& argument(const std::string& name, OptionSpec::Destination destination, std::string help);

@@ -106,6 +106,7 @@ FrameObserver frameTrace(const Console& console)
         return {};
     }
     return [&](const std::string& peer, Direction direction, std::span<const std::byte> bytes) {
+        // As long as the longest datagram that a card takes; of an archive nobody reads more.
         constexpr std::size_t mostTraced = 4096;
         console.trace(fmt::format("{} {} {} bytes: {}", peer, direction == Direction::sent ? "<-" : "->", bytes.size(),
                                   hexText(bytes, mostTraced)));
@@ -116,6 +117,7 @@ ExitCode runCommand(CommandLine& line)
 {
     const GlobalOptions& options = line.options;
     EventLoop loop;
+    // Before anything is sent, and not before the command line is read: until here Ctrl-C may end the program at once.
     const InterruptSource interrupts;
     loop.setInterruptDescriptor(interrupts.descriptor());
     Console console(options.quiet, options.verbose);
@@ -125,6 +127,7 @@ ExitCode runCommand(CommandLine& line)
     }
     const std::unique_ptr<Writer> writer =
         makeWriter(options.output, options.columns ? columnNames(*options.columns) : std::vector<std::string>());
+    // Behind the writer, which refuses wrong columns: what the user typed is wrong before what lies in a file is.
     const Inventory inventory = Inventory::load(options.groupsFile);
     Network network(loop, networkOptions(line, console), frameTrace(console));
     Context context{options, loop, console, *writer, network, inventory};

@@ -55,6 +55,7 @@ Task<Claim> claimOf(Network& network, std::string card, std::string address, std
 Task<AddressFinding> lookAt(Context& context, std::string card, InterfaceConfig wanted,
                             std::optional<IpConfiguration> now)
 {
+    // Before anybody is asked: who answers there would be the card itself.
     const std::string other = otherWith(*wanted.address, now, wanted.name);
     if (!other.empty()) {
         co_return AddressFinding{"in use", fmt::format("{} is the address of {}", *wanted.address, other)};
@@ -76,6 +77,7 @@ Task<void> lookAtAddress(Context& context, std::string card, InterfaceConfig wan
         co_return;
     }
     const AddressFinding finding = co_await lookAt(context, std::move(card), wanted, std::move(now));
+    // Before anything is thrown, so that the data says what was seen.
     result.add("address_state", finding.state);
     if (finding.objection.empty()) {
         co_return;

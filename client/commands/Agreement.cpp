@@ -18,6 +18,7 @@ namespace
 
 std::string textOf(const ChangePlan& plan)
 {
+    // A list, so that cards stay in the order in which they were given.
     std::vector<std::pair<std::string, std::vector<std::string>>> groups;
     for (const auto& [card, about] : plan.cards) {
         const auto known = std::find_if(groups.begin(), groups.end(),
@@ -40,6 +41,7 @@ bool agrees(const Context& context, const std::string& question)
     try {
         context.loop.standStillUntilReadable(STDIN_FILENO);
     } catch (const Interrupted&) {
+        // Of the whole run, because no target has begun.
         throw Failure{ExitCode::interrupted, Category::interrupted, "asking", "interrupted; nothing was sent"};
     }
     return Console::isAnsweredYes();

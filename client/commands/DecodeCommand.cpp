@@ -30,6 +30,7 @@ std::vector<Row> rowsPerLine(Row row)
     std::vector<Row> rows;
     std::istringstream lines(std::get<std::string>(row[2].value));
     for (std::string line; std::getline(lines, line);) {
+        // The lines of a versions report begin with one, which a table would have to show as \x09.
         std::replace(line.begin(), line.end(), '\t', ' ');
         row[2].value = line;
         rows.push_back(row);
@@ -105,7 +106,8 @@ private:
         }
     }
 
-    // A connection carries message after message, so what follows the first is another.
+    // A connection carries message after message, so what follows the first is another. Nothing at all is taken for
+    // one, too, so that somebody says that it is none.
     static std::vector<Result> dissectAll(std::span<const std::byte> bytes)
     {
         std::vector<Result> results;

@@ -126,6 +126,7 @@ private:
         try {
             context.loop.run(find(context));
         } catch (const Interrupted&) {
+            // What was heard until then is printed already.
             context.console.note("interrupted: there may be more cards");
         }
         context.console.forgetJob("");
@@ -136,8 +137,8 @@ private:
 
     Task<void> find(Context& context)
     {
-        constexpr int repetitions = 2;
-        constexpr Seconds time(1.2); // as long as the probes listen
+        constexpr int repetitions = 2; // three rounds, as the probes have
+        constexpr Seconds time(1.2);   // as long as the probes listen
         noteCostOfNames(context.console, names.size());
         Lookup lookup(context.network, names, RetryPolicy{context.network.timeoutOr(time), repetitions});
         const std::size_t all = names.size() + 1;
@@ -145,6 +146,7 @@ private:
             return index == names.size() ? lookup.run(expected == 0 ? names.size() : enough())
                                          : awaitName(context, lookup, names[index]);
         });
+        // Behind the names, so that a card that answers by one is not told once more as an address.
         co_await findUnnamed(context);
         for (const std::string& doubt : lookup.secondAnswers()) { // until now
             context.console.warning(doubt);
@@ -156,7 +158,7 @@ private:
         if (expected > 0 && !names.empty() && findings.named.size() >= enough()) {
             co_return;
         }
-        const std::size_t addresses = names.empty() ? enough() : 0;
+        const std::size_t addresses = names.empty() ? enough() : 0; // of names, addresses are not what was expected
         Discovery discovery(context.network, [&](const FoundCard& card) { takeUnnamed(context, card); });
         co_await discovery.run(addresses);
     }
@@ -189,6 +191,7 @@ private:
 
     static void print(Context& context, const Result& result)
     {
+        // The line of the progress may stand on the same terminal.
         context.console.eraseProgress();
         context.writer.add(result);
         if (!result.hint.empty()) {

@@ -35,6 +35,7 @@ std::optional<Result> Findings::shortfall(std::size_t expected, bool byNames) co
 {
     Result result;
     const std::size_t counted = byNames ? named.size() : unnamed;
+    // Who expects names is told which are missing, also if all are.
     if (named.size() + unnamed == 0 && !(byNames && expected > 0)) {
         result.fail(nobody());
     } else if (counted < expected && byNames) {

@@ -41,6 +41,7 @@ public:
         result.add("bytes", static_cast<std::int64_t>(archive.size));
         result.add("sha256", archive.sha256);
         result.add("unpacked_bytes", static_cast<std::int64_t>(archive.unpacked));
+        // An empty file is no archive, so that there is something to divide by.
         result.add("ratio", static_cast<double>(archive.unpacked) / static_cast<double>(archive.size));
         std::vector<Column> columns = {{"bytes"}, {"sha256"}, {"unpacked_bytes"}, {"ratio"}};
         if (keyPath) {

@@ -37,7 +37,7 @@ protected:
 
 private:
     std::string path;
-    double patienceSeconds = 120;
-    int maxSize = 1024; // MiB
+    double patienceSeconds = 120; // chosen
+    int maxSize = 1024;           // MiB
     Archive archive;
 };

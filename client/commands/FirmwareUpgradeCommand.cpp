@@ -65,6 +65,7 @@ protected:
     void prepare(Context& context, const std::vector<Target>& targets) override
     {
         if (expectFile) {
+            // First, because to look through the archive takes longer.
             expected = parseExpectedVersions(readLocalFile(*expectFile), *expectFile);
         }
         FirmwareCommand::prepare(context, targets);
@@ -77,7 +78,9 @@ protected:
         const Endpoint endpoint = co_await locate(context.network, target);
         Slots& turns = turnsAt.try_emplace(endpoint.address, context.loop, 1).first->second;
         const Slots::Held turn = co_await turns;
+        // Behind the turn: what an upgrade before this one has left is what is compared.
         const Versions before = co_await queryVersions(context.network, endpoint);
+        // So that a roll-out that was broken off can be started again.
         if (expectFile && unmetExpectations(before.components, expected).empty()) {
             result.add("verdict", std::string("already there"));
             result.hint = "the card has the expected versions already; nothing was sent";
@@ -114,6 +117,7 @@ private:
             result.list.push_back(
                 {{"component", id}, {"before", old ? Cell(*old) : Cell()}, {"after", now ? Cell(*now) : Cell()}});
         }
+        // If not, nobody knows whether the card changed: not all that a script does has a version.
         const bool upgraded = !result.list.empty();
         if (upgraded) {
             result.changed = true;

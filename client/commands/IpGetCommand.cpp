@@ -25,7 +25,7 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        std::optional<CardReply> card = target.heard;
+        std::optional<CardReply> card = target.heard; // the lookup has asked the very question
         if (!card) {
             card = co_await queryCard(context.network, target.name);
         }

@@ -146,7 +146,7 @@ protected:
         const RememberedIp wanted = given ? RememberedIp{*given, {}} : chosen(target.name);
         const std::optional<IpConfiguration> now = toldBy(target);
         announce(context, target, wanted, now, result);
-        refuseHealthy(context, target);
+        refuseHealthy(context, target); // behind the announcement, which shows what it is about
         co_await lookAtAddress(context, target.name, wanted.settings, now, result);
         ConsoleObserver observer(context.console, target.label);
         IpChange change(context.network, observer, target.name);

@@ -89,6 +89,7 @@ protected:
     {
         ConsoleObserver observer(context.console, target.label);
         IpChange change(context.network, observer, target.name);
+        // Not what it told when it was looked up, which is old by now if people had to agree first.
         const std::optional<IpConfiguration> now = co_await change.readNow();
         const IpPlan plan = planIp(now, wanted);
         show(context, target, plan, result);
@@ -99,6 +100,7 @@ protected:
         }
         co_await lookAtAddress(context, target.name, wanted, now, result);
         agree(context, plan);
+        // Before it is sent: whoever is interrupted right behind that needs it.
         if (plan.rollback && !context.options.dryRun && !rememberIp(target.name, *plan.rollback, secondsNow())) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");
         }
@@ -107,7 +109,7 @@ protected:
             const IpOutcome outcome = co_await change.run(plan, Seconds(ipOptions.wait));
             report(outcome, change, target.name, plan, result);
         } catch (const Interrupted&) {
-            if (!change.isSent()) {
+            if (!change.isSent()) { // nothing is left to find out, as otherwise it would be
                 result.changed = false;
                 throw;
             }

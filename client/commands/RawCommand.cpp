@@ -63,6 +63,7 @@ protected:
         if (udp && targets.size() > 1) {
             throw usageFailure("a broadcast goes to all cards at once: give one target");
         }
+        // Once for all targets: standard input can be read only once.
         prototype = makePrototype();
     }
 
@@ -78,6 +79,7 @@ protected:
         }
         const Reply reply =
             co_await inPhase("waiting for the answer", sendOrNot(context, target, std::move(request), result));
+        // Before its status is judged: a refusal is what somebody may want to see.
         show(reply, result);
         inPhase("waiting for the answer", [&] { checkStatus(reply.header); });
     }
@@ -104,6 +106,7 @@ private:
             co_return reply;
         }
         const Endpoint endpoint = co_await locate(context.network, target);
+        // Once, also what only reads: who tries a card wants to see what one request does.
         Reply reply = co_await context.network.askOnce(endpoint, std::move(request));
         co_return reply;
     }

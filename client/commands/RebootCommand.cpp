@@ -31,6 +31,7 @@ protected:
         result.changed = std::nullopt; // until the card confirms
         try {
             co_await reboot.run(returnTime);
+            // However it ends, what was seen of the card until then is told.
         } catch (...) {
             report(reboot, result);
             result.changed = whatChanged(reboot);

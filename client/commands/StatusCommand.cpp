@@ -27,13 +27,13 @@ protected:
         TimePoint start = Clock::now();
         try {
             const Endpoint endpoint = co_await locate(context.network, target);
-            start = Clock::now();
+            start = Clock::now(); // how long the card takes: to find it was this machine's affair
             const Versions versions = co_await queryVersions(context.network, endpoint);
             result.malformed = versions.malformed;
         } catch (const Failure& failure) {
             result.add("state", isOfThisMachine(failure) ? Cell() : std::string(wordsOf(stateOf(failure))));
             result.add("seconds", Cell());
-            throw;
+            throw; // the state is data, and whatever is not idle is a failure for a script all the same
         }
         result.add("state", std::string(wordsOf(CardState::upAndIdle)));
         result.add("seconds", Seconds(Clock::now() - start).count());

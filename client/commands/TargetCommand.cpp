@@ -107,6 +107,7 @@ ExitCode TargetCommand::run(Context& context)
     if (takes() == Takes::namesOnly) {
         requireNames(targets);
     }
+    // Before the first output: what is wrong with the options leaves no heading of a table behind.
     prepare(context, targets);
     context.writer.begin(name(), columnsWhen(context.options.dryRun));
     std::vector<Identified> cards = identify(context, std::move(targets));
@@ -115,6 +116,7 @@ ExitCode TargetCommand::run(Context& context)
     Report report(context.console);
     workInBatches(context, report, cards, results);
     finish(context, results); // before the code: a comparison may be what fails
+    // Who stopped a run cannot take it for a whole one, however well ended what was begun.
     const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : commonCode(results);
     if (!printsAtOnce(context)) {
         for (const Result& result : context.options.fold ? fold(results) : results) {
@@ -156,6 +158,7 @@ void TargetCommand::askForAgreement(Context& context, const std::vector<Identifi
         }
     }
     const GlobalOptions& options = context.options;
+    // One card is what was typed; a range or a group may hold more than was thought of.
     if (!changesCards() || meant.size() < 2 || options.yes || options.dryRun || !context.console.canAsk()) {
         return;
     }

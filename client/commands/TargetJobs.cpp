@@ -64,6 +64,7 @@ void TargetCommand::addAddressFrom(std::string from, Result& result)
 
 bool TargetCommand::mustLookUp(const Context& context, const Target& target) const
 {
+    // A dry run of what only reads sends nothing, not even the question where a card is.
     const bool isHeldBack = context.options.dryRun && !changesCards();
     const bool needsName = takes() == Takes::namesOnly || !target.endpoint;
     return looksUpNames() && needsName && !isHeldBack;
@@ -99,6 +100,7 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
     }
     const Slots::Held slot = co_await run.slots;
     run.context.console.progress(target.label, {"waiting for the answer"});
+    // The place may have come free because of the Ctrl-C.
     run.context.loop.refuseAfterInterrupt();
     if (card.refusal) {
         std::ranges::copy(card.silence, std::back_inserter(result.fields));
@@ -133,7 +135,7 @@ Task<void> TargetCommand::workOnOne(Run& run, Identified& card, Result& result)
         co_await lookUpAndWork(run, card, result);
     } catch (const Failure& failure) {
         result.fail(failure);
-    } catch (const NotSent& held) {
+    } catch (const NotSent& held) { // no failure: what was held back is what a dry run shows
         tellNotSent(result, held.request);
     } catch (const Interrupted&) {
         result.fail(interruptedFailure("waiting"));
@@ -184,6 +186,7 @@ void TargetCommand::workInBatches(Context& context, Report& report, std::vector<
         if (failed == batch.end()) {
             continue;
         }
+        // They are results, too: who reads the data sees each target that was given.
         for (std::size_t rest = first + count; rest < cards.size(); ++rest) {
             results[rest].target = cards[rest].target.label;
             results[rest].fail(untouched(failed->code));

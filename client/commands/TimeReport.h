@@ -6,6 +6,6 @@
 #include "client/model/Result.h"
 #include "client/output/Columns.h"
 
+// How `time get` and `time set` show a card's time: seconds for the skews, UTC for the clock.
 [[nodiscard]] std::vector<Column> timeColumns();
-// How `time get` and `time set` show a card's time.
 void report(const TimeReading& reading, Result& result);

@@ -53,6 +53,7 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         const Endpoint endpoint = co_await locate(context.network, target);
+        // Read first: a clock that is set by hand is sent along with the server that the card has.
         const TimeReading before = co_await queryTime(context.network, endpoint);
         context.console.note(fmt::format("{}: now {} {}, {:+.1f} s against this machine", target.label,
                                          wordOf(before.reference.mode), before.reference.server, before.skew));
@@ -81,6 +82,7 @@ protected:
     }
 
 private:
+    // A clock that is to be set by hand never is: time goes on.
     [[nodiscard]] bool isAsWanted(const TimeReference& now) const
     {
         return timeOptions.mode == TimeMode::ntp && now.mode == TimeMode::ntp && now.server == timeOptions.server;

@@ -60,6 +60,7 @@ protected:
         for (const Component& component : versions.components) {
             result.list.push_back({{"component", component.id}, {"version", component.version}});
         }
+        // Kept apart from what is printed, which a comparison cuts down.
         seen[target.label] = versions.components;
         if (expectFile) {
             compareWithExpected(versions, result);
@@ -104,6 +105,7 @@ private:
         }
         const std::vector<std::string> differing = differingComponents(cards);
         for (Result& result : results) {
+            // Who did not answer differs in nothing that is known.
             if (seen.contains(result.target)) {
                 keepDiffering(seen.at(result.target), differing, result);
             }

@@ -64,6 +64,7 @@ CommandShape shapeOfGlobalOptions()
     OptionSet options;
     globals.declare(options);
     addSpecs(shape, options);
+    // The parser makes these two itself.
     shape.options.push_back({{"-h", "--help"}, "print the help and exit", ValueKind::none, {}, false});
     shape.options.push_back({{"-V", "--version"}, "print the version", ValueKind::none, {}, false});
     return shape;

@@ -31,6 +31,7 @@ struct ProgramShape {
     std::vector<CommandShape> commands;
 };
 
+// Of all commands, which are made for it and asked for their options.
 [[nodiscard]] ProgramShape shapeOfProgram();
 
 // The words that may follow `group` (empty: the program's name), with their summaries and nothing else.

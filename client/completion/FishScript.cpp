@@ -22,7 +22,7 @@ complete -c tarvelctl -f
 std::string quoted(std::string_view text)
 {
     std::string result = "'";
-    for (const char letter : text) {
+    for (const char letter : text) { // fish knows these two escapes within single quotes, and no others
         result += letter == '\'' || letter == '\\' ? "\\" : "";
         result += letter;
     }

@@ -76,6 +76,7 @@ std::string optionLines(const CommandShape& command)
     std::string text;
     for (const OptionShape& option : command.options) {
         for (const std::string& name : option.names) {
+            // What cannot stand behind it any more: its own names, unless it may come again.
             const std::string others = option.repeats ? "*" : fmt::format("({})", fmt::join(option.names, " "));
             const std::string value = option.kind == ValueKind::none ? "" : ":value:" + action(option);
             text += fmt::format("    '{}{}'{}'{}'\n", others, name, quoted("[" + option.help + "]", ":\\"), value);

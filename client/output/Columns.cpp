@@ -41,6 +41,7 @@ std::vector<std::string> columnNames(std::string_view text)
     for (std::string name; std::getline(stream, name, ',');) {
         names.push_back(name);
     }
+    // An empty text names one column, which there is not, so that a slip is told.
     return names.empty() ? std::vector<std::string>{""} : names;
 }
 
@@ -63,6 +64,7 @@ std::vector<Column> allColumns(const std::vector<std::string>& common, const std
 {
     std::vector<Column> columns;
     for (const std::string& name : common) {
+        // A command that has a column of this name says where it stands, and how wide it is.
         if (!isIn(own, name)) {
             columns.emplace_back(name);
         }

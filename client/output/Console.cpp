@@ -27,6 +27,7 @@ std::size_t terminalWidth()
 bool wantsNoColour()
 {
     const char* noColor = std::getenv("NO_COLOR");
+    // Set to nothing it counts as not set: that is the convention.
     return noColor != nullptr && *noColor != '\0';
 }
 
@@ -41,6 +42,7 @@ void Console::line(std::string_view label, std::string_view colour, std::string_
 {
     std::fflush(stdout); // keeps the order when both go to one place
     if (coloured && !colour.empty()) {
+        // On a terminal the progress may stand in this line.
         writeMessage(fmt::format("{}{}{}\x1b[0m{}\n", terminal ? eraseLine : "", colour, label, text));
     } else {
         writeMessage(fmt::format("{}{}{}\n", terminal ? eraseLine : "", label, text));
@@ -120,6 +122,7 @@ void Console::ask(std::string_view question) const
 bool Console::isAnsweredYes()
 {
     std::string answer;
+    // The line to its end, so that nothing of it answers the next question.
     for (int letter = std::getchar(); letter != EOF && letter != '\n'; letter = std::getchar()) {
         answer += static_cast<char>(letter);
     }

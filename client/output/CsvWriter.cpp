@@ -34,6 +34,7 @@ bool isFormula(const std::string& text)
 std::string csvText(const Cell& cell)
 {
     const std::string text = printable(textOf(cell));
+    // Only of texts: a number may begin with a minus.
     return quoted(std::holds_alternative<std::string>(cell) && isFormula(text) ? "'" + text : text);
 }
 
@@ -47,6 +48,7 @@ public:
         columns = chosen.empty() ? allColumns({"target", "ok", "code", "category", "changed"}, own)
                                  : chooseColumns(chosen, own);
         if (chosen.empty()) {
+            // Who chose columns gets them all the same.
             std::erase_if(columns, [](const Column& column) { return column.shown == Shown::nowhere; });
         }
         std::vector<std::string> names;

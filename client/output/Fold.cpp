@@ -12,7 +12,7 @@ namespace
 
 bool isMeasured(const Field& field)
 {
-    return std::holds_alternative<double>(field.value);
+    return std::holds_alternative<double>(field.value); // what was counted is no measure, but an answer
 }
 
 bool isAside(const Field& field)
@@ -60,9 +60,11 @@ std::vector<Result> fold(std::vector<Result> results)
 {
     std::vector<Group> groups;
     for (Result& result : results) {
+        // Not only neighbours: what the same cards say must not depend on the order in which they were given.
         const auto found = std::find_if(groups.begin(), groups.end(),
                                         [&](const Group& group) { return sameAnswer(group.answer, result); });
         Group& group = found == groups.end() ? groups.emplace_back(Group{result, {}}) : *found;
+        // Hints that differ in the name alone become one, which names nobody.
         if (group.answer.hint != result.hint) {
             group.answer.hint = result.hintAbout(anyName);
         }

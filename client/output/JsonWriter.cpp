@@ -10,7 +10,7 @@
 namespace
 {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::ordered_json; // people read it, too: the outcome first, then what the command has
 
 Json toJson(const Cell& cell)
 {
@@ -123,6 +123,7 @@ class JsonWriter final : public Writer
 {
 public:
     void begin(std::string_view newCommand, std::vector<Column> /*own*/) override { command = newCommand; }
+    // Kept, because what the document begins with, `ok` and `code`, is known last.
     void add(const Result& result) override { results.push_back(result); }
 
     void end(ExitCode code) override
@@ -160,6 +161,7 @@ public:
         line.update(toJson(result));
         writeResult(line, result, {-1});
         writeData("\n");
+        // For who reads line by line, while other targets are still at work.
         std::fflush(stdout);
     }
 

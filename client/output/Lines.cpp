@@ -41,6 +41,7 @@ void eachLine(const Result& result, const RowVisitor& visit)
     const auto common = static_cast<Row::difference_type>(line.size());
     bool hasRows = false;
     result.eachRow([&](const Row& row) {
+        // Only the end is made anew for each row: what all have in common may be long, and the rows many.
         line.erase(line.begin() + common, line.end());
         line.insert(line.end(), row.begin(), row.end());
         visit(line);

@@ -16,5 +16,7 @@ inline constexpr std::array<std::string_view, 7> outcomeColumns = {"target",  "o
 // has none. In each are the outcome, the result's own fields, the row.
 void eachLine(const Result& result, const RowVisitor& visit);
 
+// "yes" and "no", numbers with three places behind the point; empty for no value. As it is, for the caller to make
+// printable.
 [[nodiscard]] std::string textOf(const Cell& cell);
 [[nodiscard]] Cell cellOf(const Row& line, std::string_view column); // empty if the line lacks it

@@ -111,7 +111,7 @@ std::string printable(std::string_view text)
     text.remove_prefix(result.size());
     while (!text.empty()) {
         const std::string_view character = characterOf(text);
-        const std::string_view taken = character.empty() ? text.substr(0, 1) : character;
+        const std::string_view taken = character.empty() ? text.substr(0, 1) : character; // behind it one may begin
         result += isPrintable(character) ? std::string(taken) : inNumbers(taken);
         text.remove_prefix(taken.size());
     }

@@ -19,6 +19,7 @@ std::int64_t secondsBetween(ProgressBoard::Moment start, ProgressBoard::Moment e
 void ProgressBoard::tell(const std::string& label, Progress progress, Moment now)
 {
     const auto [job, isNew] = jobs.try_emplace(label, Job{{}, now});
+    // What is told again only has new details: the seconds are those of the phase.
     if (job->second.progress.phase != progress.phase) {
         job->second.since = now;
     }
@@ -48,6 +49,7 @@ std::string ProgressBoard::text(Moment now) const
 std::string ProgressBoard::textOfAll(Moment now) const
 {
     const auto isSlower = [](const auto& one, const auto& other) {
+        // What has not begun is slower than all that has.
         const auto rank = [](const Job& job) { return std::pair(job.progress.percent.value_or(-1), job.since); };
         return rank(one.second) < rank(other.second);
     };

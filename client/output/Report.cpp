@@ -13,6 +13,7 @@
 namespace
 {
 
+// Of any terminal, and not of this one, so that a log reads the same.
 constexpr std::size_t widestLine = 80 - std::string_view("error: ").size();
 
 bool fits(const std::string& line)
@@ -51,6 +52,7 @@ std::string headWithOwn(const Result& failed)
     if (own.empty() || fits(head + own)) {
         return head + own;
     }
+    // Rather without the phase than without what is known of this target alone.
     const std::string brief = fmt::format("{}: {}{}", printable(failed.target), wordOf(failed.category), own);
     return fits(brief) ? brief : fmt::format("{}\n {}", head, own);
 }

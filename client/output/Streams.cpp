@@ -17,6 +17,7 @@ void write(std::string_view text, std::FILE* stream)
 
 bool readerIsGone()
 {
+    // Asked of the pipe, because a failed write of long ago has left no errno.
     pollfd output = {STDOUT_FILENO, 0, 0};
     return ::poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }

@@ -121,6 +121,7 @@ public:
 
     void begin(std::string_view /*command*/, std::vector<Column> own) override
     {
+        // A row that is printed before the next is known cannot be as wide as that will want it.
         isRowByRow = std::any_of(own.begin(), own.end(), [](const Column& column) { return column.width > 0; });
         std::copy_if(own.begin(), own.end(), std::back_inserter(aside),
                      [](const Column& column) { return column.shown != Shown::always; });
@@ -152,12 +153,14 @@ public:
             return;
         }
         dropTargetOfNone();
+        // All lines are made twice, to be measured and to be printed: kept, they would take more room than the results.
         std::vector<Column> fitting = withHeadings(columns);
         bool isEmpty = true;
         eachPrinted([&](const Row& line) {
             widen(fitting, line);
             isEmpty = false;
         });
+        // An empty table has its heading in any case: a reader of many runs looks for it.
         if (widthOf(fitting) > widestLine && !isEmpty) {
             printRecords(fitting);
         } else {

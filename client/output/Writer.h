@@ -20,7 +20,9 @@ public:
     // The columns are those of the command, whatever comes; if they have widths, a table appears row by row. Throws a
     // usage Failure if the user chose others than there are.
     virtual void begin(std::string_view command, std::vector<Column> columns) = 0;
+    // Between begin() and end(), in the order in which they are to be printed.
     virtual void add(const Result& result) = 0;
+    // With the exit code of the run; prints what add() has not.
     virtual void end(ExitCode code) = 0;
 
     // True if a result is printed as soon as it is added, so that it should be added as soon as it is known.
