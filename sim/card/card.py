@@ -54,6 +54,7 @@ class Card:
         """The life of the card; ends with its process."""
         selector = selectors.DefaultSelector()
         wakeup, signalled = os.pipe2(os.O_NONBLOCK | os.O_CLOEXEC)
+        # What wakes the loop is the byte that Python writes for each signal; the handlers only have to be there.
         signal.set_wakeup_fd(signalled, warn_on_full_buffer=False)
         signal.signal(signal.SIGCHLD, lambda *_: None)
         signal.signal(signal.SIGTERM, self._want_reboot)

@@ -14,6 +14,7 @@ from settings import Settings
 
 _PATIENCE = 5.0  # seconds between asking the daemon to end and making it
 _NAP = 0.002
+# Ignored signals are inherited, and the real supervisor ignores none.
 _IGNORED_BY_PYTHON = (signal.SIGPIPE, signal.SIGXFSZ)
 
 

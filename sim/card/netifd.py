@@ -118,6 +118,7 @@ def _leave_word(interfaces: list[Interface]) -> None:
     word = {"configured": times_configured() + 1, "errors": {each.section: each.errors for each in interfaces}}
     new = _STATE.with_suffix(".new")
     new.write_text(json.dumps(word) + "\n")
+    # Others read it at any time, and must not find a half of it.
     new.rename(_STATE)
 
 

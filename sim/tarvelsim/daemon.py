@@ -11,6 +11,7 @@ from .orders import Orders
 from .records import Records
 from .waiting import wait_for
 
+# The daemon begins with a connection that nobody has made; its first pass through the loop closes that, and says so.
 _FIRST_PASS_DONE = "successfully closed"
 _LAST_DEVICE_BOUND = "BindToDevice (eth1) was successful"
 

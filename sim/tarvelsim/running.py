@@ -59,6 +59,7 @@ def _read_lan(run_dir: Path) -> RunningLan | None:
         words = Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0")
     except (OSError, ValueError):
         return None
+    # After a crash the number may be that of any process by now.
     return RunningLan(run_dir, pid) if str(run_dir).encode() in words else None
 
 
