@@ -12,9 +12,8 @@
 #include <string>
 #include <string_view>
 
-// The commands that arrive on the TCP connection: versions report (1), firmware upload (7) and upgrade (8), time
-// reference get (16) and set (17). Handlers receive the header and read their payload themselves; the connection
-// stays open after each of them.
+// The commands that arrive on the TCP connection. Handlers receive the header and read their payload themselves; the
+// connection stays open after each of them.
 class TarvelServiceTcp final : public TcpService
 {
 public:

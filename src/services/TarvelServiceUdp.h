@@ -11,9 +11,9 @@
 
 struct Envelope;
 
-// The commands that arrive as datagrams: IP configuration get (3) and set (4), card reboot (9). A request names its
-// target by host name; one for another card is dropped. Every reply of this class is broadcast on the requester's
-// port on purpose: it is heard even where no route leads back.
+// The commands that arrive as datagrams. A request names its target by host name; one for another card is dropped.
+// Every reply of this class is broadcast on the requester's port on purpose: it is heard even where no route leads
+// back.
 class TarvelServiceUdp final : public UdpService
 {
 public:

@@ -45,7 +45,7 @@ bool mayName(std::span<const std::uint8_t> bytes, std::string_view name)
 
 bool isDatagramCommand(std::uint16_t command)
 {
-    return command == 3 || command == 4 || command == 9;
+    return std::ranges::find(udpCommands, static_cast<CommandId>(command), &UdpCommand::id) != udpCommands.end();
 }
 
 Expectation expectedFor(std::span<const std::uint8_t> datagram)

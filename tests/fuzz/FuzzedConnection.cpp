@@ -39,14 +39,13 @@ SampleHeader nextHeader(int descriptor)
 
 bool isStreamCommand(std::uint16_t command)
 {
-    constexpr std::array<std::uint16_t, 5> known = {1, 7, 8, 16, 17};
-    return std::ranges::find(known, command) != known.end();
+    return std::ranges::find(tcpCommands, static_cast<CommandId>(command), &TcpCommand::id) != tcpCommands.end();
 }
 
-// The payloads of the others are not read before the answer.
-bool readsPayload(std::uint16_t command)
+// Whatever follows the header. One that reads a payload first may not find what it announces.
+bool answersAtOnce(std::uint16_t command)
 {
-    return command == 7 || command == 8 || command == 17;
+    return command == 1 || command == 16;
 }
 
 Expectation expectedOf(const SampleHeader& request, std::size_t waiting)
@@ -67,7 +66,7 @@ Expectation expectedOf(const SampleHeader& request, std::size_t waiting)
     if (!isStreamCommand(request.commandId)) {
         return isWhole ? refusal(6) : noReply;
     }
-    return handled(isWhole && !readsPayload(request.commandId) ? 1 : 0);
+    return handled(isWhole && answersAtOnce(request.commandId) ? 1 : 0);
 }
 
 // A header that is not there or refused ends the connection, and nothing else does.

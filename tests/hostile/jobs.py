@@ -2,6 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """One request of each kind, and what the card may answer to it when something fails on the way."""
 
+from collections.abc import Iterable
 from dataclasses import dataclass
 
 from support.documents import ip_configuration, time_reference
@@ -34,7 +35,14 @@ def _damaged() -> bytes:
     return header.encode() + payload
 
 
-JOBS = (
+def others(known: tuple[Job, ...], exchanges: Iterable[golden.Exchange]) -> tuple[Job, ...]:
+    """The commands that have no job yet, each as in its worked example."""
+    numbers = {job.command for job in known}
+    jobs = (Job(exchange.name, exchange in golden.TCP, exchange.request) for exchange in exchanges)
+    return tuple(job for job in jobs if job.command not in numbers)
+
+
+_CHOSEN = (
     Job("versions", True, request(Command.VERSIONS)),
     Job("unknown command over TCP", True, request(0x42, "text")),
     Job("wrong service", True, request(Command.VERSIONS, service=3)),
@@ -48,5 +56,6 @@ JOBS = (
     Job("IP configuration set", False, golden.IP_SET.request),
     Job("reboot", False, golden.REBOOT.request),
 )
+JOBS = _CHOSEN + others(_CHOSEN, golden.EVERY)
 # Those that change settings, and so could leave half of a change behind.
 CHANGES = tuple(job for job in JOBS if job.name in ("upload", "time reference by NTP", "IP configuration set"))

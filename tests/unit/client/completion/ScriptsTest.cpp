@@ -50,6 +50,13 @@ TEST_P(CompletionScriptTest, KeepsAnApostropheInAHelpFromEndingAWord)
 
 INSTANTIATE_TEST_SUITE_P(Shells, CompletionScriptTest, testing::Values(bashCompletion, zshCompletion, fishCompletion));
 
+TEST(ProgramShapeTest, EveryGroupOfCommandsHasASummary)
+{
+    for (const CommandShape& group : shapeOfProgram().groups) {
+        EXPECT_NE(group.summary, "") << group.name;
+    }
+}
+
 TEST(ProgramShapeTest, TellsAFileFromACardByTheWordForTheValue)
 {
     const ProgramShape shape = shapeOfProgram();
