@@ -6,7 +6,6 @@
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
 #include "client/wire/HexText.h"
-#include "client/wire/Phase.h"
 
 #include <cstring>
 #include <fmt/core.h>
@@ -77,11 +76,10 @@ protected:
         if (!changesNothing(request)) {
             result.changed = std::nullopt; // nobody knows what every command does
         }
-        const Reply reply =
-            co_await inPhase("waiting for the answer", sendOrNot(context, target, std::move(request), result));
+        const Reply reply = co_await sendOrNot(context, target, std::move(request), result);
         // Before its status is judged: a refusal is what somebody may want to see.
         show(reply, result);
-        inPhase("waiting for the answer", [&] { checkStatus(reply.header); });
+        checkStatus(reply.header);
     }
 
 private:

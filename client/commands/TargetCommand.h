@@ -55,7 +55,8 @@ protected:
     [[nodiscard]] virtual bool isPatient() const { return false; }
 
     // The job for one target. It fills the result as it learns things; what it throws (Failure, Interrupted) becomes
-    // the outcome, and what it had filled in is printed all the same. `target` and `result` outlive the task.
+    // the outcome, and what it had filled in is printed all the same. A Failure without a phase is one of waiting for
+    // the answer. `target` and `result` outlive the task.
     virtual Task<void> work(Context& context, const Target& target, Result& result) = 0;
 
     // What the jobs heard of names that another card answered, too, each as a sentence that names the senders.

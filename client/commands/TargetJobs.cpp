@@ -17,12 +17,15 @@
 #include "client/output/Writer.h"
 #include "client/wire/HexText.h"
 #include "client/wire/Network.h"
+#include "client/wire/Phase.h"
 
 #include <algorithm>
 #include <fmt/core.h>
 
 namespace
 {
+
+constexpr const char* waitingForAnswer = "waiting for the answer";
 
 // With the exit code of what it is owed to.
 Failure untouched(ExitCode code)
@@ -99,7 +102,7 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         target.heard = co_await run.lookup.answerOf(target.name);
     }
     const Slots::Held slot = co_await run.slots;
-    run.context.console.progress(target.label, {"waiting for the answer"});
+    run.context.console.progress(target.label, {waitingForAnswer});
     // The place may have come free because of the Ctrl-C.
     run.context.loop.refuseAfterInterrupt();
     if (card.refusal) {
@@ -112,7 +115,8 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         std::ranges::copy(silence.fields, std::back_inserter(result.fields));
         throw Failure(silence.failure);
     }
-    co_await work(run.context, target, result);
+    // For a command that is one question, and has no phase of its own.
+    co_await inPhase(waitingForAnswer, work(run.context, target, result));
 }
 
 void TargetCommand::tellHowFound(const Identified& card, Result& result) const

@@ -136,6 +136,13 @@ TEST_F(RawCommandTest, SendsATextAndShowsTheReply)
     EXPECT_TRUE(outHas("\"text\": \"<Good/>\""));
 }
 
+TEST_F(RawCommandTest, WaitsForTheAnswerAsEveryCommandThatSaysNoMoreOfWhatItDoes)
+{
+    card.answer(66, {.status = 6});
+    EXPECT_EQ(run({"-o", "json", "raw", "--command", "66", "127.0.0.1"}), 4);
+    EXPECT_TRUE(outHas("\"phase\": \"waiting for the answer\""));
+}
+
 TEST_F(RawCommandTest, SendsByBroadcast)
 {
     card.answer(66, done);
