@@ -15,14 +15,14 @@ _SCRATCH = 4096
 EXAMPLES = {number: exchange for number, exchange in golden.BY_NUMBER.items() if exchange in golden.TCP}
 
 
-def serve_connection(card: Card, client: str, client_port: int, sent: bytes) -> bytes:
-    """The bytes of all replies."""
+def serve_connection(card: Card, client: str, client_port: int, sent: bytes) -> Stream:
+    """With the bytes of all replies."""
     card.info(f"Connection from {client} accepted on ports 50003/{client_port}")
     stream = Stream(card, sent)
     while (request := _next_request(stream)) is not None:
         _handle(card, stream, request)
     card.info("Socket (N) successfully closed")
-    return stream.answered
+    return stream
 
 
 def _next_request(stream: Stream) -> Header | None:
@@ -34,7 +34,7 @@ def _next_request(stream: Stream) -> Header | None:
     status = _refusal(request)
     if status is None:
         return request
-    stream.answer(header.reply(request, status))
+    stream.refuse(request, status)
     return None
 
 

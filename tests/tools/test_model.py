@@ -11,7 +11,7 @@ _NEW = 0x7123
 
 
 def _answer(sent: bytes) -> bytes:
-    return serve_connection(Card("card1", Settings({}), {}), "10.0.0.1", 40000, sent)
+    return serve_connection(Card("card1", Settings({}), {}), "10.0.0.1", 40000, sent).answered
 
 
 @pytest.mark.parametrize("text", ["<Uptime/>", None])

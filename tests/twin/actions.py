@@ -6,6 +6,7 @@ from dataclasses import dataclass, field
 
 from model import Fault
 from model.settings import Value
+from model.stream import LastWords
 
 
 @dataclass(frozen=True)
@@ -46,3 +47,4 @@ class Outcome:
     replies: list[tuple[str, bytes]]  # where to and what
     log: list[str]
     commands: list[str]
+    last_words: LastWords | None = None  # of a connection that is foreseen to be closed by the card

@@ -15,6 +15,10 @@ CASES: dict[str, Case] = {
     **{str(exchange): (Setup(), Connection(exchange.request)) for exchange in golden.TCP},
     **{str(exchange): (Setup(), Datagrams("lan0", (exchange.request,))) for exchange in golden.UDP},
     "a datagram too short for a header is told": (Setup(), Datagrams("lan0", (b"", b"x" * 19))),
+    "an answer in front of a header that is refused with bytes behind it": (
+        Setup(),
+        Connection(request(0x42) + request(0x43, version=2) + b"unread"),
+    ),
     "a versions report that is full is told": (
         Setup(files={f"{PART_NUMBERS}{letter}": b"v" * 900 + b"\n" for letter in "abc"}),
         Connection(request(1)),

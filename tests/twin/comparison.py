@@ -13,7 +13,7 @@ from wire import masked
 
 from . import configuration
 from .actions import Action, Connection, Outcome, Setup
-from .rig import MARKER, NTP_LINK, Rig
+from .rig import MARKER, NTP_LINK, TCP, Rig
 
 # After these words a line has a text of libxml2 or of the C library.
 _FOREIGN = re.compile(
@@ -24,18 +24,17 @@ _FOREIGN = re.compile(
 _UNFIXED = "warning *"
 
 
-def foresee(card: Card, action: Action, ports: dict[str, tuple[str, int]], tcp_port: int) -> tuple[Card, Outcome]:
+def foresee(card: Card, action: Action, ports: dict[str, tuple[str, int]]) -> tuple[Card, Outcome]:
     """The card as it will be, and what is to be seen."""
     future = copy.deepcopy(card)
     future.log, future.commands = [], []
-    replies: list[tuple[str, bytes]] = []
     if isinstance(action, Connection):
-        data = serve_connection(future, ports["lan0"][0], tcp_port, action.data)
-        replies = [("", data)] if data else []
-    else:
-        port = UdpPort(future, *ports[action.device])
-        answers = (port.receive(datagram) for datagram in action.datagrams)
-        replies = [(answer.destination, answer.data) for answer in answers if answer is not None]
+        stream = serve_connection(future, *ports[TCP], action.data)
+        replies = [("", stream.answered)] if stream.answered else []
+        return future, Outcome(replies, future.log, future.commands, stream.last_words)
+    port = UdpPort(future, *ports[action.device])
+    answers = (port.receive(datagram) for datagram in action.datagrams)
+    replies = [(answer.destination, answer.data) for answer in answers if answer is not None]
     return future, Outcome(replies, future.log, future.commands)
 
 

@@ -13,17 +13,21 @@ from model import Card
 from model.card import DRAV_FILE, FLASH_DEVICE, PART_NUMBERS, VEMK_FILE
 from model.platform import files_below
 from model.settings import Settings, Value
-from support.peers import BROADCAST, Answer, TcpPeer, UdpPeer
+from model.stream import LastWords
+from support.peers import BROADCAST, PATIENCE, Answer, UdpPeer
 from tarvelsim.records import LogLine, unescaped as _unescaped
 from tarvelsim.waiting import wait_for
 from wire import request
+from wire.numbers import PORT
 
 from . import configuration
 from .actions import Action, Connection, Datagrams, Outcome, Setup
+from .conversation import converse
 
 UPGRADE_FOLDER = "/tmp/upgrade"
 NTP_LINK = "/etc/rc.d/S65ntpd"
 MARKER = "/var/timesettings.replication"
+TCP = "tcp"  # among the ports
 _DESCRIPTOR = re.compile(r"\(\d+\)")
 
 
@@ -56,6 +60,7 @@ class Rig:
             device: UdpPeer(device, lan.address(device), address)
             for device, address in (("lan0", addresses["eth0"]), ("lan1", addresses["eth1"]))
         }
+        self._tcp = self._next_client()
         self._fences = cycle(range(0x6000, 0x8000))
         self._log = _Tail(card.records.log_path)
         self._commands = _Tail(card.directory / "commands")
@@ -102,32 +107,34 @@ class Rig:
         return files_below(self.card.inside.path(UPGRADE_FOLDER))
 
     def ports(self) -> dict[str, tuple[str, int]]:
-        """Where the datagrams of each side come from."""
-        return {device: (peer.own_address, peer.port) for device, peer in self._clients.items()}
+        """Where the datagrams of each side come from, and the next connection."""
+        ports = {device: (peer.own_address, peer.port) for device, peer in self._clients.items()}
+        return ports | {TCP: self._tcp.getsockname()}
 
     # Actions
 
-    def play(self, action: Action) -> tuple[Outcome, int]:
-        """The outcome, and the client's port."""
+    def play(self, action: Action, last_words: LastWords | None) -> Outcome:
         if isinstance(action, Connection):
-            replies, port = self._connect(action)
+            replies = self._connect(action, last_words)
             self._fence(self._clients["lan0"])
         else:
             replies = self._send(action)
-            port = self._clients[action.device].port
         log = self._log_up_to_fence()
-        return Outcome(replies, log, [_unescaped(line) for line in self._commands.lines()]), port
+        return Outcome(replies, log, [_unescaped(line) for line in self._commands.lines()])
 
-    def _connect(self, action: Connection) -> tuple[list[tuple[str, bytes]], int]:
-        peer = TcpPeer(self._address)
-        try:
-            peer.send(action.data)
-            peer.end_sending()
-        except OSError:
-            pass  # the card has closed already
-        data = peer.rest()
-        peer.socket.close()
-        return ([("", data)] if data else []), peer.port
+    def _connect(self, action: Connection, last_words: LastWords | None) -> list[tuple[str, bytes]]:
+        with self._tcp as client:
+            client.connect((self._address, PORT))
+            data = converse(client, action.data, last_words)
+        self._tcp = self._next_client()
+        return [("", data)] if data else []
+
+    def _next_client(self) -> socket.socket:
+        """Has its port before it is connected, so that the log can be foreseen."""
+        client = socket.socket()
+        client.settimeout(PATIENCE)
+        client.bind((self._clients["lan0"].own_address, 0))
+        return client
 
     def _send(self, action: Datagrams) -> list[tuple[str, bytes]]:
         peer = self._clients[action.device]

@@ -58,12 +58,12 @@ class Twin:
         """The differences; none if the action is one that cannot be foreseen and was left out."""
         ports = self._rig.ports()
         try:
-            comparison.foresee(self._card, action, ports, 0)
+            future, expected = comparison.foresee(self._card, action, ports)
         except Unforeseeable:
             self.tally.left_out += 1
             return []
-        seen, tcp_port = self._rig.play(action)
-        self._card, expected = comparison.foresee(self._card, action, ports, tcp_port)
+        seen = self._rig.play(action, expected.last_words)
+        self._card = future
         found = comparison.differences(expected, seen)
         self._report(f"{name}: {action}", found)
         self.tally.messages += action.messages
