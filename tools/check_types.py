@@ -27,7 +27,7 @@ SEARCH_PATHS: dict[str, list[str]] = {
     "tests/integrations": ["tests/integrations", "tests/system", "sim"],
     "tests/model": ["tests", "tests/system"],
     "tests/system": ["tests/system", "sim"],
-    "tests/tools": ["tests/tools", "tools", "tools/target", "tests", "tests/system", "bench/count"],
+    "tests/tools": ["tests/tools", "tools", "tools/target", "tests", "tests/system", "sim", "bench/count"],
     "tests/twin": ["tests", "tests/system", "sim"],
     "tests/vcard": ["tests/vcard", "tests/system", "sim", "bench/measure"],
     "tools": ["tools"],

@@ -30,6 +30,7 @@ class Card:
     replication_pending: bool = False
     faults: dict[str, Fault] = field(default_factory=dict)  # by program
     big_endian: bool = False  # the host's order shows where a section is taken as it came
+    narrow_long: bool = False  # of 32 bits: strtoul() makes of a larger number the largest there is
     log: list[str] = field(default_factory=list)  # "level text"
     commands: list[str] = field(default_factory=list)  # texts given to the shell
 

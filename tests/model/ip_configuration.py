@@ -22,6 +22,7 @@ FIRST = Interface("VemkEth1", "vemEth1", "network.lanvemt2eth1")
 SECOND = Interface("VemkEth2", "vemEth2", "network.lanvemt2eth2")
 
 _MODES = {"static": "Static", "dhcp": "Dhcp", "none": "Disabled"}
+_NUMBER = re.compile(r"0[Xx][0-9A-Fa-f]+|0[0-7]*|[1-9][0-9]*")
 _ADDRESS_OPTIONS = ("ipaddr", "netmask", "gateway")
 
 
@@ -202,13 +203,15 @@ def _put(card: Card, key: str, value: str) -> None:
 
 
 def _put_address(card: Card, key: str, value: str) -> None:
-    if not _is_address(value):
+    if not _is_address(card, value):
         raise _Stop(False)
     _put(card, key, value)
 
 
-def _is_address(text: str) -> bool:
+def _is_address(card: Card, text: str) -> bool:
     """The forms of inet_aton(), and no text behind them, which some C libraries would let pass."""
+    if card.narrow_long and _NUMBER.fullmatch(text):
+        return True
     if re.search(r"[^0-9A-Fa-fXx.]", text):
         return False
     try:

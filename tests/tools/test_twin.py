@@ -1,13 +1,16 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""How the twin's client talks to a card."""
+"""How the twin's client talks to a card, and what counts as a difference."""
 
 import socket
 import struct
 from concurrent.futures import ThreadPoolExecutor
 
+import pytest
 from model import Card, serve_connection
 from model.settings import Settings
+from twin.actions import Outcome
+from twin.comparison import differences
 from twin.conversation import converse
 from wire import HEADER_SIZE, Status, reply_to, request
 
@@ -58,3 +61,19 @@ def test_card_that_has_closed_answers_nothing() -> None:
         card.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         card.close()
         assert converse(client, _KNOWN, None) == b""
+
+
+def _logged(line: str) -> Outcome:
+    return Outcome([], [f"info {line}"], [])
+
+
+@pytest.mark.parametrize("cut", ["x" * 1000, "x" * 999 + "\\xc3"])
+def test_line_that_the_card_cuts_is_no_difference_where_it_may(cut: str) -> None:
+    whole = _logged(cut[:999] + "\u00e4 and more" if "\\" in cut else cut + " and more")
+    assert not differences(whole, _logged(cut), cut_lines=True)
+    assert differences(whole, _logged(cut))
+
+
+@pytest.mark.parametrize("other", ["x" * 800, "x" * 999 + "z"])
+def test_line_that_is_not_cut_but_another_is_a_difference(other: str) -> None:
+    assert differences(_logged("x" * 1200), _logged(other), cut_lines=True)

@@ -17,10 +17,10 @@ sys.path[:0] = [str(_ROOT / "tests"), str(_ROOT / "tests/system"), str(_ROOT / "
 
 import tarvelsim  # noqa: E402
 from support.daemon import COMMAND, IS_EMULATED  # noqa: E402
+from twin.cases import HOST  # noqa: E402
 from twin.rig import Rig  # noqa: E402
 from twin.run import Twin  # noqa: E402
 
-_HOST = "twin"
 
 
 def _arguments() -> argparse.Namespace:
@@ -35,8 +35,8 @@ def main() -> int:
     arguments = _arguments()
     os.environ["TARVELD"] = shlex.join(COMMAND)
     lan = tarvelsim.Lan.current()
-    with lan.card(_HOST, command=COMMAND) as card:
-        twin = Twin(Rig(lan, card), big_endian=IS_EMULATED)
+    with lan.card(HOST, command=COMMAND) as card:
+        twin = Twin(Rig(lan, card), emulated=IS_EMULATED)
         twin.play_cases()
         if arguments.session is not None:
             twin.play_session(arguments.session)

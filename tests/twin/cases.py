@@ -5,11 +5,14 @@ and the actions in which model and card once differed, each by the name of what 
 """
 
 from model.card import PART_NUMBERS
+from support.documents import interface, ip_configuration
 from wire import golden, request
 
 from .actions import Action, Connection, Datagrams, Setup
 
+HOST = "twin"
 Case = tuple[Setup, Action]
+_TOO_LARGE = interface("VemkEth1", "Static", "10.0.0.11", "4294967296")
 
 CASES: dict[str, Case] = {
     **{str(exchange): (Setup(), Connection(exchange.request)) for exchange in golden.TCP},
@@ -18,6 +21,14 @@ CASES: dict[str, Case] = {
     "an answer in front of a header that is refused with bytes behind it": (
         Setup(),
         Connection(request(0x42) + request(0x43, version=2) + b"unread"),
+    ),
+    "a netmask that is a number beyond 32 bits": (
+        Setup(),
+        Datagrams("lan0", (request(4, ip_configuration(_TOO_LARGE, to=HOST)),)),
+    ),
+    "a line of the log that the card's C library cuts": (
+        Setup(),
+        Datagrams("lan0", (request(3, ip_configuration(to=HOST, sender="y" * 3700)),)),
     ),
     "a versions report that is full is told": (
         Setup(files={f"{PART_NUMBERS}{letter}": b"v" * 900 + b"\n" for letter in "abc"}),

@@ -67,11 +67,12 @@ class Rig:
 
     # State
 
-    def model(self, big_endian: bool) -> Card:
-        """A model in the state of the card."""
+    def model(self, emulated: bool) -> Card:
+        """A model in the state of the card, whose daemon may be the one that is built for the real card."""
         files = {path: self.card.inside.read_bytes(path) for path in (DRAV_FILE, VEMK_FILE, FLASH_DEVICE)}
         files |= self.part_numbers()
-        return Card(self.card.hostname or "", Settings(self.settings()), files, big_endian=big_endian)
+        settings = Settings(self.settings())
+        return Card(self.card.hostname or "", settings, files, big_endian=emulated, narrow_long=emulated)
 
     def prepare(self, setup: Setup) -> None:
         for path, content in setup.files.items():

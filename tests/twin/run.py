@@ -25,10 +25,11 @@ class Tally:
 
 
 class Twin:
-    def __init__(self, rig: Rig, big_endian: bool = False) -> None:
+    def __init__(self, rig: Rig, emulated: bool = False) -> None:
         self.tally = Tally()
         self._rig = rig
-        self._card: Card = rig.model(big_endian)
+        self._emulated = emulated
+        self._card: Card = rig.model(emulated)
 
     def play(self, seed: int, wanted: int) -> None:
         """At least so many messages; each session has a seed of its own, so that it can be played alone."""
@@ -64,7 +65,7 @@ class Twin:
             return []
         seen = self._rig.play(action, expected.last_words)
         self._card = future
-        found = comparison.differences(expected, seen)
+        found = comparison.differences(expected, seen, cut_lines=self._emulated)
         self._report(f"{name}: {action}", found)
         self.tally.messages += action.messages
         self.tally.actions += 1
