@@ -17,8 +17,10 @@ build_directory() {
     esac
 }
 
+# build_tree TOOLCHAIN [TARGET...]
 build_tree() {
     local toolchain=$1 directory roots="$cache/sysroot-$1" client=OFF tests=ON
+    shift
     directory=$(build_directory "$toolchain")
     need_sysroot "$toolchain"
     case $toolchain in
@@ -35,7 +37,7 @@ build_tree() {
         [[ $toolchain != *-musl ]] || describe_zig "$toolchain"
         configure_tree "$toolchain" "$directory" -DTARVELD_SYSROOT="$roots" -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests \
             -DTARVELD_CLIENT=$client -DTARVELD_BENCH=$client
-        quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)"
+        quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)" ${1:+--target "$@"}
     ) 9>"$directory/.lock"
 }
 
