@@ -14,6 +14,7 @@ void takeAnswer(const CardReply& answer, Sight& sight)
 {
     sight.state = CardState::up;
     sight.hindrance.reset();
+    sight.heardOn = answer.interface;
     const std::optional<Endpoint> way = wayTo(answer);
     // An address that the user wrote down stays, unless the card itself tells a better one.
     if (way || sight.isLookedUp) {
@@ -27,16 +28,6 @@ void takeAnswer(const CardReply& answer, Sight& sight)
 CardWatch::CardWatch(EventLoop& loop, Network& newNetwork, Question newQuestion, std::size_t places)
     : network(newNetwork), question(newQuestion), rounds(newNetwork), polls(loop, places)
 {
-}
-
-Sight CardWatch::firstSightOf(const Target& target)
-{
-    Sight sight;
-    sight.endpoint = target.endpoint;
-    if (target.heard) {
-        takeAnswer(*target.heard, sight);
-    }
-    return sight;
 }
 
 // A name is asked for where its address is not known, or is silent: the card may have got another one, or one at last.
@@ -76,23 +67,23 @@ Task<void> CardWatch::lookOverTcp(Sight& sight)
 // All names whose time has come are asked for together, and take no place of the cards that are looked at.
 Task<void> CardWatch::lookByName(std::string name, Sight& sight)
 {
-    std::optional<CardReply> answer;
+    NameRounds::Hearing hearing;
     try {
-        answer = co_await rounds.answerOf(name);
-        if (answer) {
-            answer = co_await reachableAnswer(network, std::move(name), *std::move(answer));
+        hearing = co_await rounds.answerOf(name, sight.heardOn);
+        if (hearing.answer) {
+            hearing.answer = co_await reachableAnswer(network, std::move(name), *std::move(hearing.answer));
         }
     } catch (const Failure& failure) {
-        if (!sight.endpoint) { // else what was seen over TCP stands
-            sight.hindrance = failure;
-        }
-        co_return;
+        hearing = {std::nullopt, failure};
     }
-    if (!answer) {
+    if (!hearing.answer) { // a card that is silent over TCP may have got another address where nobody was asked
+        if (hearing.unasked) {
+            sight.hindrance = std::move(hearing.unasked);
+        }
         sight.state = sight.endpoint ? sight.state : CardState::notFound;
         co_return;
     }
-    takeAnswer(*answer, sight);
+    takeAnswer(*hearing.answer, sight);
     if (sight.endpoint && question == Question::versions) {
         co_await lookOverTcp(sight);
     }

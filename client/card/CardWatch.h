@@ -21,6 +21,7 @@ struct Sight {
     CardState state = CardState::notFound;
     std::optional<Endpoint> endpoint;  // where it is asked, if that is known
     bool isLookedUp = false;           // that is what the card itself answered when its name was asked for
+    std::string heardOn;               // the interface on which its name was last heard
     std::vector<Component> components; // what it last said, if it is asked for its versions
     std::optional<Failure> hindrance;  // why this machine could not look the last time; all else is from before
 };
@@ -34,9 +35,6 @@ public:
 
     // Over TCP at most so many cards are looked at at the same time.
     CardWatch(EventLoop& loop, Network& newNetwork, Question newQuestion, std::size_t places);
-
-    // What is known without a look: names have been asked for already.
-    [[nodiscard]] static Sight firstSightOf(const Target& target);
 
     // Never fails: a card that cannot be asked is seen so, and a machine that cannot ask is a hindrance.
     Task<void> look(const Target& target, Sight& sight);

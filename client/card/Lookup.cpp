@@ -46,7 +46,11 @@ void Lookup::ask(Asked& one)
     do {
         request = textRequest(CommandId::ipConfigGet, ipConfigGetXml(one.name));
     } while (!bySequence.emplace(request.header.sequenceId, &one).second);
-    network.broadcast(sockets, request, hearsOut ? Reach::allInterfaces : Reach::anyInterface);
+    std::optional<Failure> here =
+        network.broadcast(sockets, request, hearsOut ? Reach::allInterfaces : Reach::anyInterface);
+    if (here) {
+        notAsked = std::move(here);
+    }
     one.requests.push_back(std::move(request));
 }
 
@@ -87,6 +91,7 @@ Task<void> Lookup::askAll()
         co_return;
     }
     sockets = network.openInterfaces();
+    notAsked = network.leftOut();
     const int attempts = policy.retries + 1;
     co_await askUnheard();
     const TimePoint start = Clock::now();
@@ -190,6 +195,16 @@ Task<std::optional<CardReply>> Lookup::answerOf(std::string name)
         std::rethrow_exception(error);
     }
     co_return one.answers.empty() ? std::nullopt : std::optional(one.answers.front());
+}
+
+std::optional<Failure> Lookup::unasked(const std::string& interface) const
+{
+    const auto isThere = [&](const BroadcastSocket& socket) { return socket.interface() == interface; };
+    if (notAsked || interface.empty() || std::ranges::any_of(sockets, isThere)) {
+        return notAsked;
+    }
+    return Failure{ExitCode::unreachable, Category::noInterface, lookingForCard,
+                   fmt::format("nobody was asked on {}, where the card was heard", interface)};
 }
 
 std::vector<std::string> Lookup::secondAnswers()

@@ -42,6 +42,10 @@ public:
     // Throws what ended the asking early. The name must be one of those that were given.
     Task<std::optional<CardReply>> answerOf(std::string name);
 
+    // Why silence until now tells nothing of a card that may be, or once was heard, on an interface of this machine:
+    // nobody was asked there. Nothing if all were.
+    [[nodiscard]] std::optional<Failure> unasked(const std::string& interface) const;
+
     // Why there was none, for people: also where the name was last heard, and what is there now. For all that are
     // looked at one time-out is shared.
     Task<Silence> explainSilence(std::string name);
@@ -79,5 +83,6 @@ private:
     TimePoint heardOut;                 // when the last that answered has been listened to
     std::optional<TimePoint> explained; // until when it is looked what is where silent names were heard
     std::exception_ptr error;
+    std::optional<Failure> notAsked; // why somebody was not
     LastHeard lastHeard;
 };

@@ -13,7 +13,7 @@ constexpr Seconds listening{0.3};  // chosen: for a second answer, behind the la
 
 } // namespace
 
-Task<std::optional<CardReply>> NameRounds::answerOf(std::string name)
+Task<NameRounds::Hearing> NameRounds::answerOf(std::string name, std::string before)
 {
     const bool isFirst = !open;
     if (isFirst) {
@@ -31,8 +31,10 @@ Task<std::optional<CardReply>> NameRounds::answerOf(std::string name)
     if (!round->lookup) {
         throw Interrupted();
     }
-    std::optional<CardReply> answer = co_await round->lookup->answerOf(name);
-    co_return answer;
+    Hearing hearing;
+    hearing.answer = co_await round->lookup->answerOf(name);
+    hearing.unasked = round->lookup->unasked(before);
+    co_return hearing;
 }
 
 // The asking goes on beside whoever came first, too: nobody waits for the others' answers.

@@ -21,8 +21,14 @@ class NameRounds
 public:
     explicit NameRounds(Network& newNetwork) : network(newNetwork) {}
 
-    // As Lookup::answerOf.
-    Task<std::optional<CardReply>> answerOf(std::string name);
+    struct Hearing {
+        std::optional<CardReply> answer;
+        std::optional<Failure> unasked; // why silence tells nothing
+    };
+
+    // As Lookup::answerOf, with what Lookup::unasked says of the interface on which the card was heard before, if it
+    // was.
+    Task<Hearing> answerOf(std::string name, std::string before);
 
     // As Lookup::secondAnswers, of all rounds until now.
     std::set<std::string> secondAnswers();

@@ -51,7 +51,7 @@ protected:
     [[nodiscard]] virtual bool tellsWhereFrom() const { return takes() == Takes::namesOrAddresses; }
     // After nobody answered by a name: the job is not begun.
     virtual void tellNotFound(Result& /*result*/) {}
-    // Jobs that mostly wait: they begin all at once, and also for a card that was not heard.
+    // Jobs that mostly wait: they begin all at once.
     [[nodiscard]] virtual bool isPatient() const { return false; }
 
     // The job for one target. It fills the result as it learns things; what it throws (Failure, Interrupted) becomes

@@ -109,7 +109,7 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         std::ranges::copy(card.silence, std::back_inserter(result.fields));
         throw Failure(*card.refusal);
     }
-    if (isLookedUp && !target.heard && !isPatient()) {
+    if (isLookedUp && !target.heard) {
         tellNotFound(result);
         const Silence silence = co_await run.lookup.explainSilence(target.name);
         std::ranges::copy(silence.fields, std::back_inserter(result.fields));

@@ -6,10 +6,12 @@
 #include "client/cli/GlobalOptions.h"
 #include "client/cli/LocalFile.h"
 #include "client/commands/Commands.h"
+#include "client/commands/NameCost.h"
 #include "client/commands/TargetCommand.h"
 #include "client/output/Console.h"
 #include "client/plan/VersionsDiff.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 
 namespace
@@ -30,6 +32,8 @@ protected:
     }
     [[nodiscard]] bool tellsWhereFrom() const override { return false; }
     [[nodiscard]] bool isPatient() const override { return true; }
+    // Names are asked for again and again, and a machine that cannot ask for them now perhaps can later.
+    [[nodiscard]] bool looksUpNames() const override { return false; }
 
     void declareOwn(OptionSet& options) override
     {
@@ -37,9 +41,12 @@ protected:
         options.value("--wait-time", &waitTime, "SECONDS", "how long that may take (120)");
     }
 
-    void prepare(Context& context, const std::vector<Target>& /*targets*/) override
+    void prepare(Context& context, const std::vector<Target>& targets) override
     {
         goal = goalIn(wish);
+        const auto hasNoAddress = [](const Target& target) { return !target.endpoint; };
+        const auto names = static_cast<std::size_t>(std::ranges::count_if(targets, hasNoAddress));
+        noteCostOfNames(context.console, context.options.dryRun ? 0 : names);
         watch.emplace(context.loop, context.network, question(), static_cast<std::size_t>(context.options.parallel));
         start = Clock::now();
     }
@@ -48,14 +55,12 @@ protected:
     {
         context.network.admit(bareRequest(CommandId::versions)); // a dry run ends here
         const LookTimes times(start, Seconds(waitTime));
-        Sight sight = CardWatch::firstSightOf(target);
+        Sight sight;
+        sight.endpoint = target.endpoint;
         bool wasUp = false;
-        // Who is known by a name alone was asked for, in vain, just before.
-        for (bool isFresh = !sight.endpoint;; isFresh = false) {
+        for (;;) {
             const TimePoint beginning = Clock::now();
-            if (!isFresh) {
-                co_await watch->look(target, sight);
-            }
+            co_await watch->look(target, sight);
             wasUp = wasUp || (!sight.hindrance && !isDown(sight.state));
             if (isReached(sight) || times.areOver(Clock::now())) {
                 break;
@@ -129,11 +134,23 @@ private:
             throw Failure{ExitCode::noAnswer, Category::timeout, fmt::format("waiting for {}", wish),
                           fmt::format("{} when {:g} s were over", wordsOf(sight.state), waitTime)};
         }
-        if (goal == Goal::down && sight.state == CardState::noConnection) {
-            result.hint = "nothing refuses connections there: a busy card that others wait for looks the same";
-        } else if (goal == Goal::down && !wasUp) {
-            result.hint = "it was not seen up before: what is no card's address or name looks the same";
+        if (goal == Goal::down) {
+            result.hint = whatLooksTheSame(sight.state, wasUp);
         }
+    }
+
+    // What else a card that counts as down may be.
+    static std::string whatLooksTheSame(CardState state, bool wasUp)
+    {
+        if (state == CardState::notFound) {
+            return fmt::format("not heard by its name{}, and no address is known to look at: {}a card that is busy, or "
+                               "whose daemon stands still, looks the same",
+                               wasUp ? "" : ", now or before", wasUp ? "" : "what is no card's name, or ");
+        }
+        if (state == CardState::noConnection) {
+            return "nothing refuses connections there: a busy card that others wait for looks the same";
+        }
+        return wasUp ? "" : "it was not seen up before: what is no card's address or name looks the same";
     }
 
     std::string wish;

@@ -32,11 +32,20 @@ in_addr_t numberOf(const sockaddr* address)
 }
 
 // Leaves out the loopback device and tunnels, behind which no card hears a broadcast.
+bool canBroadcastOnceUp(const ifaddrs& interface)
+{
+    return (interface.ifa_flags & IFF_BROADCAST) != 0 && interface.ifa_addr != nullptr &&
+           interface.ifa_addr->sa_family == AF_INET;
+}
+
+bool isUp(const ifaddrs& interface)
+{
+    return (interface.ifa_flags & IFF_UP) != 0;
+}
+
 bool canBroadcast(const ifaddrs& interface)
 {
-    constexpr unsigned wanted = IFF_UP | IFF_BROADCAST;
-    return (interface.ifa_flags & wanted) == wanted && interface.ifa_addr != nullptr &&
-           interface.ifa_addr->sa_family == AF_INET;
+    return isUp(interface) && canBroadcastOnceUp(interface);
 }
 
 // The list names a further address of an interface by a label of its own, if it has one: "eth0:1".
@@ -53,8 +62,8 @@ in_addr_t numberOf(const std::string& address)
 
 bool reaches(const ifaddrs& interface, in_addr_t wanted)
 {
-    return (interface.ifa_flags & IFF_UP) != 0 && interface.ifa_addr != nullptr &&
-           interface.ifa_addr->sa_family == AF_INET && interface.ifa_netmask != nullptr &&
+    return isUp(interface) && interface.ifa_addr != nullptr && interface.ifa_addr->sa_family == AF_INET &&
+           interface.ifa_netmask != nullptr &&
            ((numberOf(interface.ifa_addr) ^ wanted) & numberOf(interface.ifa_netmask)) == 0;
 }
 
@@ -69,19 +78,29 @@ bool hasInterface(const std::function<bool(const ifaddrs&)>& isWanted)
     return false;
 }
 
-} // namespace
-
-std::vector<std::string> broadcastInterfaces()
+std::vector<std::string> namesOf(const std::function<bool(const ifaddrs&)>& isWanted)
 {
     const InterfaceList list = listInterfaces();
     std::vector<std::string> names;
     for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
         // The list has an interface once for each of its addresses.
-        if (canBroadcast(*one) && std::find(names.begin(), names.end(), nameOf(*one)) == names.end()) {
+        if (isWanted(*one) && std::find(names.begin(), names.end(), nameOf(*one)) == names.end()) {
             names.push_back(nameOf(*one));
         }
     }
     return names;
+}
+
+} // namespace
+
+std::vector<std::string> broadcastInterfaces()
+{
+    return namesOf(canBroadcast);
+}
+
+std::vector<std::string> interfacesThatAreDown()
+{
+    return namesOf([](const ifaddrs& one) { return !isUp(one) && canBroadcastOnceUp(one); });
 }
 
 bool isOnLink(const std::string& interface, const std::string& address)

@@ -9,6 +9,8 @@
 
 // The interfaces that broadcasts go to if the user names none: up, able to broadcast, with an IPv4 address.
 [[nodiscard]] std::vector<std::string> broadcastInterfaces();
+// Those that have an address and are down, so that nobody there is asked.
+[[nodiscard]] std::vector<std::string> interfacesThatAreDown();
 
 // Does the address belong to a network of that interface, so that it is reached without a router?
 [[nodiscard]] bool isOnLink(const std::string& interface, const std::string& address);

@@ -20,6 +20,8 @@ Failure nobodyAnswered(const std::string& name)
             fmt::format("nobody answered as \"{}\": {}", name, causesOfSilence())};
 }
 
+constexpr const char* leavesOut = "; -i leaves an interface out";
+
 Failure notSent(std::string hint)
 {
     return {ExitCode::unreachable, Category::noNetwork, "sending a broadcast", std::move(hint)};
@@ -141,7 +143,8 @@ std::vector<BroadcastSocket> Network::openInterfaces(const std::string& onlyInte
     return sockets;
 }
 
-void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request, Reach reach)
+std::optional<Failure> Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request,
+                                          Reach reach)
 {
     std::vector<std::pair<std::string, int>> failed;
     for (const BroadcastSocket& socket : sockets) {
@@ -152,16 +155,28 @@ void Network::broadcast(const std::vector<BroadcastSocket>& sockets, const Reque
     if (failed.size() == sockets.size()) {
         throw notSent(fmt::format("no interface took the datagram: {}", ::strerror(failed.back().second)));
     }
+    std::optional<Failure> unasked;
     for (const auto& [interface, error] : failed) {
         const std::string what =
             fmt::format("{} took no broadcast, so that nobody there was asked: {}", interface, ::strerror(error));
+        unasked = notSent(what + leavesOut);
         if (reach == Reach::allInterfaces) {
-            throw notSent(what + "; -i leaves an interface out");
+            throw Failure(*unasked);
         }
         if (options.warn && deaf.insert(interface).second) {
             options.warn(what);
         }
     }
+    return unasked;
+}
+
+std::optional<Failure> Network::leftOut() const
+{
+    const std::vector<std::string> down = isToldInterfaces() ? std::vector<std::string>() : interfacesThatAreDown();
+    if (down.empty()) {
+        return std::nullopt;
+    }
+    return notSent(fmt::format("{} is down, so that nobody there was asked{}", down.front(), leavesOut));
 }
 
 bool Listening::takesOneMore(std::size_t sockets)

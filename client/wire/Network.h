@@ -108,9 +108,12 @@ public:
     // One socket for each interface of the user's choice. Throws an unreachable Failure if there is none, and an
     // internal one if this machine gives no socket.
     [[nodiscard]] std::vector<BroadcastSocket> openInterfaces(const std::string& onlyInterface = {}) const;
-    // Throws an unreachable Failure if no interface took it, or one that must did not; of others it warns once.
-    void broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request,
-                   Reach reach = Reach::anyInterface);
+    // Throws an unreachable Failure if no interface took it, or one that must did not; of others it warns once, and
+    // returns that Failure: whoever is there was not asked.
+    std::optional<Failure> broadcast(const std::vector<BroadcastSocket>& sockets, const Request& request,
+                                     Reach reach = Reach::anyInterface);
+    // An interface that is left out because it is down, although the user named none: as above.
+    [[nodiscard]] std::optional<Failure> leftOut() const;
     // The next datagram; nothing at the end. Others are served between two of them.
     Task<std::optional<Datagram>> receive(const std::vector<BroadcastSocket>& sockets, Listening& listening);
 

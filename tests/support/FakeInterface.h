@@ -19,4 +19,6 @@ public:
     std::string name;
     std::uint32_t address;
     std::uint32_t netmask;
+
+    bool isUp = true;
 };

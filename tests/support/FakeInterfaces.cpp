@@ -56,7 +56,8 @@ ifaddrs* listInterfaces()
         return loopback.before(nullptr);
     }
     static Entry other = Entry(name, 0, 0, 0);
-    other = Entry(added->name.data(), IFF_UP | IFF_BROADCAST | IFF_RUNNING, added->address, added->netmask);
+    const unsigned up = added->isUp ? IFF_UP | IFF_RUNNING : 0U;
+    other = Entry(added->name.data(), up | IFF_BROADCAST, added->address, added->netmask);
     return loopback.before(other.before(nullptr));
 }
 

@@ -111,3 +111,23 @@ def large(tmp_path: Path) -> str:
     path = tmp_path / "large.tar.gz"
     path.write_bytes(large_archive())
     return str(path)
+
+
+@pytest.fixture
+def deaf_interface() -> Iterator[None]:
+    """This machine takes no request to cards on its second interface."""
+    subprocess.run(["nft", "add", "table", "ip", "deaf"], check=True)
+    try:
+        subprocess.run(["nft", "add chain ip deaf o { type filter hook output priority 0; }"], check=True)
+        subprocess.run(["nft", "add rule ip deaf o oifname lan1 udp dport 50003 drop"], check=True)
+        yield
+    finally:
+        subprocess.run(["nft", "delete", "table", "ip", "deaf"], check=True)
+
+
+@pytest.fixture
+def interface_that_is_down(lan: tarvelsim.Lan) -> Iterator[None]:
+    """The second one of this machine."""
+    subprocess.run(["ip", "link", "set", "lan1", "down"], check=True)
+    yield
+    subprocess.run(["ip", "link", "set", "lan1", "up"], check=True)

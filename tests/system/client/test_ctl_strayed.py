@@ -152,18 +152,6 @@ def test_an_address_is_reached_on_the_interface_that_was_asked(
     assert Snapshot(rack[:1]) == before
 
 
-@pytest.fixture
-def deaf_interface() -> Iterator[None]:
-    """This machine takes no request to cards on its second interface."""
-    subprocess.run(["nft", "add", "table", "ip", "deaf"], check=True)
-    try:
-        subprocess.run(["nft", "add chain ip deaf o { type filter hook output priority 0; }"], check=True)
-        subprocess.run(["nft", "add rule ip deaf o oifname lan1 udp dport 50003 drop"], check=True)
-        yield
-    finally:
-        subprocess.run(["nft", "delete", "table", "ip", "deaf"], check=True)
-
-
 @pytest.mark.usefixtures("deaf_interface")
 @pytest.mark.parametrize("by_name", [True, False], ids=["name", "address"])
 def test_nothing_is_changed_if_an_interface_takes_no_broadcast(

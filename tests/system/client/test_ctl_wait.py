@@ -6,8 +6,10 @@ import socket
 from collections.abc import Iterator
 from contextlib import contextmanager
 
+import pytest
 from support.ctl import Ctl, interrupt
 from support.fake_card import FakeUdpCard, answer
+from support.stopping import stopped
 from tarvelsim import Card
 from wire import Message, request, text_payload
 from wire.numbers import PORT, Command, Format
@@ -48,6 +50,29 @@ def test_a_busy_card_is_waited_for_until_it_is_idle(ctl: Ctl, rack: list[Card]) 
 def test_a_machine_without_a_network_does_not_see_a_card_go_down(ctl: Ctl, rack: list[Card]) -> None:
     answer = ctl.isolated("wait", "--for", "down", "--wait-time", "0.1", rack[0].address("eth0") or "")
     assert (answer.code, answer.result["category"], answer.result.get("state")) == (6, "no-network", None)
+
+
+@pytest.mark.parametrize("why", ["deaf_interface", "interface_that_is_down"])
+def test_an_interface_on_which_nobody_is_asked_shows_no_card_that_is_down(
+    ctl: Ctl, rack: list[Card], why: str, request: pytest.FixtureRequest
+) -> None:
+    request.getfixturevalue(why)
+    rack[0].set_link("eth0", False)
+    try:
+        waited = ctl.json("--timeout", "0.5", "wait", "--for", "down", "--wait-time", "0.1", "rack1")
+        assert (waited.code, waited.result["category"], waited.result.get("state")) == (6, "no-network", None)
+        assert waited.result["hint"].startswith("lan1 ")
+        assert ctl("-i", "lan0", "--timeout", "0.5", "wait", "--for", "down", "rack1").code == 0
+    finally:
+        rack[0].set_link("eth0", True)
+
+
+def test_a_card_that_is_known_by_its_name_only_is_down_when_it_is_not_heard(ctl: Ctl, scratch: Card) -> None:
+    """What else that may be is told."""
+    with stopped(scratch):
+        waited = ctl.json("--timeout", "0.5", "wait", "--for", "down", "rack1")
+    assert (waited.code, waited.result["state"]) == (0, "not found")
+    assert "whose daemon stands still, looks the same" in waited.result["hint"]
 
 
 def test_a_card_that_reboots_is_waited_for(ctl: Ctl, scratch: Card) -> None:

@@ -91,8 +91,14 @@ TEST_F(WaitCommandTest, DoesNotTakeAMachineThatCannotBroadcastForACardThatIsDown
     forgetScripts();
     passNext("socket");
     failAlways("socket", EMFILE);
-    EXPECT_EQ(run({"--timeout", "0.05", "-o", "json", "wait", "--for", "up", "--wait-time", "0.1", "card2"}), 1);
+    EXPECT_EQ(run({"--timeout", "0.05", "-o", "json", "wait", "--for", "up", "--wait-time", "3", "card2"}), 1);
     EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
+}
+
+TEST_F(WaitCommandTest, GoesOnWhenTheMachineCanAskForANameAgain)
+{
+    failNext("socket", EMFILE);
+    EXPECT_EQ(run({"wait", "--for", "up", "--wait-time", "0.1", "card1"}), 0);
 }
 
 TEST_F(WaitCommandTest, GoesOnWhenTheMachineCanAskAgain)
@@ -104,6 +110,8 @@ TEST_F(WaitCommandTest, GoesOnWhenTheMachineCanAskAgain)
 TEST_F(WaitCommandTest, TakesANameThatNobodyHasForDown)
 {
     EXPECT_EQ(run({"--timeout", "0.05", "wait", "--for", "down", "card2"}), 0);
+    EXPECT_TRUE(errHas("not heard by its name, now or before, and no address is known to look at: what is no card's "
+                       "name, or a card that is busy, or whose daemon stands still, looks the same"));
     EXPECT_EQ(run({"--timeout", "0.05", "wait", "--for", "up", "--wait-time", "0.1", "card2"}), 5);
     EXPECT_TRUE(outHas("not found"));
 }
@@ -121,13 +129,13 @@ class AddresslessCardTest : public ProgramFixture
 protected:
     CardState stateAfterALook()
     {
-        Target target{.label = "card1", .name = "card1", .endpoint = {}};
-        target.heard = CardReply{.reply = {}, .address = "0.0.0.0", .interface = "lo"};
-        Sight sight = CardWatch::firstSightOf(target);
-        EXPECT_EQ(sight.state, CardState::up);
+        sight.state = CardState::up;
         loop.run(watch.look(target, sight));
         return sight.state;
     }
+
+    const Target target{.label = "card1", .name = "card1", .endpoint = {}};
+    Sight sight;
 
     EventLoop loop;
     Network network{loop, {{Seconds(0.3), 2}, {"lo"}}};
@@ -145,13 +153,48 @@ TEST_F(AddresslessCardTest, IsNotFoundOnceItIsSilent)
     EXPECT_EQ(stateAfterALook(), CardState::notFound);
 }
 
+TEST_F(AddresslessCardTest, IsNotSeenByAMachineThatNoLongerHasItsInterface)
+{
+    card.answer(ipGet, {.hangsUp = true});
+    sight.heardOn = "lan1";
+    stateAfterALook();
+    ASSERT_TRUE(sight.hindrance);
+    EXPECT_EQ(sight.hindrance->hint, "nobody was asked on lan1, where the card was heard");
+}
+
+// With two interfaces, of which the first takes no broadcast.
+class HalfDeafWatchTest : public AddresslessCardTest
+{
+protected:
+    Category hindranceOf(const Target& one)
+    {
+        card.answer(ipGet, {.hangsUp = true});
+        failNext("sendto", EPERM);
+        sight.endpoint = one.endpoint;
+        loop.run(deafWatch.look(one, sight));
+        return sight.hindrance ? sight.hindrance->category : Category::none;
+    }
+
+    Network halfDeaf{loop, {{Seconds(0.05), 0}, {"lo", "lo"}}};
+    CardWatch deafWatch{loop, halfDeaf, CardWatch::Question::connection, 1};
+};
+
+TEST_F(HalfDeafWatchTest, SeesNoSilentCard)
+{
+    EXPECT_EQ(hindranceOf(target), Category::noNetwork);
+}
+
+TEST_F(HalfDeafWatchTest, SeesNoSilentCardThatRefusesConnectionsWhereItWas)
+{
+    EXPECT_EQ(hindranceOf({.label = "card1", .name = "card1", .endpoint = Endpoint{"127.0.0.1", 1}}),
+              Category::noNetwork);
+}
+
 // Asked twice over the same interface, the one card answers as two would.
 TEST_F(AddresslessCardTest, IsDoubtedIfAnotherIsHeardInALaterLook)
 {
     Network doubling{loop, {{Seconds(20), 0}, {"lo", "lo"}}};
     CardWatch doubled{loop, doubling, CardWatch::Question::connection, 1};
-    const Target target{.label = "card1", .name = "card1", .endpoint = {}};
-    Sight sight;
     loop.run(doubled.look(target, sight));
     std::set<std::string> doubts;
     for (int tries = 0; tries < 10000 && doubts.empty(); ++tries) { // the second may come a little later

@@ -60,6 +60,14 @@ TEST_F(HostInterfacesTest, BroadcastsLeaveTheLoopbackDeviceOut)
     EXPECT_EQ(broadcastInterfaces(), Texts{"lan0"});
 }
 
+TEST_F(HostInterfacesTest, AnInterfaceThatIsDownIsNoneOfThoseThatBroadcastsGoTo)
+{
+    EXPECT_EQ(interfacesThatAreDown(), Texts{});
+    lan.isUp = false;
+    EXPECT_EQ(interfacesThatAreDown(), Texts{"lan0"});
+    EXPECT_EQ(broadcastInterfaces(), Texts{});
+}
+
 TEST_F(HostInterfacesTest, ThisMachinesAddressesAreThoseOfAllItsInterfaces)
 {
     EXPECT_TRUE(isOwnAddress("127.0.0.1"));

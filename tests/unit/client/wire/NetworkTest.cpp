@@ -131,10 +131,10 @@ TEST_F(NetworkTest, TellsARefusalByNameUnlessAnyStatusWillDo)
 class HalfDeafNetworkTest : public NetworkTest
 {
 protected:
-    void broadcast(Reach reach)
+    std::optional<Failure> broadcast(Reach reach)
     {
         failNext("sendto", EPERM);
-        both.broadcast(sockets, reading, reach);
+        return both.broadcast(sockets, reading, reach);
     }
 
     std::vector<std::string> warnings;
@@ -152,9 +152,30 @@ TEST_F(HalfDeafNetworkTest, WarnsOnceOfAnInterfaceThatTakesNoBroadcast)
     EXPECT_EQ(warnings, std::vector<std::string>{lo});
 }
 
+TEST_F(HalfDeafNetworkTest, TellsEachTimeThatSomebodyWasNotAsked)
+{
+    for (int time = 1; time <= 2; ++time) {
+        const std::optional<Failure> unasked = broadcast(Reach::anyInterface);
+        ASSERT_TRUE(unasked);
+        EXPECT_EQ(unasked->category, Category::noNetwork);
+    }
+    EXPECT_FALSE(both.broadcast(sockets, reading));
+}
+
+TEST_F(NetworkTest, TellsOfAnInterfaceThatIsDownUnlessOthersAreNamed)
+{
+    FakeInterface lan("lan0", "192.0.2.1", "255.255.255.0");
+    const Network any(loop, {});
+    EXPECT_FALSE(any.leftOut());
+    lan.isUp = false;
+    ASSERT_TRUE(any.leftOut());
+    EXPECT_EQ(any.leftOut()->hint, "lan0 is down, so that nobody there was asked; -i leaves an interface out");
+    EXPECT_FALSE(network.leftOut());
+}
+
 TEST_F(HalfDeafNetworkTest, FailsIfAllInterfacesMustTakeIt)
 {
-    const Failure failure = failureOf([&] { broadcast(Reach::allInterfaces); });
+    const Failure failure = failureOf([&] { (void)broadcast(Reach::allInterfaces); });
     EXPECT_EQ(failure.code, ExitCode::unreachable);
     EXPECT_EQ(failure.category, Category::noNetwork);
     EXPECT_EQ(failure.hint, lo + "; -i leaves an interface out");
