@@ -24,8 +24,11 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
     Lookup lookup(network, namesToAsk(targets));
     co_await lookup.hearOut();
     std::vector<Identified> cards(targets.size());
+    const TimePoint now = Clock::now();
     for (std::size_t index = 0; index < cards.size(); ++index) {
+        cards[index].given = targets[index];
         cards[index].target = std::move(targets[index]);
+        cards[index].asOf = now;
     }
     constexpr std::size_t atOnce = 256; // of those whose last address is looked at, in one time-out for all
     co_await inParallel(network.eventLoop(), cards.size(), atOnce,

@@ -26,7 +26,9 @@ enum class Way { byName, overTcp, byNameUnheard };
 
 // What is known of a target before it is changed.
 struct Identified {
+    Target given;                       // as the user wrote it
     Target target;                      // over TCP with its endpoint
+    TimePoint asOf;                     // when its name was listened to
     std::vector<std::string> heardFrom; // addresses that it answered from
     std::set<Sender> heardAt;           // the same with the interfaces
     std::vector<std::string> stated;    // addresses in its settings
@@ -35,6 +37,7 @@ struct Identified {
     std::optional<std::size_t> sameAs;  // the earlier target that is the same card
     std::vector<std::string> warnings;  // what --force went over
     bool checked = false;               // its address was seen to be that of one card only
+    std::vector<Identified> again;      // later targets that are the same card
 };
 
 // Finds out, before anything is changed, whom each target means: asks for names and listens for a second card, asks

@@ -5,6 +5,7 @@
 #include "client/card/Identity.h"
 
 #include <algorithm>
+#include <fmt/ranges.h>
 
 namespace
 {
@@ -35,6 +36,27 @@ std::vector<Endpoint> endpointsOf(const Identified& card, Way way)
         endpoints.push_back(*card.target.endpoint);
     }
     return endpoints;
+}
+
+bool saysTheSame(const std::optional<CardReply>& one, const std::optional<CardReply>& other)
+{
+    return !one || !other ||
+           (one->reply.payload == other->reply.payload && one->reply.header.status == other->reply.header.status);
+}
+
+std::string namesOf(const std::set<Sender>& senders)
+{
+    std::vector<std::string> names;
+    for (const auto& [address, interface] : senders) {
+        names.push_back(fmt::format("{} on {}", address, interface));
+    }
+    return fmt::format("{}", fmt::join(names, " and "));
+}
+
+// Where an address that is given answered the probe.
+std::string placeOf(const Identified& card)
+{
+    return isName(card) || !card.target.endpoint ? "" : card.target.endpoint->interface;
 }
 
 } // namespace
@@ -86,6 +108,27 @@ void disbelieve(std::vector<Identified>& cards, const Census& census)
             });
         });
     }
+}
+
+std::optional<std::string> changeSince(const Identified& before, const Identified& now)
+{
+    const auto wasKnown = [&](const Sender& sender) {
+        return before.heardAt.contains(sender) || contains(before.stated, sender.first);
+    };
+    if (isHeard(before) && isHeard(now) && std::ranges::none_of(now.heardAt, wasKnown)) {
+        return fmt::format("another card may have this name now: it answered from {} before, and from {} now",
+                           namesOf(before.heardAt), namesOf(now.heardAt));
+    }
+    if (!saysTheSame(before.target.heard, now.target.heard)) {
+        return "another card may have this name now, or somebody has changed it: it tells other settings than before";
+    }
+    const std::string then = placeOf(before);
+    const std::string here = placeOf(now);
+    if (!then.empty() && !here.empty() && then != here) {
+        return fmt::format("another card may have this address now: it answered on {} before, and on {} now", then,
+                           here);
+    }
+    return std::nullopt;
 }
 
 void markTwice(std::vector<Identified>& cards)

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 // How two targets compare, as far as is known of them.
@@ -26,6 +27,10 @@
 
 // Who answers where a card's settings say that it is, and was not heard by its name there, is another card.
 void disbelieve(std::vector<Identified>& cards, const Census& census);
+
+// Why a target may be another card now than when it was identified before: nobody who answers now was known then, or
+// the card says something else. Nothing if it is the same, or is silent now, which says nothing.
+[[nodiscard]] std::optional<std::string> changeSince(const Identified& before, const Identified& now);
 
 // Marks each target that is the same card as an earlier one, and no other.
 void markTwice(std::vector<Identified>& cards);

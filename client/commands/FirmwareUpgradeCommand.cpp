@@ -75,9 +75,11 @@ protected:
 
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
-        const Endpoint endpoint = co_await locate(context.network, target);
-        Slots& turns = turnsAt.try_emplace(endpoint.address, context.loop, 1).first->second;
+        const Endpoint known = co_await locate(context.network, target);
+        Slots& turns = turnsAt.try_emplace(known.address, context.loop, 1).first->second;
         const Slots::Held turn = co_await turns;
+        co_await lookAgain(context, target);
+        const Endpoint endpoint = co_await locate(context.network, target);
         // Behind the turn: what an upgrade before this one has left is what is compared.
         const Versions before = co_await queryVersions(context.network, endpoint);
         // So that a roll-out that was broken off can be started again.

@@ -148,6 +148,8 @@ protected:
         announce(context, target, wanted, now, result);
         refuseHealthy(context, target); // behind the announcement, which shows what it is about
         co_await lookAtAddress(context, target.name, wanted.settings, now, result);
+        co_await lookAgain(context, target);
+        refuseHealthy(context, target);
         ConsoleObserver observer(context.console, target.label);
         IpChange change(context.network, observer, target.name);
         co_await change.lookBefore(wanted.settings, settingsOf(now, wanted.settings.name));

@@ -100,6 +100,7 @@ protected:
         }
         co_await lookAtAddress(context, target.name, wanted, now, result);
         agree(context, plan);
+        co_await lookAgain(context, target);
         // Before it is sent: whoever is interrupted right behind that needs it.
         if (plan.rollback && !context.options.dryRun && !rememberIp(target.name, *plan.rollback, secondsNow())) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");

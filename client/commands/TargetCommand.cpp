@@ -43,6 +43,18 @@ void tellWarnings(const Console& console, const std::vector<Identified>& cards)
     }
 }
 
+// Two jobs on one card would come into each other's way, and the second might undo the first.
+std::vector<Identified> withoutRepetitions(std::vector<Identified> cards)
+{
+    for (const Identified& card : cards) {
+        if (card.sameAs) {
+            cards[*card.sameAs].again.push_back(card);
+        }
+    }
+    std::erase_if(cards, [](const Identified& card) { return card.sameAs.has_value(); });
+    return cards;
+}
+
 } // namespace
 
 void TargetCommand::declare(OptionSet& options)
@@ -77,21 +89,23 @@ bool TargetCommand::printsAtOnce(const Context& context) const
     return context.writer.streams() && !context.options.fold && !comparesTargets();
 }
 
-std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Target> targets) const
+std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Target> targets)
 {
     if (!changesCards()) {
         return withoutQuestions(std::move(targets));
     }
     const GlobalOptions& options = context.options;
     context.console.progress("", {"looking for the cards"});
-    Identification identification(context.network, way(), {options.force, options.trustGroups, !options.noProbe});
+    const Caution caution{options.force, options.trustGroups, !options.noProbe};
+    Identification identification(context.network, way(), caution);
     noteCostOfChange(context.console, identification.namesToAsk(targets).size());
-    std::vector<Identified> cards = context.loop.run(identification.run(std::move(targets)));
+    std::vector<Identified> found = context.loop.run(identification.run(std::move(targets)));
     context.console.forgetJob("");
-    tellWarnings(context.console, cards);
-    // Two jobs on one card would come into each other's way, and the second might undo the first.
-    std::erase_if(cards, [](const Identified& card) { return card.sameAs.has_value(); });
-    return cards;
+    tellWarnings(context.console, found);
+    if (!options.dryRun) {
+        renewal.emplace(context.network, way(), caution);
+    }
+    return withoutRepetitions(std::move(found));
 }
 
 std::vector<Target> TargetCommand::targetsOf(const Context& context) const
@@ -110,11 +124,11 @@ ExitCode TargetCommand::run(Context& context)
     // Before the first output: what is wrong with the options leaves no heading of a table behind.
     prepare(context, targets);
     context.writer.begin(name(), columnsWhen(context.options.dryRun));
-    std::vector<Identified> cards = identify(context, std::move(targets));
-    askForAgreement(context, cards);
-    std::vector<Result> results(cards.size());
+    jobs = identify(context, std::move(targets));
+    askForAgreement(context);
+    std::vector<Result> results(jobs.size());
     Report report(context.console);
-    workInBatches(context, report, cards, results);
+    workInBatches(context, report, results);
     finish(context, results); // before the code: a comparison may be what fails
     // Who stopped a run cannot take it for a whole one, however well ended what was begun.
     const ExitCode code = context.loop.wasInterrupted() ? ExitCode::interrupted : commonCode(results);
@@ -149,10 +163,10 @@ Task<void> TargetCommand::planOne(Context& context, Target target, std::pair<std
     }
 }
 
-void TargetCommand::askForAgreement(Context& context, const std::vector<Identified>& cards)
+void TargetCommand::askForAgreement(Context& context)
 {
     std::vector<Target> meant;
-    for (const Identified& card : cards) {
+    for (const Identified& card : jobs) {
         if (!card.refusal) {
             meant.push_back(card.target);
         }

@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
-#include "client/card/Identification.h"
+#include "client/card/Renewal.h"
 #include "client/cli/Command.h"
 #include "client/engine/Task.h"
 #include "client/model/Result.h"
@@ -10,6 +10,7 @@
 #include "client/targets/Targets.h"
 
 #include <cstddef>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -59,6 +60,10 @@ protected:
     // the answer. `target` and `result` outlive the task.
     virtual Task<void> work(Context& context, const Target& target, Result& result) = 0;
 
+    // For a job whose change may come long after its beginning, as behind a question: see Renewal. Each job is looked
+    // at so before it begins.
+    Task<void> lookAgain(Context& context, const Target& target);
+
     // What the jobs heard of names that another card answered, too, each as a sentence that names the senders.
     virtual std::set<std::string> secondAnswers() { return {}; }
 
@@ -85,12 +90,12 @@ private:
     [[nodiscard]] std::vector<std::string> namesToLookUp(const Context& context,
                                                          std::span<const Identified> cards) const;
     // Each card once; before a change, with what is known of it.
-    [[nodiscard]] std::vector<Identified> identify(Context& context, std::vector<Target> targets) const;
+    [[nodiscard]] std::vector<Identified> identify(Context& context, std::vector<Target> targets);
     Task<void> planOne(Context& context, Target target, std::pair<std::string, std::string>& line);
     // On a terminal, if several cards are to be changed.
-    void askForAgreement(Context& context, const std::vector<Identified>& cards);
-    void workInBatches(Context& context, Report& report, std::vector<Identified>& cards, std::vector<Result>& results);
-    Task<void> workOnAll(Context& context, Report& report, std::span<Identified> cards, std::span<Result> results);
+    void askForAgreement(Context& context);
+    void workInBatches(Context& context, Report& report, std::vector<Result>& results);
+    Task<void> workOnAll(Context& context, Report& report, std::span<Identified> batch, std::span<Result> results);
     void printEarly(Context& context, Report& report, const Result& result) const;
     Task<void> workOnOne(Run& run, Identified& card, Result& result);
     Task<void> lookUpAndWork(Run& run, Identified& card, Result& result);
@@ -99,4 +104,6 @@ private:
     [[nodiscard]] bool printsAtOnce(const Context& context) const;
 
     std::vector<std::string> words;
+    std::vector<Identified> jobs;   // each card once
+    std::optional<Renewal> renewal; // if they are to be changed
 };

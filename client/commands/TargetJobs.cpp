@@ -12,6 +12,7 @@
 #include "client/engine/EventLoop.h"
 #include "client/engine/Parallel.h"
 #include "client/engine/Slots.h"
+#include "client/model/Contains.h"
 #include "client/output/Console.h"
 #include "client/output/Report.h"
 #include "client/output/Writer.h"
@@ -115,8 +116,24 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         std::ranges::copy(silence.fields, std::back_inserter(result.fields));
         throw Failure(silence.failure);
     }
+    co_await lookAgain(run.context, target);
     // For a command that is one question, and has no phase of its own.
     co_await inPhase(waitingForAnswer, work(run.context, target, result));
+}
+
+Task<void> TargetCommand::lookAgain(Context& context, const Target& target)
+{
+    if (!renewal) {
+        co_return;
+    }
+    Identified& card = *std::ranges::find(jobs, &target, [](const Identified& one) { return &one.target; });
+    const std::vector<std::string> told = card.warnings;
+    co_await renewal->renew(card);
+    for (const std::string& warning : card.warnings) {
+        if (!contains(told, warning)) {
+            context.console.warning(fmt::format("{}: {}", target.label, warning));
+        }
+    }
 }
 
 void TargetCommand::tellHowFound(const Identified& card, Result& result) const
@@ -161,14 +178,14 @@ void TargetCommand::printEarly(Context& context, Report& report, const Result& r
 }
 
 // The lookup runs beside the jobs, as one more of them.
-Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<Identified> cards,
+Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<Identified> batch,
                                     std::span<Result> results)
 {
-    const std::size_t places = isPatient() ? cards.size() : static_cast<std::size_t>(context.options.parallel);
-    Run run{context, report, Lookup(context.network, namesToLookUp(context, cards)), Slots(context.loop, places)};
-    const std::size_t all = cards.size() + 1;
+    const std::size_t places = isPatient() ? batch.size() : static_cast<std::size_t>(context.options.parallel);
+    Run run{context, report, Lookup(context.network, namesToLookUp(context, batch)), Slots(context.loop, places)};
+    const std::size_t all = batch.size() + 1;
     co_await inParallel(context.loop, all, all, [&](std::size_t index) {
-        return index == cards.size() ? run.lookup.run() : workOnOne(run, cards[index], results[index]);
+        return index == batch.size() ? run.lookup.run() : workOnOne(run, batch[index], results[index]);
     });
     std::set<std::string> doubts = secondAnswers();
     std::ranges::move(run.lookup.secondAnswers(), std::inserter(doubts, doubts.end()));
@@ -177,22 +194,21 @@ Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<
     }
 }
 
-void TargetCommand::workInBatches(Context& context, Report& report, std::vector<Identified>& cards,
-                                  std::vector<Result>& results)
+void TargetCommand::workInBatches(Context& context, Report& report, std::vector<Result>& results)
 {
-    const std::size_t size = batchSize() > 0 ? batchSize() : cards.size();
-    context.console.expectJobs(cards.size());
-    for (std::size_t first = 0; first < cards.size(); first += size) {
-        const std::size_t count = std::min(size, cards.size() - first);
+    const std::size_t size = batchSize() > 0 ? batchSize() : jobs.size();
+    context.console.expectJobs(jobs.size());
+    for (std::size_t first = 0; first < jobs.size(); first += size) {
+        const std::size_t count = std::min(size, jobs.size() - first);
         const std::span<Result> batch = std::span(results).subspan(first, count);
-        context.loop.run(workOnAll(context, report, std::span(cards).subspan(first, count), batch));
+        context.loop.run(workOnAll(context, report, std::span(jobs).subspan(first, count), batch));
         const auto failed = std::find_if(batch.begin(), batch.end(), [](const Result& one) { return !one.ok(); });
         if (failed == batch.end()) {
             continue;
         }
         // They are results, too: who reads the data sees each target that was given.
-        for (std::size_t rest = first + count; rest < cards.size(); ++rest) {
-            results[rest].target = cards[rest].target.label;
+        for (std::size_t rest = first + count; rest < jobs.size(); ++rest) {
+            results[rest].target = jobs[rest].target.label;
             results[rest].fail(untouched(failed->code));
             printEarly(context, report, results[rest]);
         }

@@ -2,11 +2,14 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Nothing is changed as long as another card could be meant."""
 
+import subprocess
+import time
 from collections.abc import Iterator
 
 import pytest
 from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
+from support.stopping import stopped
 from tarvelsim import Card
 
 pytestmark = pytest.mark.usefixtures("bystanders")
@@ -19,6 +22,8 @@ CHANGES = [
     ("time", "set", "--ntp", "10.0.0.99"),
     ("firmware", "upgrade", "FILE"),
 ]
+
+LONGEST = 5.0  # seconds: what is older is found out again before a change
 
 
 @pytest.fixture
@@ -57,6 +62,54 @@ def test_force_goes_over_a_second_card(ctl: Ctl, scratch: Card, twin: Card) -> N
     answer = ctl.json("--force", "-i", "lan0", "ip", "set", *ETH2, "--dhcp", "rack1")
     assert answer.code == 0
     assert "two cards have this name" in answer.err
+
+
+def waiting_behind(ctl: Ctl, other: Card, *words: str) -> subprocess.Popen[str]:
+    """An upgrade of one card after the other, which stands still at the first, and has done so for long."""
+    other.inside.hold("fwupgrade")
+    running = ctl.start("-o", "json", "firmware", "upgrade", "--batch", "1", *words)
+    other.records.wait_call("fwupgrade", timeout=60)
+    return running
+
+
+def release(running: subprocess.Popen[str], other: Card) -> Answer:
+    time.sleep(LONGEST)
+    other.inside.release("fwupgrade")
+    out, err = running.communicate(timeout=120)
+    other.reset()
+    return Answer(running.returncode, out, err)
+
+
+def test_a_second_card_that_comes_while_the_first_waits_for_its_turn_is_seen(
+    ctl: Ctl, rack: list[Card], twin: Card, firmware: str
+) -> None:
+    before = Snapshot([rack[0], twin])
+    with stopped(twin):
+        running = waiting_behind(ctl, rack[1], firmware, "rack2", "rack1")
+    answer = release(running, rack[1])
+    assert [result["code"] for result in answer.results] == [0, 11]
+    assert "two cards have this name" in answer.results[1]["hint"]
+    assert (answer.results[1]["changed"], answer.results[1]["checked"]) == (False, False)
+    assert Snapshot([rack[0], twin]) == before
+
+
+def test_a_second_card_with_an_address_that_comes_meanwhile_is_seen(
+    ctl: Ctl, rack: list[Card], scratches: list[Card], firmware: str
+) -> None:
+    address = rack[0].address("eth0") or ""
+    running = waiting_behind(ctl, rack[1], firmware, "rack2", address)
+    rack[2].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[2].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    before = Snapshot([rack[0], rack[2]])
+    answer = release(running, rack[1])
+    assert [result["code"] for result in answer.results] == [0, 11]
+    assert Snapshot([rack[0], rack[2]]) == before
+
+
+def test_a_card_that_is_still_the_only_one_gets_its_turn(ctl: Ctl, scratches: list[Card], firmware: str) -> None:
+    running = waiting_behind(ctl, scratches[1], firmware, "rack2", "rack1", scratches[2].address("eth0") or "")
+    answer = release(running, scratches[1])
+    assert [(result["code"], result["checked"]) for result in answer.results] == [(0, True)] * 3
 
 
 @pytest.mark.usefixtures("doubled")
