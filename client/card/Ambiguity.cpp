@@ -4,6 +4,7 @@
 
 #include "client/card/Identity.h"
 #include "client/messages/IpConfiguration.h"
+#include "client/model/Remedy.h"
 
 #include <algorithm>
 #include <fmt/ranges.h>
@@ -100,8 +101,8 @@ std::optional<std::string> ambiguityOf(const std::vector<CardReply>& answers)
     return std::nullopt;
 }
 
-Failure ambiguous(std::string hint)
+Failure ambiguous(const std::string& hint)
 {
     return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
-            std::move(hint) + "; nothing was sent, --force does it all the same"};
+            fmt::format("{}; nothing was sent, {} does it all the same", hint, wordOf(Remedy::goOnAllTheSame))};
 }

@@ -22,4 +22,4 @@
 [[nodiscard]] std::vector<std::string> statedAddresses(const CardReply& answer);
 
 // What is thrown instead of changing a card that may not be the one that is meant.
-[[nodiscard]] Failure ambiguous(std::string hint);
+[[nodiscard]] Failure ambiguous(const std::string& hint);

@@ -4,6 +4,7 @@
 
 #include "client/card/Discovery.h"
 #include "client/model/Contains.h"
+#include "client/model/Remedy.h"
 #include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
@@ -22,8 +23,8 @@ std::string twoCards(const std::string& address)
 std::string severalPlaces(const std::string& address, const std::vector<std::string>& interfaces)
 {
     return fmt::format(
-        "two cards may share the address {}: it answered on {}; the card's name, or -i, tells them apart", address,
-        fmt::join(interfaces, " and on "));
+        "two cards may share the address {}: it answered on {}; the card's name, or {}, tells them apart", address,
+        fmt::join(interfaces, " and on "), wordOf(Remedy::chooseInterface));
 }
 
 std::string noWay(const std::string& address, const std::string& interface)

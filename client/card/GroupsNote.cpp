@@ -4,6 +4,7 @@
 
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
+#include "client/model/Remedy.h"
 #include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
@@ -14,15 +15,16 @@ Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
     const std::string name = target.name;
     return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
             fmt::format("the groups file says that {0} is at {1}, but it answered from {2}; nothing was sent, also "
-                        "with --force. The right line is \"{0} {3}\"",
-                        name, target.endpoint->address, sendersOf(answers), answers.front().address)};
+                        "with {4}. The right line is \"{0} {3}\"",
+                        name, target.endpoint->address, sendersOf(answers), answers.front().address,
+                        wordOf(Remedy::goOnAllTheSame))};
 }
 
 Failure notHeard(const Target& target, const Failure& silence)
 {
     return {silence.code, silence.category, silence.phase,
-            fmt::format("only the groups file says where {} is: {}. --trust-groups believes the file", target.name,
-                        silence.hint)};
+            fmt::format("only the groups file says where {} is: {}. {} believes the file", target.name, silence.hint,
+                        wordOf(Remedy::believeGroups))};
 }
 
 Task<std::optional<CardReply>> confirmNote(Network& network, Target target)

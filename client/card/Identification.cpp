@@ -8,6 +8,7 @@
 #include "client/card/ReadBack.h"
 #include "client/card/SameCard.h"
 #include "client/engine/Parallel.h"
+#include "client/model/Remedy.h"
 #include "client/wire/Phase.h"
 
 #include <algorithm>
@@ -68,7 +69,8 @@ void Identification::takeDeafness(std::vector<Identified>& cards, const Failure&
             card.warnings.push_back(fmt::format("whether two cards share its address was not checked: {}", why.hint));
         } else {
             card.refusal = why;
-            card.refusal->hint += "; nothing was sent, --no-probe does not ask who shares the address";
+            card.refusal->hint += fmt::format("; nothing was sent, {} does not ask who shares the address",
+                                              wordOf(Remedy::leaveOutProbe));
         }
     }
 }

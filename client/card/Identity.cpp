@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Identity.h"
 
+#include "client/model/Remedy.h"
 #include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
@@ -20,9 +21,8 @@ Failure addressless(const std::string& card, const CardReply& answer)
                           "may be another",
                           answer.address, answer.interface);
     return {ExitCode::unreachable, Category::noAddress, lookingForCard,
-            fmt::format("{0} hears broadcasts, but {1}; `tarvelctl ip set` or `tarvelctl ip rescue {0}` gives it an "
-                        "address",
-                        card, here)};
+            fmt::format("{0} hears broadcasts, but {1}; `{2}` or `{3} {0}` gives it an address", card, here,
+                        wordOf(Remedy::setAddress), wordOf(Remedy::rescueAddress))};
 }
 
 } // namespace

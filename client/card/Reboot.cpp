@@ -5,9 +5,11 @@
 #include "client/card/Identity.h"
 #include "client/card/Queries.h"
 #include "client/card/ReadBack.h"
+#include "client/model/Remedy.h"
 #include "client/wire/Phase.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 
 namespace
 {
@@ -35,10 +37,10 @@ Failure notDone()
 
 Failure tooEarly()
 {
-    return {
-        ExitCode::noAnswer, Category::timeout, "watching whether the card reboots all the same",
-        "the card did not confirm the reboot, and still answers, but would go down only two seconds after; a longer "
-        "--timeout tells more"};
+    return {ExitCode::noAnswer, Category::timeout, "watching whether the card reboots all the same",
+            fmt::format("the card did not confirm the reboot, and still answers, but would go down only two seconds "
+                        "after; a longer {} tells more",
+                        wordOf(Remedy::waitLonger))};
 }
 
 Failure notConfirmed()

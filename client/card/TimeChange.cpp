@@ -3,6 +3,7 @@
 #include "client/card/TimeChange.h"
 
 #include "client/card/ReadBack.h"
+#include "client/model/Remedy.h"
 #include "client/wire/Phase.h"
 
 #include <fmt/core.h>
@@ -16,7 +17,8 @@ constexpr const char* readingBack = "reading the time reference back";
 Failure interruptedSetting(bool told)
 {
     return {ExitCode::interrupted, Category::interrupted, setting,
-            told ? "the card may have the new time reference or the former one; `tarvelctl time get` tells"
+            told ? fmt::format("the card may have the new time reference or the former one; `{}` tells",
+                               wordOf(Remedy::readTime))
                  : "interrupted; nothing was sent"};
 }
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/Network.h"
 
+#include "client/model/Remedy.h"
 #include "client/wire/CausesOfSilence.h"
 #include "client/wire/HostInterfaces.h"
 
@@ -20,7 +21,10 @@ Failure nobodyAnswered(const std::string& name)
             fmt::format("nobody answered as \"{}\": {}", name, causesOfSilence())};
 }
 
-constexpr const char* leavesOut = "; -i leaves an interface out";
+std::string leavesOut()
+{
+    return fmt::format("; {} leaves an interface out", wordOf(Remedy::chooseInterface));
+}
 
 Failure notSent(std::string hint)
 {
@@ -159,7 +163,7 @@ std::optional<Failure> Network::broadcast(const std::vector<BroadcastSocket>& so
     for (const auto& [interface, error] : failed) {
         const std::string what =
             fmt::format("{} took no broadcast, so that nobody there was asked: {}", interface, ::strerror(error));
-        unasked = notSent(what + leavesOut);
+        unasked = notSent(what + leavesOut());
         if (reach == Reach::allInterfaces) {
             throw Failure(*unasked);
         }
@@ -176,7 +180,7 @@ std::optional<Failure> Network::leftOut() const
     if (down.empty()) {
         return std::nullopt;
     }
-    return notSent(fmt::format("{} is down, so that nobody there was asked{}", down.front(), leavesOut));
+    return notSent(fmt::format("{} is down, so that nobody there was asked{}", down.front(), leavesOut()));
 }
 
 bool Listening::takesOneMore(std::size_t sockets)

@@ -3,11 +3,16 @@
 #include "client/cli/Cli.h"
 
 #include "client/model/Failure.h"
+#include "client/model/Remedy.h"
 #include "unit/client/FailureOf.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <set>
+#include <sstream>
+#include <string>
 
 namespace
 {
@@ -136,6 +141,23 @@ TEST(CommandLineTest, ListsEveryExitStatusInItsHelp)
         EXPECT_NE(line.text.find(fmt::format("\n  {:<5}{}", static_cast<int>(status.code), status.meaning)),
                   std::string::npos)
             << status.meaning;
+    }
+}
+
+// Such as "--force", or "tarvelctl time get": what a failure tells people to type is there to be typed.
+TEST(CommandLineTest, KnowsEveryRemedyThatAFailureNames)
+{
+    CommandLine line;
+    parse(line, {"--help"});
+    std::ranges::replace(line.text, ',', ' ');
+    std::istringstream help(line.text);
+    std::set<std::string> known{std::istream_iterator<std::string>(help), {}};
+    for (const CommandRow& row : commandTable()) {
+        known.insert(fmt::format("tarvelctl {}", row.name));
+    }
+    for (int number = 0; number <= static_cast<int>(Remedy::rescueAddress); ++number) {
+        const std::string word(wordOf(static_cast<Remedy>(number)));
+        EXPECT_TRUE(known.contains(word)) << number << " " << word;
     }
 }
 
