@@ -95,9 +95,9 @@ void Contents::begin(const ArchiveMember& member)
 void Contents::beginHardLink(const std::string& target)
 {
     // One to a member that comes later is one to nothing, as when it is unpacked.
-    const auto first = tree.find(target);
-    if (first != tree.end() && !std::holds_alternative<Directory>(first->second)) {
-        entry = first->second;
+    const std::optional<Entry> first = tree.at(target);
+    if (first && !std::holds_alternative<Directory>(*first)) {
+        entry = *first;
         text = textOf(target);
     }
 }
@@ -110,17 +110,28 @@ void Contents::add(std::uint64_t offset, std::span<const std::byte> piece)
     }
 }
 
+// To unpack a member makes the directories that lead to it.
+void Contents::makeWay()
+{
+    for (std::string way = parentOf(place); !way.empty() && !tree.at(way); way = parentOf(way)) {
+        tree.put(way, Directory());
+    }
+}
+
 void Contents::end()
 {
+    makeWay();
     if (kind == MemberKind::directory) {
-        tree.try_emplace(place, Directory());
+        if (!tree.at(place)) {
+            tree.put(place, Directory());
+        }
         return;
     }
     if (kind == MemberKind::file) {
         fill(size);
         entry = digest.finish();
     }
-    tree[place] = std::move(entry);
+    tree.put(place, entry);
     if (const auto wanted = texts.find(place); wanted != texts.end()) {
         wanted->second = std::move(text);
     }
@@ -145,12 +156,9 @@ void Contents::take(std::span<const std::byte> piece)
     }
 }
 
-std::vector<std::string> Contents::files() const
+void Contents::forEachFile(const std::function<void(const std::string&)>& visit) const
 {
-    std::vector<std::string> all;
-    all.reserve(paths.size());
-    paths.forEach([&](const ArchiveMember& member) { all.push_back(member.path); });
-    return all;
+    paths.forEach([&](const ArchiveMember& member) { visit(member.path); });
 }
 
 std::optional<std::string> Contents::digestOf(std::string_view path) const
@@ -188,17 +196,12 @@ Contents::Entry Contents::entryAt(const std::string& where) const
     if (where.empty()) {
         return Directory(); // the one where the archive is unpacked
     }
-    if (const auto found = tree.find(where); found != tree.end()) {
-        return found->second;
-    }
-    // To unpack a member makes the directories that lead to it.
-    const std::string start = where + "/";
-    const auto next = tree.lower_bound(start);
-    return next != tree.end() && next->first.starts_with(start) ? Entry(Directory()) : Entry(Nothing());
+    return tree.at(where).value_or(Nothing());
 }
 
-std::optional<std::string> Contents::textOf(const std::string& path) const
+const std::optional<std::string>& Contents::textOf(const std::string& path) const
 {
+    static const std::optional<std::string> none;
     const auto found = texts.find(path);
-    return found != texts.end() ? found->second : std::nullopt;
+    return found != texts.end() ? found->second : none;
 }

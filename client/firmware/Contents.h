@@ -3,16 +3,17 @@
 #pragma once
 
 #include "client/firmware/MemberList.h"
+#include "client/firmware/PlaceTable.h"
 #include "client/firmware/Sha256.h"
 #include "hardening/MemberRules.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
 // What will lie in the directory where an archive is unpacked: the digests of its files, and the texts of those that
@@ -30,38 +31,30 @@ public:
     void add(std::uint64_t offset, std::span<const std::byte> piece);
     void end();
 
-    // The paths of all members but the directories, without "./" in front.
-    [[nodiscard]] std::vector<std::string> files() const;
+    // With the paths of all members but the directories, without "./" in front.
+    void forEachFile(const std::function<void(const std::string&)>& visit) const;
 
     // In hexadecimal, of the file that a path leads to, behind links, too; nothing if it leads to none.
     [[nodiscard]] std::optional<std::string> digestOf(std::string_view path) const;
 
     // What is in a file whose text is kept; nothing if it is none, or a longer one.
-    [[nodiscard]] std::optional<std::string> textOf(const std::string& path) const;
+    [[nodiscard]] const std::optional<std::string>& textOf(const std::string& path) const;
 
 private:
-    // A hard link to no file.
-    using Nothing = std::monostate;
-
-    // One that is a member; the others are known by what is in them.
-    struct Directory {
-    };
-
-    struct Link {
-        std::string target;
-    };
-
-    // Small, because there may be hundreds of thousands of them.
-    using Entry = std::variant<Nothing, Directory, Sha256Sum, Link>;
+    using Nothing = PlaceTable::Nothing;
+    using Directory = PlaceTable::Directory;
+    using Link = PlaceTable::Link;
+    using Entry = PlaceTable::Entry;
 
     void fill(std::uint64_t offset);
     void take(std::span<const std::byte> piece);
     void beginHardLink(const std::string& target);
+    void makeWay();
     [[nodiscard]] Entry entryAt(const std::string& where) const;
 
     std::map<std::string, std::optional<std::string>> texts;
     MemberList paths;
-    std::map<std::string, Entry> tree; // by their places, with single slashes
+    PlaceTable tree; // by their places, with single slashes
     // The member that is being read:
     std::string place;
     MemberKind kind = MemberKind::directory;

@@ -58,6 +58,17 @@ std::string firstLineOf(const std::string& path)
     return line;
 }
 
+bool isSigned(const Contents& contents)
+{
+    std::vector<std::string> signs;
+    contents.forEachFile([&](const std::string& file) {
+        if (file == sumsName || file == signatureName) {
+            signs.push_back(file);
+        }
+    });
+    return hasSignature(signs);
+}
+
 void compare(const Contents& contents, const FirmwareSums& sums, Problems& problems)
 {
     for (const FileSum& listed : sums.files) {
@@ -82,12 +93,11 @@ SignatureKey::SignatureKey(std::string path, std::string text)
 
 std::vector<std::string> SignatureKey::problemsWith(const Contents& contents) const
 {
-    const std::vector<std::string> files = contents.files();
-    if (!hasSignature(files)) {
+    if (!isSigned(contents)) {
         return {fmt::format("it is not signed: it has no {} and {}", sumsName, signatureName)};
     }
-    const std::optional<std::string> text = contents.textOf(sumsName);
-    const std::optional<std::string> signature = contents.textOf(signatureName);
+    const std::optional<std::string>& text = contents.textOf(sumsName);
+    const std::optional<std::string>& signature = contents.textOf(signatureName);
     if (!text || !signature) {
         return {fmt::format("its {} or {} is no plain file of at most {} bytes", sumsName, signatureName,
                             Contents::longestText)};
@@ -101,9 +111,12 @@ std::vector<std::string> SignatureKey::problemsWith(const Contents& contents) co
         return {fmt::format("line {} of its {} is none that sha256sum writes", sums.strangeLine, sumsName)};
     }
     Problems problems;
-    for (const std::string& file : unlistedOf(files, sums)) {
-        problems.note(file, fmt::format("is not in its {}", sumsName));
-    }
+    const ListedFiles listing(sums);
+    contents.forEachFile([&](const std::string& file) {
+        if (!listing.has(file)) {
+            problems.note(file, fmt::format("is not in its {}", sumsName));
+        }
+    });
     compare(contents, sums, problems);
     std::vector<std::string> told;
     problems.tell(told);

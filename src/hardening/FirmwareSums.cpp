@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <set>
 
 namespace
 {
@@ -51,14 +50,25 @@ bool hasSignature(const std::vector<std::string>& files)
 
 std::vector<std::string> unlistedOf(const std::vector<std::string>& files, const FirmwareSums& sums)
 {
-    std::set<std::string_view> listed = {sumsName, signatureName};
-    for (const FileSum& sum : sums.files) {
-        listed.insert(sum.path);
-    }
+    const ListedFiles listing(sums);
     std::vector<std::string> unlisted;
     std::copy_if(files.begin(), files.end(), std::back_inserter(unlisted),
-                 [&](const std::string& file) { return !listed.contains(file); });
+                 [&](const std::string& file) { return !listing.has(file); });
     return unlisted;
+}
+
+ListedFiles::ListedFiles(const FirmwareSums& sums) : listed{sumsName, signatureName}
+{
+    listed.reserve(listed.size() + sums.files.size());
+    for (const FileSum& sum : sums.files) {
+        listed.push_back(sum.path);
+    }
+    std::sort(listed.begin(), listed.end());
+}
+
+bool ListedFiles::has(std::string_view file) const
+{
+    return std::binary_search(listed.begin(), listed.end(), file);
 }
 
 std::string withoutStart(std::string_view path)

@@ -32,5 +32,17 @@ struct FirmwareSums {
 // Those of the files that are neither in the sums nor what has them or signs them.
 [[nodiscard]] std::vector<std::string> unlistedOf(const std::vector<std::string>& files, const FirmwareSums& sums);
 
+// The same for files that are told one after another. The sums must outlive it.
+class ListedFiles
+{
+public:
+    explicit ListedFiles(const FirmwareSums& sums);
+
+    [[nodiscard]] bool has(std::string_view file) const;
+
+private:
+    std::vector<std::string_view> listed; // sorted
+};
+
 // How sums and archives are compared: they may write "./" in front, or not.
 [[nodiscard]] std::string withoutStart(std::string_view path);

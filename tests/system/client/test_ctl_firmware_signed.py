@@ -2,16 +2,20 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """tarvelctl firmware check --key"""
 
+import hashlib
 import re
 import subprocess
+import tarfile
 from pathlib import Path
 
 import pytest
-from support.archives import archive
-from support.ctl import Ctl
+from support.archives import archive, archive_of_many, name_of_many
+from support.ctl import Answer, Ctl
 from support.daemon import ROOT
 from support.signing import Maker, changed
 
+MANY = 300_000
+MOST_KIBIBYTES = 40 * 1024
 FILES = {"pnr/kernel": b"KERN-7.0.0\n", "./pnr/squashfs image": b"8.8"}
 
 
@@ -87,6 +91,28 @@ def test_check_with_a_key_needs_a_program_that_verifies(ctl: Ctl, tmp_path: Path
     (tmp_path / "usign").write_bytes(Path("/usr/bin/signify-openbsd").read_bytes())
     (tmp_path / "usign").chmod(0o755)
     assert ctl("firmware", "check", "--key", str(maker.public), path).code == 0
+
+
+def limited(ctl: Ctl, *words: str) -> Answer:
+    """With the memory that it may take."""
+    command = ["sh", "-c", 'ulimit -d "$1" && shift && exec "$@"', "sh", str(MOST_KIBIBYTES), str(ctl.program), *words]
+    done = subprocess.run(command, env=ctl.environment, capture_output=True, text=True, check=False)
+    return Answer(done.returncode, "", done.stderr)
+
+
+def test_check_with_a_key_needs_little_memory_for_many_files(ctl: Ctl, tmp_path: Path, maker: Maker) -> None:
+    if b"__asan_init" in ctl.program.read_bytes():
+        pytest.skip("sanitizers need memory of their own")
+    lines = [f"{hashlib.sha256(b'').hexdigest()}  {name_of_many(index)}\n" for index in range(MANY)]
+    refusals = {MANY: "is no plain file of at most 4194304 bytes", 40_000: f"member{40_000:06} is not in its SHA256SUMS"}
+    for listed, refusal in refusals.items():
+        sums = "".join(lines[:listed]).encode()
+        path = tmp_path / "many.tar.gz"
+        signed = {"SHA256SUMS": sums, "SHA256SUMS.sig": maker.sign(sums)}
+        path.write_bytes(archive_of_many(MANY, tarfile.REGTYPE, signed))
+        answer = limited(ctl, "--quiet", "firmware", "check", "--key", str(maker.public), str(path))
+        assert answer.code == 10
+        assert refusal in answer.err
 
 
 def test_check_with_a_key_leaves_nothing_behind(ctl: Ctl, tmp_path: Path, maker: Maker) -> None:

@@ -61,8 +61,12 @@ def archive_of_zeros() -> bytes:
     return gzip.compress(header) + gzip.compress(bytes(1 << 20), mtime=0) * 1000 + gzip.compress(bytes(1024))
 
 
-def archive_of_many(number: int, kind: bytes) -> bytes:
-    """So many members without content; links lead to a name beside them."""
+def name_of_many(index: int) -> str:
+    return f"usr/lib/component{index // 1000:03}/member{index:06}"
+
+
+def archive_of_many(number: int, kind: bytes, more: Mapping[str, bytes] | None = None) -> bytes:
+    """So many members without content; links lead to a name beside them. More files may follow."""
     member = tarfile.TarInfo("usr/lib/component000/member000000")
     member.type = kind
     member.linkname = "target" if kind == tarfile.SYMTYPE else ""
@@ -70,8 +74,11 @@ def archive_of_many(number: int, kind: bytes) -> bytes:
     packer = zlib.compressobj(1, wbits=31)
     packed = []
     for index in range(number):
-        name = f"usr/lib/component{index // 1000:03}/member{index:06}".encode()
-        packed.append(packer.compress(_renamed(header, name)))
+        packed.append(packer.compress(_renamed(header, name_of_many(index).encode())))
+    for name, content in (more or {}).items():
+        file = tarfile.TarInfo(name)
+        file.size = len(content)
+        packed.append(packer.compress(file.tobuf(tarfile.USTAR_FORMAT) + content + bytes(-len(content) % 512)))
     return b"".join((*packed, packer.compress(bytes(1024)), packer.flush()))
 
 

@@ -62,6 +62,9 @@ TEST(FirmwareSumsTest, AllOthersHaveToBeListed)
     const FirmwareSums sums = readSums(someDigest + "  ./d/f\n" + someDigest + "  g\n");
     EXPECT_EQ(unlistedOf({"g", "d/f", "SHA256SUMS", "SHA256SUMS.sig"}, sums), Texts{});
     EXPECT_EQ(unlistedOf({"f", "d/f", "d/g"}, sums), (Texts{"f", "d/g"}));
+    const ListedFiles listing(sums);
+    EXPECT_TRUE(listing.has("g") && listing.has("d/f") && listing.has("SHA256SUMS"));
+    EXPECT_FALSE(listing.has("f") || listing.has("d/g"));
 }
 
 TEST(FirmwareSumsTest, OnlyTheStartOfAPathIsLeftOut)

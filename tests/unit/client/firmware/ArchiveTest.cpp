@@ -274,7 +274,9 @@ TEST_F(ArchiveTest, TellsWhatIsInItToWhoWantsToKnow)
     pack("good.tar.gz", true);
     Contents contents({"pnr/kernel"});
     static_cast<void>(inspectArchive(file("good.tar.gz"), goOn, mostUnpacked, &contents));
-    EXPECT_EQ(contents.files(), (std::vector<std::string>{"pnr/kernel", "pnr/link"}));
+    std::vector<std::string> files;
+    contents.forEachFile([&](const std::string& path) { files.push_back(path); });
+    EXPECT_EQ(files, (std::vector<std::string>{"pnr/kernel", "pnr/link"}));
     EXPECT_EQ(contents.textOf("pnr/kernel"), "KERN\n");
     EXPECT_EQ(contents.digestOf("pnr/link"), contents.digestOf("pnr/kernel"));
     EXPECT_NE(contents.digestOf("pnr/link"), std::nullopt);

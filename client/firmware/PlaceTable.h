@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#pragma once
+
+#include "client/firmware/Sha256.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+// What lies at which place, in little room, because there may be hundreds of thousands of them: of a place only a
+// digest is kept, long enough that nobody finds two places with the same one.
+class PlaceTable
+{
+public:
+    // A hard link to no file.
+    using Nothing = std::monostate;
+
+    struct Directory {
+    };
+
+    struct Link {
+        std::string target;
+    };
+
+    // A file is known by what is in it.
+    using Entry = std::variant<Nothing, Directory, Sha256Sum, Link>;
+
+    void put(const std::string& place, const Entry& entry); // instead of what lies there
+    [[nodiscard]] std::optional<Entry> at(const std::string& place) const;
+
+private:
+    using Key = std::array<std::uint32_t, 5>;
+
+    struct Record {
+        Key key;
+        std::uint32_t kind; // the index in Entry
+        Sha256Sum sum;      // of a link: where its target begins, in two words, and how long it is
+    };
+
+    [[nodiscard]] static Key keyOf(const std::string& place);
+    [[nodiscard]] std::size_t slotOf(const Key& key) const; // its own, or the free one where it belongs
+    [[nodiscard]] Sha256Sum packed(const std::string& target);
+    [[nodiscard]] std::string unpacked(const Sha256Sum& where) const;
+    void grow();
+
+    std::deque<Record> records;       // grow without being copied
+    std::vector<std::uint32_t> slots; // 1 + the number of a record, or 0; never full
+    std::deque<char> targets;
+};
