@@ -7,6 +7,7 @@
 #include "client/firmware/Archive.h"
 #include "client/firmware/Signature.h"
 #include "client/output/Console.h"
+#include "client/output/Report.h"
 #include "client/output/Writer.h"
 
 #include <fmt/core.h>
@@ -62,7 +63,7 @@ public:
         context.writer.begin("firmware check", columns);
         context.writer.add(result);
         context.writer.end(result.code);
-        tell(context, archive);
+        tell(context, archive, result);
         return result.code;
     }
 
@@ -86,15 +87,14 @@ private:
     }
 
     // The result has them in one hint; people read one a line.
-    void tell(const Context& context, const Archive& archive) const
+    void tell(const Context& context, const Archive& archive, const Result& result) const
     {
         for (const std::string& warning : archive.warnings) {
             context.console.warning(fmt::format("{}: {}", archive.path, warning));
         }
-        for (const std::string& problem : archive.problems) {
-            context.console.error(fmt::format("{}: {}", archive.path, problem));
-        }
-        if (archive.problems.empty()) {
+        if (!archive.problems.empty()) {
+            Report(context.console).tellAll(result, archive.problems);
+        } else {
             context.console.note(fmt::format("{}: nothing in it that a card must not get", archive.path));
             if (keyPath) {
                 context.console.note(fmt::format("{}: signed by {}", archive.path, *keyPath));

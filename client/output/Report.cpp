@@ -91,6 +91,15 @@ void Report::tell(const Result& result)
     }
 }
 
+void Report::tellAll(const Result& failed, const std::vector<std::string>& sentences) const
+{
+    std::string text = headOf(failed);
+    for (const std::string& sentence : sentences) {
+        text += fmt::format("\n  {}", printable(sentence));
+    }
+    console.error(text);
+}
+
 void Report::count(const std::vector<Result>& results) const
 {
     std::vector<std::pair<Category, std::size_t>> counts{{Category::none, 0}}; // in the order in which they came

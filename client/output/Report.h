@@ -18,6 +18,8 @@ public:
     explicit Report(const Console& newConsole) : console(newConsole) {}
 
     void tell(const Result& result);
+    // The same of a failure of which there are several sentences to say, each on a line of its own.
+    void tellAll(const Result& failed, const std::vector<std::string>& sentences) const;
     // "8 ok, 100 not found"; nothing for a single target, or if all are well.
     void count(const std::vector<Result>& results) const;
 

@@ -45,6 +45,11 @@ def test_check_lists_what_is_in_an_archive(ctl: Ctl, good: str) -> None:
 def test_check_tells_every_reason_to_refuse_an_archive(ctl: Ctl, evil: str) -> None:
     answer = ctl("firmware", "check", evil)
     assert answer.code == 10
+    head, *problems = answer.err.splitlines()
+    assert head.startswith("error: ")
+    assert "bad-archive while checking the archive" in answer.err
+    assert len(head) <= 80
+    assert all(line.startswith("  ") for line in problems)
     assert "../etc/passwd climbs out" in answer.err
     assert "system.@system0.hostname is what the card's shell" in answer.err
 

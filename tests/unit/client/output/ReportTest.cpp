@@ -42,6 +42,18 @@ TEST(ReportTest, TellsALongHintOnceForEachCategory)
                   longHint + "\n0 ok, 2 not found, 1 timeout\n");
 }
 
+TEST(ReportTest, TellsSeveralSentencesOfAFailureBelowItsLine)
+{
+    const Console console(false, false);
+    testing::internal::CaptureStderr();
+    Report(console).tellAll(failed(std::string(100, 'x')), {"one", "an\nother"});
+    const std::string text = testing::internal::GetCapturedStderr();
+    const std::string head = text.substr(0, text.find('\n'));
+    EXPECT_LE(head.size(), 80U);
+    EXPECT_NE(text.find("not-found while looking for the card"), std::string::npos);
+    EXPECT_TRUE(text.ends_with("\n  one\n  an\\x0aother\n")) << text;
+}
+
 TEST(ReportTest, TakesAHintThatDiffersInTheTargetAloneForTheSame)
 {
     const std::string rest = " has no address on this network; there are ways to give it one, and here they are";
