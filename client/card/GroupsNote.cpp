@@ -27,6 +27,13 @@ Failure notHeard(const Target& target, const Failure& silence)
                         wordOf(Remedy::believeGroups))};
 }
 
+Failure severalNames(const std::string& doubt)
+{
+    return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
+            fmt::format("{}; nothing was sent, also with {}. Give the name that is meant", doubt,
+                        wordOf(Remedy::goOnAllTheSame))};
+}
+
 Task<std::optional<CardReply>> confirmNote(Network& network, Target target)
 {
     const std::string& noted = target.endpoint->address;

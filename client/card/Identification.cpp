@@ -85,7 +85,7 @@ std::vector<std::string> Identification::namesToAsk(const std::vector<Target>& t
     std::set<std::string> known;
     std::vector<std::string> names;
     for (const Target& target : targets) {
-        if (asksFor(target) && known.insert(target.name).second) {
+        if (asksFor(target) && !target.doubtOfName() && known.insert(target.name).second) {
             names.push_back(target.name);
         }
     }
@@ -95,6 +95,10 @@ std::vector<std::string> Identification::namesToAsk(const std::vector<Target>& t
 Task<void> Identification::identify(Identified& card, Lookup& lookup) const
 {
     if (!asksFor(card.target)) {
+        co_return;
+    }
+    if (const std::optional<std::string> doubt = card.target.doubtOfName()) {
+        card.refusal = severalNames(*doubt);
         co_return;
     }
     try {

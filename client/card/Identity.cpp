@@ -124,10 +124,10 @@ Task<Endpoint> locate(Network& network, const Target& target)
     if (target.endpoint) {
         co_return *target.endpoint;
     }
-    std::optional<CardReply> card = target.heard;
-    if (!card) {
-        card = co_await queryCard(network, target.name);
+    if (target.heard) {
+        co_return endpointOf(target.name, *target.heard);
     }
-    card = co_await reachableAnswer(network, target.name, *card);
-    co_return endpointOf(target.name, *card);
+    const CardReply first = co_await queryCard(network, target.name);
+    const CardReply card = co_await reachableAnswer(network, target.name, first);
+    co_return endpointOf(target.name, card);
 }

@@ -27,10 +27,14 @@ LastHeard LastHeard::parse(std::string_view text)
 {
     LastHeard known;
     std::istringstream lines{std::string(text)};
-    std::string name;
-    Hearing hearing;
-    while (lines >> name >> hearing.address >> hearing.moment) {
-        known.hearings[name] = hearing;
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::string name;
+        Hearing hearing;
+        if (words >> name >> hearing.address >> hearing.moment) {
+            words >> hearing.interface;
+            known.hearings[name] = hearing;
+        }
     }
     return known;
 }
@@ -41,16 +45,17 @@ std::optional<LastHeard::Hearing> LastHeard::of(const std::string& name) const
     return found == hearings.end() ? std::nullopt : std::optional(found->second);
 }
 
-void LastHeard::note(const std::string& name, std::string address, std::int64_t moment)
+void LastHeard::note(const std::string& name, Hearing hearing)
 {
-    hearings[plainWord(name)] = {std::move(address), moment};
+    hearings[plainWord(name)] = std::move(hearing);
 }
 
 std::string LastHeard::text() const
 {
     std::string text;
     for (const auto& [name, hearing] : hearings) {
-        text += fmt::format("{} {} {}\n", name, hearing.address, hearing.moment);
+        const char* const gap = hearing.interface.empty() ? "" : " ";
+        text += fmt::format("{} {} {}{}{}\n", name, hearing.address, hearing.moment, gap, hearing.interface);
     }
     return text;
 }

@@ -16,6 +16,7 @@ public:
     struct Hearing {
         std::string address;     // 0.0.0.0: no connection led to where it was heard from
         std::int64_t moment = 0; // seconds since 1970
+        std::string interface;   // on which; empty: it was not noted, as by programs before this one
     };
 
     // What was remembered; nothing if that cannot be read.
@@ -23,7 +24,7 @@ public:
     static LastHeard parse(std::string_view text);
 
     [[nodiscard]] std::optional<Hearing> of(const std::string& name) const;
-    void note(const std::string& name, std::string address, std::int64_t moment);
+    void note(const std::string& name, Hearing hearing);
     [[nodiscard]] std::string text() const;
     // Adds to what is remembered, by other runs meanwhile, too. A failure is none of the user's concern: the next run
     // knows less.

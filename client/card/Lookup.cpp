@@ -5,6 +5,7 @@
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
 #include "client/model/CalendarTime.h"
+#include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,7 +36,7 @@ Lookup::Lookup(Network& newNetwork, const std::vector<std::string>& names, std::
 
 void Lookup::add(const std::string& name)
 {
-    asked.emplace_back(Asked{name, {}, {}, Signal(network.eventLoop())});
+    asked.emplace_back(Asked{.name = name, .requests = {}, .answers = {}, .isOver = Signal(network.eventLoop())});
 }
 
 // A card that answers two requests is not two cards.
@@ -63,9 +64,7 @@ Task<void> Lookup::run(std::size_t enough)
     } catch (...) {
         error = std::current_exception();
     }
-    if (heard > 0 && !hearsOut) {
-        lastHeard.save();
-    }
+    save();
     for (Asked& one : asked) {
         one.isOver.set();
     }
@@ -172,14 +171,33 @@ void Lookup::note(Asked& one, CardReply answer)
         return;
     }
     one.answers.push_back(std::move(answer));
+    remember(one, one.answers.back());
     if (one.answers.size() > 1) {
         return;
     }
     ++heard;
     heardOut = after(listening);
-    const std::optional<Endpoint> way = wayTo(one.answers.front());
-    lastHeard.note(one.name, way ? way->address : std::string(noAddress), secondsNow());
     one.isOver.set();
+}
+
+// The first answer need not be the one that a way leads to.
+void Lookup::remember(Asked& one, const CardReply& answer)
+{
+    const std::optional<Endpoint> way = wayTo(answer);
+    if (one.hasWay || (!way && one.answers.size() > 1)) {
+        return;
+    }
+    one.hasWay = way.has_value();
+    lastHeard.note(one.name, {way ? way->address : std::string(noAddress), secondsNow(), answer.interface});
+    isNews = true;
+}
+
+void Lookup::save()
+{
+    if (isNews && !hearsOut) {
+        lastHeard.save();
+        isNews = false;
+    }
 }
 
 Lookup::Asked& Lookup::entryOf(const std::string& name)
@@ -219,6 +237,7 @@ std::vector<std::string> Lookup::secondAnswers()
             take(*datagram);
         }
     }
+    save();
     std::vector<std::string> doubts;
     for (const Asked& one : asked) {
         const std::optional<std::string> why = ambiguityOf(one.answers);
@@ -227,6 +246,27 @@ std::vector<std::string> Lookup::secondAnswers()
         }
     }
     return doubts;
+}
+
+Task<CardReply> Lookup::reachableAnswerOf(std::string name)
+{
+    Asked& one = entryOf(name);
+    CardReply answer = co_await reachableAnswer(network, std::move(name), one.answers.front());
+    remember(one, answer);
+    save();
+    co_return answer;
+}
+
+// The interface of a hearing that does not tell it, if there is no doubt.
+std::string Lookup::interfaceOf(const LastHeard::Hearing& hearing) const
+{
+    std::string only = hearing.interface;
+    for (const BroadcastSocket& socket : sockets) {
+        if (hearing.interface.empty() && isInNetworkOf(socket.interface(), hearing.address)) {
+            only = only.empty() ? socket.interface() : "";
+        }
+    }
+    return only;
 }
 
 Task<Silence> Lookup::explainSilence(std::string name)
@@ -238,8 +278,9 @@ Task<Silence> Lookup::explainSilence(std::string name)
     std::string thereNow;
     if (last->address != noAddress) {
         explained = explained.value_or(network.deadline());
-        const Endpoint there{last->address};
-        thereNow = co_await whatIsAt(network, there, *explained);
+        const Endpoint there{last->address, cardPort, interfaceOf(*last)};
+        const Asking asking = unasked(there.interface) ? Asking::inVain : Asking::done;
+        thereNow = co_await whatIsAt(network, there, asking, *explained);
     }
     co_return silenceSince(*last, thereNow);
 }

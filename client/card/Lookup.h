@@ -42,6 +42,9 @@ public:
     // Throws what ended the asking early. The name must be one of those that were given.
     Task<std::optional<CardReply>> answerOf(std::string name);
 
+    // The same of a name that was answered, if a way leads there, else a later answer: see reachableAnswer.
+    Task<CardReply> reachableAnswerOf(std::string name);
+
     // Why silence until now tells nothing of a card that may be, or once was heard, on an interface of this machine:
     // nobody was asked there. Nothing if all were.
     [[nodiscard]] std::optional<Failure> unasked(const std::string& interface) const;
@@ -59,6 +62,7 @@ private:
         std::vector<Request> requests; // each with a sequence number of its own
         std::vector<CardReply> answers;
         Signal isOver;
+        bool hasWay = false; // to where it was last heard, as remembered
     };
 
     void add(const std::string& name);
@@ -69,6 +73,9 @@ private:
     Task<void> listenOut();
     void take(const Datagram& datagram);
     void note(Asked& one, CardReply answer);
+    void remember(Asked& one, const CardReply& answer);
+    void save();
+    [[nodiscard]] std::string interfaceOf(const LastHeard::Hearing& hearing) const;
     [[nodiscard]] bool isDone() const { return heard >= wanted; }
     [[nodiscard]] Asked& entryOf(const std::string& name);
 
@@ -85,4 +92,5 @@ private:
     std::exception_ptr error;
     std::optional<Failure> notAsked; // why somebody was not
     LastHeard lastHeard;
+    bool isNews = false; // not saved yet
 };

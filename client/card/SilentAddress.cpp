@@ -13,13 +13,17 @@
 namespace
 {
 
-constexpr const char* answersAsAnother = "answers as a card, but not by this name";
+std::string asACard(Asking asking)
+{
+    return asking == Asking::done ? "answers as a card, but not by this name"
+                                  : "answers as a card; the name could not be asked for there";
+}
 
 // What one sees of a host that told no versions.
-std::string whatWasSeen(const Failure& failure)
+std::string whatWasSeen(const Failure& failure, Asking asking)
 {
     if (failure.code == ExitCode::refusedByCard) {
-        return answersAsAnother;
+        return asACard(asking);
     }
     switch (failure.category) {
     case Category::timeout:
@@ -31,6 +35,7 @@ std::string whatWasSeen(const Failure& failure)
     case Category::connectTimeout:
     case Category::noRoute:
         return "takes no connection";
+    case Category::noInterface:
     case Category::noNetwork:
     case Category::noSocket:
         return "was not looked at: " + failure.hint;
@@ -61,7 +66,7 @@ Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow
     return silence;
 }
 
-Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline)
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint, Asking asking, TimePoint deadline)
 {
     if (!network.admitsProbes()) {
         co_return "was not looked at";
@@ -69,13 +74,19 @@ Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadli
     if (!isInAnyNetwork(endpoint.address)) {
         co_return "is in none of this machine's networks now";
     }
+    if (endpoint.interface.empty()) {
+        co_return "was not looked at: on which network it was heard is not known";
+    }
+    if (!isInNetworkOf(endpoint.interface, endpoint.address)) {
+        co_return fmt::format("was not looked at: it is in no network of {} now", endpoint.interface);
+    }
     if (Clock::now() >= deadline) {
         co_return "was not looked at: others took the time";
     }
     try { // one connection: a card that stands still keeps no second one waiting
         co_await queryVersionsUntil(network, endpoint, deadline);
-        co_return answersAsAnother;
+        co_return asACard(asking);
     } catch (const Failure& failure) {
-        co_return whatWasSeen(failure);
+        co_return whatWasSeen(failure, asking);
     }
 }

@@ -19,7 +19,10 @@ struct Silence {
 [[nodiscard]] Silence neverHeard();
 [[nodiscard]] Silence silenceSince(const LastHeard::Hearing& last, const std::string& thereNow);
 
+// Was the name asked for where it was last heard?
+enum class Asking { done, inVain };
+
 // What was seen, until the deadline, of the address where a name that is silent now was last heard: the rest of
-// "an address that", such as "refuses connections". Contacts nobody in a dry run, nor behind a router, where the
-// address may be anybody's.
-Task<std::string> whatIsAt(Network& network, Endpoint endpoint, TimePoint deadline);
+// "an address that", such as "refuses connections". Contacts nobody in a dry run, and looks on the interface of the
+// endpoint only, where it is in no network behind a router: elsewhere the address may be anybody's.
+Task<std::string> whatIsAt(Network& network, Endpoint endpoint, Asking asking, TimePoint deadline);

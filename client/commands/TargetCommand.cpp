@@ -43,6 +43,15 @@ void tellWarnings(const Console& console, const std::vector<Identified>& cards)
     }
 }
 
+void warnOfNames(const Console& console, const std::vector<Target>& targets)
+{
+    for (const Target& target : targets) {
+        if (const std::optional<std::string> doubt = target.doubtOfName()) {
+            console.warning(fmt::format("{}; {} is meant", *doubt, target.name));
+        }
+    }
+}
+
 // Two jobs on one card would come into each other's way, and the second might undo the first.
 std::vector<Identified> withoutRepetitions(std::vector<Identified> cards)
 {
@@ -92,6 +101,7 @@ bool TargetCommand::printsAtOnce(const Context& context) const
 std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Target> targets)
 {
     if (!changesCards()) {
+        warnOfNames(context.console, takes() == Takes::namesOnly ? targets : std::vector<Target>());
         return withoutQuestions(std::move(targets));
     }
     const GlobalOptions& options = context.options;

@@ -116,6 +116,9 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         std::ranges::copy(silence.fields, std::back_inserter(result.fields));
         throw Failure(silence.failure);
     }
+    if (isLookedUp && takes() == Takes::namesOrAddresses) {
+        target.heard = co_await run.lookup.reachableAnswerOf(target.name);
+    }
     co_await lookAgain(run.context, target);
     // For a command that is one question, and has no phase of its own.
     co_await inPhase(waitingForAnswer, work(run.context, target, result));

@@ -91,14 +91,15 @@ std::optional<std::string> Inventory::addressOf(const std::string& name) const
     return found == addresses.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::optional<std::string> Inventory::nameOf(const std::string& address) const
+std::vector<std::string> Inventory::namesOf(const std::string& address) const
 {
+    std::vector<std::string> names;
     for (const auto& [name, cardAddress] : addresses) {
         if (cardAddress == address) {
-            return name;
+            names.push_back(name);
         }
     }
-    return std::nullopt;
+    return names;
 }
 
 const std::vector<std::string>& Inventory::membersOf(const std::string& group) const

@@ -26,7 +26,7 @@ public:
 
     // What stands in a line of its own; nothing if there is none.
     [[nodiscard]] std::optional<std::string> addressOf(const std::string& name) const;
-    [[nodiscard]] std::optional<std::string> nameOf(const std::string& address) const;
+    [[nodiscard]] std::vector<std::string> namesOf(const std::string& address) const; // in alphabetical order
     // The words after "@group" as they were written; throws a usage Failure for an unknown group.
     [[nodiscard]] const std::vector<std::string>& membersOf(const std::string& group) const;
 

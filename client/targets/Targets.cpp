@@ -89,7 +89,11 @@ private:
         }
         if (target.endpoint) {
             // By what was typed, with its port: many cards may be forwarded from one address.
-            target.name = inventory.nameOf(label).value_or("");
+            target.otherNames = inventory.namesOf(label);
+            if (!target.otherNames.empty()) {
+                target.name = target.otherNames.front();
+                target.otherNames.erase(target.otherNames.begin());
+            }
         } else {
             target.name = label;
             const std::optional<std::string> address = inventory.addressOf(label);

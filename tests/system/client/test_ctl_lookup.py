@@ -3,6 +3,7 @@
 """Many names, and some of them nobody's."""
 
 import signal
+import subprocess
 from collections import Counter
 
 import pytest
@@ -115,6 +116,34 @@ def test_what_was_heard_before_is_never_an_address(ctl: Ctl, rack: list[Card]) -
     assert result["last_address"] == address
     assert result["there_now"] == "answers as a card, but not by this name"
     assert "components" not in result
+
+
+@pytest.mark.usefixtures("deaf_interface")
+def test_of_an_address_where_nobody_was_asked_only_what_was_seen_is_told(ctl: Ctl, rack: list[Card]) -> None:
+    ctl.remember("heard", f"moved {rack[0].address('eth1')} 1000000000 lan1\n")
+    result = ctl.json("--timeout", "2", "versions", "moved").result
+    assert result["there_now"] == "answers as a card; the name could not be asked for there"
+
+
+def test_an_address_is_looked_at_only_where_it_was_heard(ctl: Ctl, rack: list[Card]) -> None:
+    ctl.remember("heard", f"moved {rack[0].address('eth0')} 1000000000 lan1\n")
+    result = ctl.json("--timeout", "0.5", "versions", "moved").result
+    assert result["there_now"] == "was not looked at: it is in no network of lan1 now"
+
+
+def test_where_a_card_was_heard_at_last_is_remembered_and_not_only_first(ctl: Ctl, scratch: Card) -> None:
+    """It answers on the second network from its address on the first, and there its first answer is lost."""
+    address = scratch.address("eth0") or ""
+    scratch.inside.run(["ip", "address", "flush", "dev", "eth1"])
+    subprocess.run(["nft", "add", "table", "ip", "lossy"], check=True)
+    try:
+        subprocess.run(["nft", "add chain ip lossy i { type filter hook input priority 0; }"], check=True)
+        rule = "add rule ip lossy i iifname lan0 udp sport 50003 quota until 120 bytes drop"
+        subprocess.run(["nft", rule], check=True)
+        assert ctl("versions", "rack1").code == 0
+    finally:
+        subprocess.run(["nft", "delete", "table", "ip", "lossy"], check=True)
+    assert (ctl.state / "heard").read_text().startswith(f"rack1 {address} ")
 
 
 def test_many_silent_cards_are_told_like_many_unknown_ones(ctl: Ctl) -> None:

@@ -87,6 +87,26 @@ def test_two_addresses_of_one_card_without_its_name_are_two_jobs(ctl: Ctl, scrat
     assert " is " not in answers.err
 
 
+def test_clones_that_are_heard_on_one_network_each_are_one_card(ctl: Ctl, scratch: Card, twin: Card) -> None:
+    """One of them is changed, of which nobody knows which."""
+    for section in ("lanvemt2eth1", "lanvemt2eth2"):
+        address = scratch.inside.uci("get", f"network.{section}.ipaddr")
+        twin.inside.uci("set", f"network.{section}.ipaddr={address}")
+    twin.inside.uci("commit", "network")
+    for device in ("eth0", "eth1"):
+        twin.inside.run(["ip", "address", "flush", "dev", device])
+        twin.inside.run(["ip", "address", "add", f"{scratch.address(device)}/24", "dev", device])
+    scratch.set_link("eth1", False)
+    twin.set_link("eth0", False)
+    try:
+        answer = ctl.json(*NTP, "rack1")
+    finally:
+        scratch.set_link("eth1", True)
+    assert (answer.code, answer.result["checked"]) == (0, True)
+    servers = [card.inside.uci("get", "system.ntp.server") for card in (scratch, twin)]
+    assert servers.count("10.0.0.99") == 1
+
+
 def test_an_answer_that_the_network_repeats_looks_like_a_second_card(ctl: Ctl) -> None:
     with FakeUdpCard(lambda request: [answer(request, ip_text("echoed"), Format.SECTION_8)] * 2) as card:
         result = ctl.json("-i", "lan0", "reboot", "echoed").result

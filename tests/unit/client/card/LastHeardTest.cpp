@@ -12,13 +12,23 @@ namespace
 TEST(LastHeardTest, KnowsTheLastPlaceOfEachName)
 {
     LastHeard known;
-    known.note("card 1", "10.0.0.11", 100);
-    known.note("card 1", "10.0.0.12", 200);
+    known.note("card 1", {"10.0.0.11", 100, "lan0"});
+    known.note("card 1", {"10.0.0.12", 200, "lan0"});
     const LastHeard again = LastHeard::parse(known.text());
     ASSERT_TRUE(again.of("card 1"));
     EXPECT_EQ(again.of("card 1")->address, "10.0.0.12");
     EXPECT_EQ(again.of("card 1")->moment, 200);
+    EXPECT_EQ(again.of("card 1")->interface, "lan0");
     EXPECT_FALSE(again.of("card"));
+}
+
+TEST(LastHeardTest, KnowsNoInterfaceFromAFileWithoutAny)
+{
+    const LastHeard known = LastHeard::parse("card1 10.0.0.11 100\ncard2 10.0.0.12 200 lan1\n");
+    ASSERT_TRUE(known.of("card1") && known.of("card2"));
+    EXPECT_EQ(known.of("card1")->interface, "");
+    EXPECT_EQ(known.of("card2")->interface, "lan1");
+    EXPECT_EQ(known.text(), "card1 10.0.0.11 100\ncard2 10.0.0.12 200 lan1\n");
 }
 
 TEST(LastHeardTest, TakesWhatCanBeReadOfABrokenFile)
@@ -33,10 +43,10 @@ TEST_F(SavedLastHeardTest, ForgetsNothingThatAnotherRunHasSavedMeanwhile)
 {
     LastHeard one = LastHeard::load();
     LastHeard other = LastHeard::load();
-    one.note("card1", "10.0.0.11", 100);
-    one.note("card2", "10.0.0.12", 100);
-    other.note("card2", "10.0.0.99", 90);
-    other.note("card3", "10.0.0.13", 100);
+    one.note("card1", {"10.0.0.11", 100, "lan0"});
+    one.note("card2", {"10.0.0.12", 100, "lan0"});
+    other.note("card2", {"10.0.0.99", 90, "lan0"});
+    other.note("card3", {"10.0.0.13", 100, "lan0"});
     one.save();
     other.save();
     const LastHeard saved = LastHeard::load();

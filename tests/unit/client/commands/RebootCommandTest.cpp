@@ -193,4 +193,17 @@ TEST_F(RebootCommandTest, SeesTheCardGoDownAndComeBack)
     EXPECT_TRUE(outHas("\"back_after\""));
 }
 
+TEST_F(RebootCommandTest, RefusesAnAddressThatHasTwoNames)
+{
+    sandbox.write("/tmp/groups", "card1 127.0.0.1\nold 127.0.0.1\n");
+    const std::string groups = sandbox.path("/tmp/groups");
+    for (const char* const force : {"-q", "--force"}) {
+        EXPECT_EQ(run({"--groups", groups, force, "reboot", "127.0.0.1"}), 11);
+        EXPECT_TRUE(errHas("the groups file gives 127.0.0.1 several names: card1 and old")) << err;
+    }
+    EXPECT_TRUE(card.requests().empty());
+    EXPECT_EQ(run({"--groups", groups, "ip", "get", "127.0.0.1"}), 0);
+    EXPECT_TRUE(errHas("warning: the groups file gives 127.0.0.1 several names: card1 and old; card1 is meant")) << err;
+}
+
 } // namespace
