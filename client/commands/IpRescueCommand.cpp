@@ -3,15 +3,14 @@
 #include "client/card/Identity.h"
 #include "client/card/IpChange.h"
 #include "client/card/IpMemory.h"
-#include "client/card/LastHeard.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/commands/AddressCare.h"
 #include "client/commands/Commands.h"
 #include "client/commands/ConsoleObserver.h"
+#include "client/commands/FormerSettings.h"
 #include "client/commands/IpOptions.h"
 #include "client/commands/TargetCommand.h"
-#include "client/messages/TimeReference.h"
 #include "client/model/CalendarTime.h"
 #include "client/plan/IpPlan.h"
 #include "client/wire/HostInterfaces.h"
@@ -21,21 +20,6 @@
 
 namespace
 {
-
-Failure nothingRemembered(const std::string& card)
-{
-    return usageFailure(fmt::format("no change of {} was made from here; say with --if and --static, --dhcp or "
-                                    "--disabled what it shall have",
-                                    card));
-}
-
-Failure noSuchEntry(const std::string& card, int number, std::size_t known)
-{
-    return usageFailure(
-        fmt::format("{} former settings of {} are known, so there is none with number {}; `tarvelctl ip "
-                    "rescue --list {}` shows them",
-                    known, card, number, card));
-}
 
 Failure needsForce(const std::string& card, const std::string& address)
 {
@@ -76,16 +60,6 @@ std::string presentSettings(const Target& target, const std::optional<IpConfigur
         return describe(*found);
     }
     return target.heard ? "unknown" : "not heard";
-}
-
-Cell timeCell(const RememberedIp& entry)
-{
-    return entry.time ? Cell(formatTime(*entry.time) + "Z") : Cell();
-}
-
-Cell ageCell(const RememberedIp& entry)
-{
-    return entry.time ? Cell(ageText(secondsNow() - *entry.time)) : Cell();
 }
 
 Failure notRescued(const std::string& card, const std::optional<InterfaceConfig>& seen)
@@ -140,10 +114,10 @@ protected:
     Task<void> work(Context& context, const Target& target, Result& result) override
     {
         if (list) {
-            show(target, result);
+            listFormerSettings(target.name, result);
             co_return;
         }
-        const RememberedIp wanted = given ? RememberedIp{*given, {}} : chosen(target.name);
+        const RememberedIp wanted = given ? RememberedIp{*given, {}} : formerSettings(target.name, std::max(number, 1));
         const std::optional<IpConfiguration> now = toldBy(target);
         announce(context, target, wanted, now, result);
         refuseHealthy(context, target); // behind the announcement, which shows what it is about
@@ -168,37 +142,6 @@ protected:
     }
 
 private:
-    static void show(const Target& target, Result& result)
-    {
-        result.listName = "former_settings";
-        for (const RememberedIp& entry : known(target.name)) {
-            result.list.push_back({{"number", static_cast<std::int64_t>(result.list.size() + 1)},
-                                   {"interface", entry.settings.name},
-                                   {"settings", describe(entry.settings)},
-                                   {"time", timeCell(entry)},
-                                   {"age", ageCell(entry)}});
-        }
-    }
-
-    static std::vector<RememberedIp> known(const std::string& card)
-    {
-        std::vector<RememberedIp> entries = rememberedIps(card);
-        if (entries.empty()) {
-            throw nothingRemembered(card);
-        }
-        return entries;
-    }
-
-    [[nodiscard]] RememberedIp chosen(const std::string& card) const
-    {
-        const std::vector<RememberedIp> entries = known(card);
-        const auto index = static_cast<std::size_t>(std::max(number, 1)) - 1;
-        if (index >= entries.size()) {
-            throw noSuchEntry(card, static_cast<int>(index + 1), entries.size());
-        }
-        return entries[index];
-    }
-
     static void announce(Context& context, const Target& target, const RememberedIp& wanted,
                          const std::optional<IpConfiguration>& told, Result& result)
     {

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+// What targets are to each other, once it is known of each who answers.
+#include "client/card/Identification.h"
+
+#include "client/card/SameCard.h"
+
+#include <fmt/core.h>
+#include <utility>
+
+void Identification::compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const
+{
+    const std::optional<Endpoint> shared = sharedEndpoint(one, other, way);
+    if (!shared) {
+        return;
+    }
+    const std::string why =
+        fmt::format("{} and {} both lead to {}", one.target.name, other.target.name, shared->address);
+    object(one, why);
+    object(other, why);
+    for (Identified& card : cards) {
+        if (!isName(card) && card.target.endpoint == shared) {
+            object(card, why);
+        }
+    }
+}
+
+void Identification::compare(std::vector<Identified>& cards) const
+{
+    forEachPair(cards, [&](std::size_t earlier, std::size_t later) {
+        Identified& one = cards[earlier];
+        Identified& other = cards[later];
+        if (isName(one) && isName(other) && one.target.name != other.target.name) {
+            compareNames(cards, one, other);
+        }
+    });
+    markTwice(cards);
+}
+
+void Identification::check(std::vector<Identified>& cards, const Census& census) const
+{
+    // First: an address that turns out to be another card's must not make two targets one.
+    disbelieve(cards, census);
+    std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
+    for (const Identified& card : cards) {
+        const std::optional<Endpoint>& endpoint = card.target.endpoint;
+        // A forwarded port leads to where no probe of ours is heard.
+        const bool isCovered = endpoint && endpoint->port == cardPort;
+        verdicts.push_back(isCovered ? census.judge(*endpoint, sendersOf(cards, card)) : Census::Verdict{});
+    }
+    for (std::size_t index = 0; index < cards.size(); ++index) {
+        Identified& card = cards[index];
+        Census::Verdict& verdict = verdicts[index];
+        if (verdict.objection) {
+            object(card, *std::move(verdict.objection));
+        } else if (!card.refusal && !verdict.interface.empty()) {
+            card.target.endpoint->interface = std::move(verdict.interface);
+            card.checked = true;
+        }
+    }
+    markTwice(cards);
+}
