@@ -21,6 +21,7 @@ _LONGEST_ADDRESS = 99
 # Numbers that every C library scans alike; white space in front of one is skipped.
 _DATE_TIME = re.compile(r"\s*(\d+)-\s*(\d+)-\s*(\d+)T\s*(\d+):\s*(\d+):\s*(\d+)", re.ASCII)
 _MOST_DIGITS = 4
+_LATEST = (1 << 31) - 1  # of a signed number of 32 bits
 
 
 def get(card: Card, stream: Stream, request: Header) -> None:
@@ -109,6 +110,8 @@ def _seconds(card: Card, text: str) -> int | None:
         raise Unforeseeable(f"a year that does not fit everywhere: {year}")
     days = date(year + years, month + 1, 1).toordinal() - date(1970, 1, 1).toordinal() + day - 1
     seconds = ((days * 24 + hour) * 60 + minute) * 60 + second
+    if seconds > _LATEST:
+        raise Unforeseeable(f"a time that does not fit everywhere: {seconds}")
     assert calendar.timegm((year + years, month + 1, day, hour, minute, second)) == seconds
     if seconds == -1:
         card.warning("mktime() FAILED")
@@ -151,7 +154,8 @@ def _control(card: Card, *actions: str) -> bool:
 
 
 def _set_clock(card: Card, seconds: int) -> bool:
-    """Nobody on a simulated card may."""
+    """Nobody on a simulated card may; but the kernel looks at the time before it looks at who sets it."""
     card.info(f"Setting unix time to {seconds}")
-    card.warning("clock_settime() FAILED: Operation not permitted")
+    error = "Invalid argument" if seconds < 0 else "Operation not permitted"
+    card.warning(f"clock_settime() FAILED: {error}")
     return False

@@ -5,7 +5,7 @@ and the actions in which model and card once differed, each by the name of what 
 """
 
 from model.card import PART_NUMBERS
-from support.documents import interface, ip_configuration
+from support.documents import interface, ip_configuration, time_reference
 from wire import golden, request
 
 from .actions import Action, Connection, Datagrams, Setup
@@ -29,6 +29,10 @@ CASES: dict[str, Case] = {
     "a line of the log that the card's C library cuts": (
         Setup(),
         Datagrams("lan0", (request(3, ip_configuration(to=HOST, sender="y" * 3700)),)),
+    ),
+    "a time before 1970, which no kernel takes": (
+        Setup(),
+        Connection(request(17, time_reference("Manual", "10.0.0.1", "1969-12-31T23:59:23"))),
     ),
     "a versions report that is full is told": (
         Setup(files={f"{PART_NUMBERS}{letter}": b"v" * 900 + b"\n" for letter in "abc"}),

@@ -14,7 +14,7 @@ from model.card import DRAV_FILE, FLASH_DEVICE, PART_NUMBERS, VEMK_FILE
 from model.platform import files_below
 from model.settings import Settings, Value
 from model.stream import LastWords
-from support.peers import BROADCAST, PATIENCE, Answer, UdpPeer
+from support.peers import BROADCAST, Answer, UdpPeer
 from tarvelsim.records import LogLine, unescaped as _unescaped
 from tarvelsim.waiting import wait_for
 from wire import request
@@ -28,6 +28,8 @@ UPGRADE_FOLDER = "/tmp/upgrade"
 NTP_LINK = "/etc/rc.d/S65ntpd"
 MARKER = "/var/timesettings.replication"
 TCP = "tcp"  # among the ports
+# Seconds until a card that says nothing will never do: the machine may be busy for a while.
+_PATIENCE = 120.0
 _DESCRIPTOR = re.compile(r"\(\d+\)")
 
 
@@ -60,6 +62,8 @@ class Rig:
             device: UdpPeer(device, lan.address(device), address)
             for device, address in (("lan0", addresses["eth0"]), ("lan1", addresses["eth1"]))
         }
+        for peer in self._clients.values():
+            peer.socket.settimeout(_PATIENCE)
         self._tcp = self._next_client()
         self._fences = cycle(range(0x6000, 0x8000))
         self._log = _Tail(card.records.log_path)
@@ -133,7 +137,7 @@ class Rig:
     def _next_client(self) -> socket.socket:
         """Has its port before it is connected, so that the log can be foreseen."""
         client = socket.socket()
-        client.settimeout(PATIENCE)
+        client.settimeout(_PATIENCE)
         client.bind((self._clients["lan0"].own_address, 0))
         return client
 
@@ -163,5 +167,5 @@ class Rig:
                     lines.append(_DESCRIPTOR.sub("(N)", f"{line.level} {line.text}"))
             return end in lines
 
-        wait_for(look, 15, lambda: f"no fence in {lines}")
+        wait_for(look, _PATIENCE, lambda: f"no fence in {lines}")
         return lines[: lines.index(end) - 1]
