@@ -7,7 +7,7 @@ import socket
 import struct
 from collections.abc import Iterator
 from dataclasses import dataclass
-from itertools import count
+from itertools import cycle
 from types import TracebackType
 
 from wire import HEADER_SIZE, Header, Message, reply_to, request
@@ -17,8 +17,9 @@ PATIENCE = 15.0  # seconds; only a test that fails waits that long
 BROADCAST = "255.255.255.255"
 _IP_PKTINFO = 8  # not among Python's constants; Linux tells with it where a datagram was sent to
 _PKTINFO = struct.Struct("=i4s4s")
-# Commands that nobody knows and no test uses otherwise: their answers tell where a sequence of events ends.
-_UNKNOWN_COMMANDS: Iterator[int] = count(0x6000)
+# Commands that nobody knows and no test uses otherwise: their answers tell where a sequence of events ends. From 0x8000 on
+# they would be replies.
+_UNKNOWN_COMMANDS: Iterator[int] = cycle(range(0x6000, 0x8000))
 
 
 class ConnectionEnded(Exception):
