@@ -11,8 +11,8 @@ from .card import PART_NUMBERS, Card
 
 ARCHIVE = "firmware.tar.gz"
 # Whatever the shell takes as it stands. What it would interpret is the subject of other tests.
-_PLAIN = re.compile(r"[A-Za-z0-9 .:_,+/@%^=\-\[\]>&]*", re.ASCII)
 _RESULT_FILE = "/tmp/uci.tmp"
+_PLAIN = re.compile(rf"[A-Za-z0-9 .:_,+/@%^=\-\[\]]*( > {_RESULT_FILE}| &)?", re.ASCII)
 
 
 class Unforeseeable(Exception):

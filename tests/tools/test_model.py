@@ -3,7 +3,7 @@
 """What the model makes of commands that it has no words of its own for."""
 
 import pytest
-from model import Card, serve_connection, tcp
+from model import Card, Unforeseeable, platform, serve_connection, tcp
 from model.settings import Settings
 from wire import Status, golden, reply_to, request
 
@@ -25,3 +25,14 @@ def test_command_of_the_page_is_answered_as_in_its_example(monkeypatch: pytest.M
 @pytest.mark.parametrize("command", [_NEW, 3, 4, 9])
 def test_command_that_the_page_has_not_over_tcp_is_unknown(command: int) -> None:
     assert _answer(request(command)) == request(reply_to(command), status=Status.UNKNOWN_COMMAND)
+
+
+@pytest.mark.parametrize("server", ["ntp.examp>le.org", "a&", "a;b", "$(a)", "a > b"])
+def test_what_a_shell_would_make_of_a_value_is_not_foreseen(server: str) -> None:
+    with pytest.raises(Unforeseeable):
+        platform.run(Card("card1", Settings({}), {}), f"uci -q set system.ntp.server={server}")
+
+
+@pytest.mark.parametrize("command", ["uci -q get system.ntp.server > /tmp/uci.tmp", "uci -q commit system"])
+def test_what_the_daemon_itself_asks_of_a_shell_is_foreseen(command: str) -> None:
+    platform.run(Card("card1", Settings({}), {}), command)

@@ -103,6 +103,15 @@ def state_differences(card: Card, rig: Rig) -> list[str]:
     return [f"{what}: {ours!r} in the model, {theirs!r} on the card" for what, ours, theirs in pairs if ours != theirs]
 
 
+def adopt_state(card: Card, rig: Rig) -> None:
+    """The model goes on from the state of the card."""
+    card.settings.committed, card.settings.staged = rig.settings(), {}
+    card.files = {name: data for name, data in card.files.items() if not name.startswith(PART_NUMBERS)} | rig.part_numbers()
+    card.upgrade_tree = rig.upgrade_tree()
+    card.ntp_enabled = rig.card.inside.exists(NTP_LINK)
+    card.replication_pending = rig.card.inside.exists(MARKER)
+
+
 def _relevant(settings: dict[str, Value]) -> dict[str, Value]:
     """The settings that requests know."""
     return {
