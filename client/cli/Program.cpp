@@ -7,6 +7,7 @@
 #include "client/engine/EventLoop.h"
 #include "client/engine/InterruptSource.h"
 #include "client/output/Console.h"
+#include "client/output/Report.h"
 #include "client/output/Streams.h"
 #include "client/output/Writer.h"
 #include "client/targets/Inventory.h"
@@ -55,9 +56,21 @@ void writeFailure(const Failure& failure, const CommandLine& line, const std::st
     writer->end(failure.code);
 }
 
+// Who is told about a command line, or about a fault of ours, needs no category.
+void tellFailure(const Failure& failure, const Console& console)
+{
+    if (failure.code == ExitCode::usage || failure.code == ExitCode::internal) {
+        console.error(failure.hint);
+        return;
+    }
+    Result result;
+    result.fail(failure);
+    Report(console).tell(result);
+}
+
 int report(const Failure& failure, const CommandLine& line, const std::string& format)
 {
-    Console(line.options.quiet, line.options.verbose).error(failure.hint);
+    tellFailure(failure, Console(line.options.quiet, line.options.verbose));
     if (format.starts_with("json")) {
         writeFailure(failure, line, format);
     }

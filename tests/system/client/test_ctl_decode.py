@@ -85,4 +85,4 @@ def test_a_file_that_is_no_hexadecimal_is_a_bad_file(ctl: Ctl, tmp_path: Path) -
     (tmp_path / "text").write_text("hello")
     answer = ctl("decode", "--file", str(tmp_path / "text"))
     assert answer.code == 10
-    assert answer.err == 'error: line 1: "hello" is not hexadecimal\n'
+    assert answer.err == 'error: bad-file while reading hexadecimal: line 1: "hello" is not hexadecimal\n'

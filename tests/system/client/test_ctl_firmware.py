@@ -54,6 +54,15 @@ def test_check_tells_every_reason_to_refuse_an_archive(ctl: Ctl, evil: str) -> N
     assert "system.@system0.hostname is what the card's shell" in answer.err
 
 
+@pytest.mark.parametrize("command", ["upload", "upgrade"])
+def test_a_refused_archive_is_told_with_its_category_in_a_line_that_fits(ctl: Ctl, evil: str, command: str) -> None:
+    answer = ctl("firmware", command, evil, "rack1")
+    assert answer.code == 10
+    head, hint = answer.err.splitlines()
+    assert head == "error: bad-archive while checking the archive"
+    assert "../etc/passwd climbs out" in hint
+
+
 @pytest.mark.parametrize("kind", [tarfile.REGTYPE, tarfile.SYMTYPE], ids=["files", "links"])
 def test_check_needs_little_memory_for_many_members(ctl: Ctl, tmp_path: Path, kind: bytes) -> None:
     if b"__asan_init" in ctl.program.read_bytes():
