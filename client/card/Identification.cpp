@@ -200,6 +200,6 @@ void Identification::object(Identified& card, std::string why) const
     if (caution.force) {
         card.warnings.push_back(std::move(why));
     } else if (!card.refusal) {
-        card.refusal = ambiguous(std::move(why));
+        card.refusal = ambiguous(why);
     }
 }

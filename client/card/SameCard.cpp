@@ -47,6 +47,7 @@ bool saysTheSame(const std::optional<CardReply>& one, const std::optional<CardRe
 std::string namesOf(const std::set<Sender>& senders)
 {
     std::vector<std::string> names;
+    names.reserve(senders.size());
     for (const auto& [address, interface] : senders) {
         names.push_back(fmt::format("{} on {}", address, interface));
     }
