@@ -59,7 +59,8 @@ protected:
         options.value("--expect", &expectFile, "FILE",
                       "what the card shall have then: a component and its version a line");
         FirmwareCommand::declareOwn(options);
-        options.value("--batch", &batch, "N", "begin with N cards, and go on to the next N only if all are well");
+        options.value("--batch", &batch, "N", "begin with N cards, and go on to the next N only if all are well")
+            .minimum = 1;
     }
 
     void prepare(Context& context, const std::vector<Target>& targets) override

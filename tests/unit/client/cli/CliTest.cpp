@@ -133,6 +133,14 @@ TEST(CommandLineTest, TakesAnotherWordForNoQuestionForTheVersion)
     EXPECT_TRUE(line.text.empty());
 }
 
+// It would be all cards at once.
+TEST(CommandLineTest, TakesNoBatchesOfNoCards)
+{
+    CommandLine line;
+    parse(line, {"firmware", "upgrade", "--batch", "1", "firmware.tar.gz", "card1"});
+    EXPECT_THROW(parse(line, {"firmware", "upgrade", "--batch", "0", "firmware.tar.gz", "card1"}), Failure);
+}
+
 TEST(CommandLineTest, ListsEveryExitStatusInItsHelp)
 {
     CommandLine line;
