@@ -10,14 +10,29 @@
 #include <algorithm>
 #include <fmt/core.h>
 
+namespace
+{
+
+// What leads nowhere from here, or to another, is no address to write down.
+std::string rightLine(const std::string& name, const std::vector<CardReply>& answers)
+{
+    for (const CardReply& answer : answers) {
+        if (const std::optional<Endpoint> way = wayTo(answer)) {
+            return fmt::format("The right line is \"{} {}\"", name, way->address);
+        }
+    }
+    return "It has no address here that could stand there";
+}
+
+} // namespace
+
 Failure staleNote(const Target& target, const std::vector<CardReply>& answers)
 {
-    const std::string name = target.name;
     return {ExitCode::ambiguous, Category::ambiguous, lookingForCard,
-            fmt::format("the groups file says that {0} is at {1}, but it answered from {2}; nothing was sent, also "
-                        "with {4}. The right line is \"{0} {3}\"",
-                        name, target.endpoint->address, sendersOf(answers), answers.front().address,
-                        wordOf(Remedy::goOnAllTheSame))};
+            fmt::format("the groups file says that {} is at {}, but it answered from {}; nothing was sent, also with "
+                        "{}. {}",
+                        target.name, target.endpoint->address, sendersOf(answers), wordOf(Remedy::goOnAllTheSame),
+                        rightLine(target.name, answers))};
 }
 
 Failure notHeard(const Target& target, const Failure& silence)

@@ -173,6 +173,14 @@ def test_a_stale_line_of_the_groups_file_changes_nothing(
     assert Snapshot(rack) == before
 
 
+def test_a_stale_line_is_not_corrected_with_an_address_that_leads_nowhere(ctl: Ctl, scratch: Card) -> None:
+    (ctl.config / "groups").write_text("rack1 10.0.0.77\n")
+    scratch.inside.run(["ip", "address", "flush", "dev", "eth0"])
+    answer = ctl.json("-i", "lan0", "time", "set", "--ntp", "10.0.0.9", "rack1")
+    expect_refused(answer, "It has no address here that could stand there")
+    assert "right line" not in answer.err
+
+
 def test_force_does_not_go_over_a_stale_line(ctl: Ctl, rack: list[Card]) -> None:
     (ctl.config / "groups").write_text(f"rack1 {rack[2].address('eth0')}\n")
     before = Snapshot(rack)
