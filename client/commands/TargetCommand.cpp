@@ -187,7 +187,9 @@ void TargetCommand::askForAgreement(Context& context)
         return;
     }
     ChangePlan plan{planTitle(meant.size()), std::vector<std::pair<std::string, std::string>>(meant.size())};
+    context.console.progress("", {"looking at what they have"});
     context.loop.run(inParallel(context.loop, meant.size(), static_cast<std::size_t>(options.parallel),
                                 [&](std::size_t index) { return planOne(context, meant[index], plan.cards[index]); }));
+    context.console.forgetJob("");
     requireAgreement(context, plan);
 }
