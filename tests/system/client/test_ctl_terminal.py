@@ -3,6 +3,7 @@
 """tarvelctl on a terminal: progress, and the question before several cards are changed."""
 
 import re
+import signal
 
 import pytest
 from support.ctl import Ctl
@@ -47,6 +48,17 @@ def test_several_cards_are_changed_only_after_a_yes(ctl: Ctl, scratches: list[Ca
     assert kernels(ctl) == ["KERN-6.1.0"] * 2
     assert on_terminal(ctl, "firmware", "upgrade", firmware, "rack[1-2]", says="y\n").code == 0
     assert kernels(ctl) == ["KERN-7.0.0"] * 2
+
+
+def test_a_plan_that_takes_its_time_is_told(ctl: Ctl, scratch: Card, rack: list[Card], firmware: str) -> None:
+    scratch.daemon.kill(signal.SIGSTOP)
+    try:
+        targets = (scratch.address("eth0") or "", rack[1].address("eth0") or "")
+        session = on_terminal(ctl, "--timeout", "1.5", "firmware", "upgrade", firmware, *targets, says="n\n")
+    finally:
+        scratch.daemon.kill(signal.SIGCONT)
+    assert any(re.fullmatch(r"looking at what they have \d+ s", line) for line in session.redrawn)
+    assert "Go on? [y/N]" in session.shown
 
 
 def test_ctrl_c_is_no_answer(ctl: Ctl, rack: list[Card], firmware: str) -> None:
