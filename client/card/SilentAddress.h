@@ -23,6 +23,6 @@ struct Silence {
 enum class Asking { done, inVain };
 
 // What was seen, until the deadline, of the address where a name that is silent now was last heard: the rest of
-// "an address that", such as "refuses connections". Contacts nobody in a dry run, and looks on the interface of the
-// endpoint only, where it is in no network behind a router: elsewhere the address may be anybody's.
+// "an address that", such as "refuses connections". Contacts nobody in a dry run, nor where
+// the address is in no network of the endpoint's interface: behind a router it may be anybody's.
 Task<std::string> whatIsAt(Network& network, Endpoint endpoint, Asking asking, TimePoint deadline);
