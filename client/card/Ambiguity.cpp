@@ -19,11 +19,8 @@ using Senders = std::set<std::string>;
 
 bool sayTheSame(const std::vector<CardReply>& answers)
 {
-    const Reply& first = answers.front().reply;
-    return std::all_of(answers.begin(), answers.end(), [&](const CardReply& one) {
-        // The texts whole: even an unreadable one tells two cards apart.
-        return one.reply.payload == first.payload && one.reply.header.status == first.header.status;
-    });
+    return std::all_of(answers.begin(), answers.end(),
+                       [&](const CardReply& one) { return saysTheSame(one, answers.front()); });
 }
 
 // Did one sender answer one request twice on one interface?
@@ -64,6 +61,12 @@ std::vector<std::string> statedAddresses(const CardReply& answer)
         return {};
     }
     return addresses;
+}
+
+bool saysTheSame(const CardReply& one, const CardReply& other)
+{
+    // The texts whole: even an unreadable one tells two cards apart.
+    return one.reply.payload == other.reply.payload && one.reply.header.status == other.reply.header.status;
 }
 
 std::string sendersOf(const std::vector<CardReply>& answers)

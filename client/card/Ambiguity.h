@@ -15,6 +15,9 @@
 // configuration has these addresses. Otherwise the result says why not, and names the senders.
 [[nodiscard]] std::optional<std::string> ambiguityOf(const std::vector<CardReply>& answers);
 
+// Do two answers say the same, word for word?
+[[nodiscard]] bool saysTheSame(const CardReply& one, const CardReply& other);
+
 // "10.0.0.11 on lan0 and 10.0.0.12 on lan0"
 [[nodiscard]] std::string sendersOf(const std::vector<CardReply>& answers);
 

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/SameCard.h"
 
+#include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
 
 #include <algorithm>
@@ -36,12 +37,6 @@ std::vector<Endpoint> endpointsOf(const Identified& card, Way way)
         endpoints.push_back(*card.target.endpoint);
     }
     return endpoints;
-}
-
-bool saysTheSame(const std::optional<CardReply>& one, const std::optional<CardReply>& other)
-{
-    return !one || !other ||
-           (one->reply.payload == other->reply.payload && one->reply.header.status == other->reply.header.status);
 }
 
 std::string namesOf(const std::set<Sender>& senders)
@@ -120,7 +115,7 @@ std::optional<std::string> changeSince(const Identified& before, const Identifie
         return fmt::format("another card may have this name now: it answered from {} before, and from {} now",
                            namesOf(before.heardAt), namesOf(now.heardAt));
     }
-    if (!saysTheSame(before.target.heard, now.target.heard)) {
+    if (before.target.heard && now.target.heard && !saysTheSame(*before.target.heard, *now.target.heard)) {
         return "another card may have this name now, or somebody has changed it: it tells other settings than before";
     }
     const std::string then = placeOf(before);
