@@ -15,6 +15,9 @@
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -23,6 +26,18 @@ Failure needsYes(const std::string& why)
 {
     return {ExitCode::usage, Category::needsYes, "planning the change",
             fmt::format("the change could not be rolled back, because {}; --yes does it all the same", why)};
+}
+
+Failure changedMeanwhile(const std::string& card)
+{
+    return {ExitCode::usage, Category::needsYes, "planning the change",
+            fmt::format("the settings of {} have changed while you were asked; nothing was sent", card)};
+}
+
+// None if the card refused to tell.
+std::vector<InterfaceConfig> settingsIn(const std::optional<IpConfiguration>& told)
+{
+    return told ? told->interfaces : std::vector<InterfaceConfig>();
 }
 
 Failure rolledBack(const std::string& card)
@@ -98,9 +113,11 @@ protected:
             result.hint = "the card has this configuration already";
             co_return;
         }
+        if (agree(context, plan)) {
+            co_await lookBehindQuestion(context, target, change, now);
+        }
         co_await lookAtAddress(context, target.name, wanted, now, result);
-        agree(context, plan);
-        co_await lookAgain(context, target);
+        co_await lookAgain(context, target); // to look may take ten seconds
         // Before it is sent: whoever is interrupted right behind that needs it.
         if (plan.rollback && !context.options.dryRun && !rememberIp(target.name, *plan.rollback, secondsNow())) {
             context.console.warning("the present configuration cannot be remembered for `ip rescue`");
@@ -139,18 +156,30 @@ private:
         context.console.note(fmt::format("  effect: {}", effect));
     }
 
-    // One question at a time, and none while other cards are being waited for.
-    void agree(Context& context, const IpPlan& plan) const
+    // Whether a person was asked. One question at a time, and none while other cards are being waited for.
+    bool agree(Context& context, const IpPlan& plan) const
     {
         if (plan.noRollback.empty()) {
-            return;
+            return false;
         }
         context.console.warning(fmt::format("this cannot be rolled back: {}", plan.noRollback));
         if (context.options.yes || context.options.dryRun) {
-            return;
+            return false;
         }
         if (!isAlone || !context.console.canAsk() || !agrees(context, "Change it all the same?")) {
             throw needsYes(plan.noRollback);
+        }
+        return true;
+    }
+
+    // A person may have taken any time to answer, and has agreed to a change of these settings.
+    Task<void> lookBehindQuestion(Context& context, const Target& target, IpChange& change,
+                                  const std::optional<IpConfiguration>& shown)
+    {
+        co_await lookAgain(context, target);
+        const std::optional<IpConfiguration> now = co_await change.readNow();
+        if (settingsIn(now) != settingsIn(shown)) {
+            throw changedMeanwhile(target.name);
         }
     }
 

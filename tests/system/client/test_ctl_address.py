@@ -11,6 +11,7 @@ import pytest
 import tarvelsim
 from support.ctl import Answer, Ctl
 from support.snapshot import Snapshot
+from support.stopping import stopped
 from tarvelsim import Card
 from tarvelsim.waiting import wait_for
 
@@ -187,6 +188,21 @@ def test_a_host_that_the_table_has_forgotten_leaves_its_address_free(
     neighbours("delete", SPARE)
     out, _ = running.communicate(timeout=120)
     assert Answer(running.returncode, out, "").result["address_state"] == "free"
+
+
+def test_a_second_card_that_comes_while_the_address_is_looked_at_is_seen(
+    ctl: Ctl, rack: list[Card], scratch: Card, twin: Card, known: Known
+) -> None:
+    """The kernel takes more than five seconds to give up a host that it knows."""
+    before = Snapshot([*rack, twin])
+    known(rack[1], "stale")
+    with stopped(twin):
+        running = ctl.start("-o", "json", "ip", "set", "--if", "VemkEth1", "--static", f"{SPARE}/24", "rack1")
+        wait_for(lambda: states(SPARE) != ["STALE"], 60, lambda: "nothing is sent to the address")
+    out, _ = running.communicate(timeout=120)
+    answer = Answer(running.returncode, out, "")
+    assert (answer.code, answer.result["category"]) == (11, "ambiguous")
+    assert Snapshot([*rack, twin]) == before
 
 
 @pytest.mark.usefixtures("untouched")
