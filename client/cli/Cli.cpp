@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/cli/Cli.h"
 
+#include "client/cli/Document.h"
 #include "client/model/ExitCode.h"
 #include "client/model/Failure.h"
 
@@ -201,6 +202,9 @@ void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
     for (OfferedCommand& one : offered) {
         if (one.app->parsed()) {
             line.command = std::move(one.command);
+            if (DocumentOption* document = line.command->document()) {
+                document->settle(line.options.output);
+            }
         }
     }
 }

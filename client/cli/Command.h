@@ -7,9 +7,13 @@
 
 #include <memory>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 struct Context;
+struct DocumentOption;
+struct Result;
 
 // One command of the program. It is made when its name is found on the command line (and for help and completion),
 // declares its options, and is run once.
@@ -22,6 +26,9 @@ public:
     virtual void declare(OptionSet& options) = 0;
     // A dry run of a command that changes cards still reads what it needs; of any other command it sends nothing.
     [[nodiscard]] virtual bool changesCards() const { return false; }
+    // Where the document goes that the command has in place of a table, null if it has none; and its text.
+    [[nodiscard]] virtual DocumentOption* document() { return nullptr; }
+    [[nodiscard]] virtual std::string documentOf(const std::vector<Result>& /*results*/) { return {}; }
     // Does the job and prints its data through context.writer. A Failure that leaves run() is reported as the
     // program's own.
     virtual ExitCode run(Context& context) = 0;

@@ -2,10 +2,12 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/cli/GlobalOptions.h"
 
+#include "client/output/Writer.h"
+
 void GlobalOptions::declare(OptionSet& options)
 {
     options.value("-o,--output", &output, "FORMAT", "how data is printed: table (if not told), json, jsonl, csv")
-        .choices = {"table", "json", "jsonl", "csv"};
+        .choices = formats();
     options.value("--columns", &columns, "NAMES", "these columns of a table or of CSV: target,ok,code");
     options.value("--timeout", &timeout, "SECONDS", "time for one step: to connect, to be answered (5)").minimum = 0.01;
     options.value("--retries", &retries, "N", "how often a request that changes nothing is repeated (2)");

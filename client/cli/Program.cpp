@@ -4,6 +4,7 @@
 
 #include "client/cli/Cli.h"
 #include "client/cli/Context.h"
+#include "client/cli/Document.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/InterruptSource.h"
 #include "client/output/Console.h"
@@ -25,22 +26,29 @@
 namespace
 {
 
+std::string valueOfOutput(std::string_view word, std::string_view next)
+{
+    if (word == "-o" || word == "--output") {
+        return std::string(next);
+    }
+    for (const std::string_view option : {"--output=", "-o"}) {
+        if (word.starts_with(option)) {
+            return std::string(word.substr(option.size()));
+        }
+    }
+    return "";
+}
+
 // A broken command line has not been read whole, but a script that asked for JSON still gets it.
 std::string formatAskedFor(int argc, const char* const* argv)
 {
     for (int index = 1; index < argc; ++index) {
-        const std::string_view word = argv[index];
-        const bool isAlone = word == "-o" || word == "--output";
-        if (isAlone && index + 1 < argc) {
-            return argv[index + 1];
-        }
-        for (const std::string_view option : {"--output=", "-o"}) {
-            if (!isAlone && word.starts_with(option)) {
-                return std::string(word.substr(option.size()));
-            }
+        std::string value = valueOfOutput(argv[index], index + 1 < argc ? argv[index + 1] : "");
+        if (isFormat(value)) {
+            return value;
         }
     }
-    return "table";
+    return std::string(defaultFormat);
 }
 
 void writeFailure(const Failure& failure, const CommandLine& line, const std::string& format)
@@ -126,6 +134,27 @@ FrameObserver frameTrace(const Console& console)
     };
 }
 
+// A document has no columns, and all that is known of each card.
+void refuseOptionsOfTables(const GlobalOptions& options)
+{
+    if (options.columns || options.fold) {
+        throw usageFailure("--columns and --fold are for tables, JSON and CSV (-o FORMAT), not for a document");
+    }
+}
+
+std::unique_ptr<Writer> writerOf(CommandLine& line)
+{
+    const GlobalOptions& options = line.options;
+    DocumentOption* document = line.command->document();
+    // A dry run shows what it holds back, and leaves a file as it is.
+    if (document == nullptr || options.output != defaultFormat || options.dryRun) {
+        return makeWriter(options.output, options.columns ? columnNames(*options.columns) : std::vector<std::string>());
+    }
+    refuseOptionsOfTables(options);
+    return makeDocumentWriter(*document,
+                              [&](const std::vector<Result>& results) { return line.command->documentOf(results); });
+}
+
 ExitCode runCommand(CommandLine& line)
 {
     const GlobalOptions& options = line.options;
@@ -138,8 +167,7 @@ ExitCode runCommand(CommandLine& line)
         constexpr Seconds betweenDrawings(0.1);
         loop.setTicker(betweenDrawings, [&] { console.drawProgress(); });
     }
-    const std::unique_ptr<Writer> writer =
-        makeWriter(options.output, options.columns ? columnNames(*options.columns) : std::vector<std::string>());
+    const std::unique_ptr<Writer> writer = writerOf(line);
     // Behind the writer, which refuses wrong columns: what the user typed is wrong before what lies in a file is.
     const Inventory inventory = Inventory::load(options.groupsFile);
     Network network(loop, networkOptions(line, console), frameTrace(console));

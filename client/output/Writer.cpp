@@ -2,6 +2,19 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/output/Writer.h"
 
+#include "client/model/Contains.h"
+
+const std::vector<std::string>& formats()
+{
+    static const std::vector<std::string> words = {std::string(defaultFormat), "json", "jsonl", "csv"};
+    return words;
+}
+
+bool isFormat(const std::string& word)
+{
+    return contains(formats(), word);
+}
+
 std::unique_ptr<Writer> makeWriter(std::string_view format, std::vector<std::string> columns)
 {
     if (format.starts_with("json") && !columns.empty()) {

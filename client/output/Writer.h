@@ -31,6 +31,11 @@ public:
 
 inline constexpr int outputSchema = 2; // stands in all JSON; raised when a field changes its meaning
 
+// The words for the formats.
+inline constexpr std::string_view defaultFormat = "table";
+[[nodiscard]] const std::vector<std::string>& formats();
+[[nodiscard]] bool isFormat(const std::string& word);
+
 // Columns, if any are named, are those of a table or of CSV. Throws a usage Failure if the format has none.
 [[nodiscard]] std::unique_ptr<Writer> makeWriter(std::string_view format, std::vector<std::string> columns = {});
 [[nodiscard]] std::unique_ptr<Writer> makeTableWriter(std::vector<std::string> columns = {});
