@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/completion/Scripts.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
@@ -141,14 +142,18 @@ std::vector<std::string> optionNames(const CommandShape& command)
 
 std::string options(const ProgramShape& shape)
 {
+    const std::vector<std::string> everywhere = optionNames(shape.program);
     std::string branches;
     for (const CommandShape& command : shape.commands) {
-        branches += branch(fmt::format("'{}'", command.name), fmt::format("{}", fmt::join(optionNames(command), " ")));
+        std::vector<std::string> own = optionNames(command);
+        std::erase_if(own,
+                      [&](const std::string& name) { return std::ranges::find(everywhere, name) != everywhere.end(); });
+        branches += branch(fmt::format("'{}'", command.name), fmt::format("{}", fmt::join(own, " ")));
     }
     return function("_tarvelctl_own_options", "$1", "of a command", branches) +
            fmt::format(
                "_tarvelctl_options() {{\n    _tarvelctl_own_options \"$1\"\n    kind=\"words $kind {}\"\n}}\n\n",
-               fmt::join(optionNames(shape.program), " "));
+               fmt::join(everywhere, " "));
 }
 
 std::string words(const ProgramShape& shape, std::string_view group)

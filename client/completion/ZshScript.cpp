@@ -120,7 +120,7 @@ std::string zshCompletion(const ProgramShape& shape)
     std::string text = head;
     text += fmt::format("typeset -ga _tarvelctl_options=(\n{})\n\n", optionLines(shape.program));
     for (const CommandShape& command : shape.commands) {
-        text += fmt::format("{}() {{\n    local -a own=(\n{}{})\n    _arguments $_tarvelctl_options $own\n}}\n\n",
+        text += fmt::format("{}() {{\n    local -a own=(\n{}{})\n    _arguments $own $_tarvelctl_options\n}}\n\n",
                             functionName(command.name), optionLines(command), argumentLines(command));
     }
     for (const CommandShape& group : shape.groups) {

@@ -48,6 +48,18 @@ TEST_P(CompletionScriptTest, KeepsAnApostropheInAHelpFromEndingAWord)
     EXPECT_EQ(script.find("it's"), std::string::npos);
 }
 
+// Such as -o, behind which a command may want a file and the program a format: the first that fits counts.
+TEST(OptionOfTheSameNameTest, OfACommandComesBeforeTheProgramsOwn)
+{
+    ProgramShape shape;
+    shape.program.options.push_back({{"-o"}, "everywhere", ValueKind::choice, {"json"}, false});
+    shape.commands.push_back({"a", "own", {{{"-o"}, "here", ValueKind::file, {}, false}}, {}});
+    const std::string bash = bashCompletion(shape);
+    EXPECT_LT(bash.find("'a':-o) kind='file'"), bash.find("*:-o) kind='words json'")) << bash;
+    EXPECT_NE(bash.find("'a') kind='' ;;"), std::string::npos) << "it is offered twice";
+    EXPECT_NE(zshCompletion(shape).find("_arguments $own $_tarvelctl_options"), std::string::npos);
+}
+
 INSTANTIATE_TEST_SUITE_P(Shells, CompletionScriptTest, testing::Values(bashCompletion, zshCompletion, fishCompletion));
 
 TEST(ProgramShapeTest, EveryGroupOfCommandsHasASummary)
