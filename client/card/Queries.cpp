@@ -3,17 +3,11 @@
 #include "client/card/Queries.h"
 
 #include "client/card/Identity.h"
+#include "client/model/CalendarTime.h"
 #include "client/wire/Phase.h"
-
-#include <chrono>
 
 namespace
 {
-
-double now()
-{
-    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
-}
 
 constexpr double meanOfCutSecond = 0.5; // a card tells whole seconds, cut
 
@@ -49,10 +43,10 @@ Task<TimeReference> askTimeReferenceUntil(Network& network, Endpoint endpoint, T
 
 Task<TimeReading> readTime(Task<TimeReference> asking)
 {
-    const double before = now();
+    const double before = exactSecondsNow();
     try {
         const TimeReference reference = co_await inPhase("waiting for the time reference", std::move(asking));
-        co_return readingOf(reference, before, now());
+        co_return readingOf(reference, before, exactSecondsNow());
     } catch (Failure& failure) {
         if (failure.code == ExitCode::refusedByCard) {
             failure.hint = "the card refused (status 2): its setting system.ntp.server is missing, and until somebody "

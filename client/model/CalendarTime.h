@@ -10,3 +10,9 @@
 {
     return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
 }
+
+// The same with all that the clock tells.
+[[nodiscard]] inline double exactSecondsNow()
+{
+    return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
