@@ -17,6 +17,7 @@ std::unique_ptr<Command> makeFirmwareUpload();
 std::unique_ptr<Command> makeIpGet();
 std::unique_ptr<Command> makeIpRescue();
 std::unique_ptr<Command> makeIpSet();
+std::unique_ptr<Command> makeMetrics();
 std::unique_ptr<Command> makeRaw();
 std::unique_ptr<Command> makeReboot();
 std::unique_ptr<Command> makeStatus();
@@ -72,6 +73,11 @@ inline constexpr std::array commandRows = {
                "tarvelctl wait --for idle --wait-time 300 10.0.0.11\n"
                "tarvelctl wait --for versions=release.txt card01",
                makeWait},
+    CommandRow{"metrics", "write what Prometheus wants to know of cards, without any broadcast",
+               "tarvelctl metrics 10.0.0.11\n"
+               "tarvelctl metrics 10.0.0.11 10.0.0.12 --output /var/lib/prometheus/node-exporter/tarvel.prom\n"
+               "tarvelctl metrics -o json 10.0.0.11",
+               makeMetrics},
     CommandRow{"raw", "send any command, and show the answer as it is",
                "tarvelctl raw --command 16 10.0.0.11\n"
                "tarvelctl raw --command 17 --text-file time.xml 10.0.0.11",

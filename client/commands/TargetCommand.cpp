@@ -101,7 +101,7 @@ bool TargetCommand::printsAtOnce(const Context& context) const
 std::vector<Identified> TargetCommand::identify(Context& context, std::vector<Target> targets)
 {
     if (!changesCards()) {
-        warnOfNames(context.console, takes() == Takes::namesOnly ? targets : std::vector<Target>());
+        warnOfNames(context.console, namesMatter() ? targets : std::vector<Target>());
         return withoutQuestions(std::move(targets));
     }
     const GlobalOptions& options = context.options;
@@ -127,7 +127,7 @@ std::vector<Target> TargetCommand::targetsOf(const Context& context) const
 
 ExitCode TargetCommand::run(Context& context)
 {
-    std::vector<Target> targets = targetsOf(context);
+    std::vector<Target> targets = meant(context, targetsOf(context));
     if (takes() == Takes::namesOnly) {
         requireNames(targets);
     }

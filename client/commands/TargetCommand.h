@@ -42,6 +42,14 @@ protected:
     [[nodiscard]] virtual bool takesNetworks() const { return !changesCards(); }
     virtual void declareOwn(OptionSet& /*options*/) {}
 
+    // Does it make a difference which of an address' several names is meant?
+    [[nodiscard]] virtual bool namesMatter() const { return takes() == Takes::namesOnly; }
+    // The targets without those that the command would do twice.
+    [[nodiscard]] virtual std::vector<Target> meant(const Context& /*context*/, std::vector<Target> targets) const
+    {
+        return targets;
+    }
+
     // Before anything is sent: checks the options, reads local files. Throws usage and badFile Failures.
     virtual void prepare(Context& /*context*/, const std::vector<Target>& /*targets*/) {}
 

@@ -65,6 +65,8 @@ def offers(folder: Path, line: str) -> list[str]:
         ("tarvelctl firmware upload completion @ro", ["@row2"]),
         ("tarvelctl versions --expect comp", ["completion"]),
         ("tarvelctl versions -i l", ["lo"]),
+        ("tarvelctl metrics --output comp", ["completion"]),
+        ("tarvelctl metrics --outp", ["--output"]),
         ("tarvelctl ip set --if V", ["VemkEth1", "VemkEth2"]),
         ("tarvelctl time set --ntp ", []),
         ("tarvelctl completion bash ", []),

@@ -142,12 +142,12 @@ def test_a_failure_is_a_row_of_csv(ctl: Ctl) -> None:
 
 
 def examples(ctl: Ctl, command: tuple[str, ...], address: str) -> list[list[str]]:
-    """What the help shows of a command alone, of cards of the rack and in no format of its own."""
+    """What the help shows of a command alone, of cards of the rack, in no format of its own and to no file."""
     shown = re.findall(r"^  tarvelctl ([^|<>\n]+)$", ctl(*command, "--help").out, re.MULTILINE)
     places = {r"card\[.*\]": "rack[1-2]", r"card\d+": "rack1", r"10\.0\.0\.\d+": address, "eth0": "lan0"}
     lines = []
     for line in shown:
-        words = re.sub(r"-o \w+ |--dry-run ", "", line).split()
+        words = re.sub(r"-o \w+ |--dry-run |--output \S+", "", line).split()
         for theirs, ours in places.items():
             words = [re.sub(f"^{theirs}$", ours, word) for word in words]
         lines.append(words)
