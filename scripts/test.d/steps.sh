@@ -108,6 +108,9 @@ hostile_world() {
 
 # What we bring for other programs, tried with those programs.
 integrations() {
+    # shellcheck source=scripts/test.d/prometheus.sh
+    . scripts/test.d/prometheus.sh
+    need_prometheus
     on_lan release tests/integrations
 }
 
