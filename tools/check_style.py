@@ -212,10 +212,11 @@ def untold_commands(root: Path) -> Iterator[str]:
 
 
 def differing_versions(root: Path) -> Iterator[str]:
-    """The package's recipe is read where the tree is not at hand, so it says the version once more."""
+    """What is packaged is read where the tree is not at hand, so it says the version once more."""
     places = {
         "CMakeLists.txt": r"^project\(tarveld VERSION ([0-9.]+)",
         "packaging/openwrt/Makefile": r"^PKG_VERSION:=([0-9.]+)",
+        "packaging/ansible/ansible_collections/tarvel/cards/galaxy.yml": r"^version: ([0-9.]+)",
     }
     versions = {name: re.findall(pattern, text_of(root / name), re.MULTILINE) for name, pattern in places.items()}
     if len(set(map(tuple, versions.values()))) != 1:

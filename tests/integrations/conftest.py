@@ -8,7 +8,7 @@ import sys
 from pathlib import Path
 
 _ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(_ROOT / "tests/system"), str(_ROOT / "sim")]
+sys.path[:0] = [str(_ROOT / "tests/system"), str(_ROOT / "sim"), str(_ROOT / "packaging/ansible")]
 
 from support.daemon import COMMAND  # noqa: E402
 

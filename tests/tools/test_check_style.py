@@ -90,18 +90,25 @@ def test_a_source_is_named_where_it_is_built(tmp_path: Path, listing: str, is_na
 
 
 @pytest.mark.parametrize(
-    ("recipe", "complaints"),
+    ("recipe", "galaxy", "complaint"),
     [
-        ("PKG_VERSION:=1.2.3\n", []),
-        ("PKG_VERSION:=1.2\n", ["CMakeLists.txt has version 1.2.3; packaging/openwrt/Makefile has version 1.2"]),
-        ("PKG_NAME:=x\n", ["CMakeLists.txt has version 1.2.3; packaging/openwrt/Makefile has version none"]),
+        ("PKG_VERSION:=1.2.3\n", "version: 1.2.3\n", None),
+        ("PKG_VERSION:=1.2\n", "version: 1.2.3\n", "packaging/openwrt/Makefile has version 1.2"),
+        ("PKG_NAME:=x\n", "version: 1.2.3\n", "packaging/openwrt/Makefile has version none"),
+        ("PKG_VERSION:=1.2.3\n", "version: 1.2.4\n", "galaxy.yml has version 1.2.4"),
     ],
 )
-def test_the_package_has_the_version_of_the_project(tmp_path: Path, recipe: str, complaints: list[str]) -> None:
-    (tmp_path / "CMakeLists.txt").write_text("project(tarveld VERSION 1.2.3 DESCRIPTION x)\n", encoding="utf-8")
+def test_what_is_packaged_has_the_version_of_the_project(
+    tmp_path: Path, recipe: str, galaxy: str, complaint: str | None
+) -> None:
+    collection = "packaging/ansible/ansible_collections/tarvel/cards"
     (tmp_path / "packaging/openwrt").mkdir(parents=True)
+    (tmp_path / collection).mkdir(parents=True)
+    (tmp_path / "CMakeLists.txt").write_text("project(tarveld VERSION 1.2.3 DESCRIPTION x)\n", encoding="utf-8")
     (tmp_path / "packaging/openwrt/Makefile").write_text(recipe, encoding="utf-8")
-    assert list(check_style.differing_versions(tmp_path)) == complaints
+    (tmp_path / collection / "galaxy.yml").write_text(galaxy, encoding="utf-8")
+    complaints = list(check_style.differing_versions(tmp_path))
+    assert complaints == [] if complaint is None else complaint in complaints[0]
 
 
 def test_a_longer_name_names_no_source(tmp_path: Path) -> None:
