@@ -1,0 +1,58 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""What the modules tell the client that set something, without a process of Ansible's."""
+
+from typing import Any
+
+import pytest
+from ansible_collections.tarvel.cards.plugins.modules import firmware, ip, time
+from fake_module import GOOD, FakeModule, ended
+
+
+@pytest.mark.parametrize(
+    ("mode", "address", "gateway", "option"),
+    [
+        ("static", "10.0.0.2/24", None, "--static=10.0.0.2/24"),
+        ("static", "10.0.0.2/24", "10.0.0.1", "--static=10.0.0.2/24,10.0.0.1"),
+        ("dhcp", None, None, "--dhcp"),
+        ("disabled", None, None, "--disabled"),
+    ],
+)
+def test_a_configuration_is_one_option(mode: str, address: str | None, gateway: str | None, option: str) -> None:
+    assert ip.configuration({"mode": mode, "address": address, "gateway": gateway}) == option
+
+
+def test_an_address_is_for_static_only() -> None:
+    params = {"interface": "VemkEth1", "mode": "dhcp", "address": "10.0.0.2/24", "gateway": None, "wait": None}
+    assert "takes neither address nor gateway" in ended(FakeModule(params), ip.work)["msg"]
+
+
+CLOCK = {**GOOD, "mode": "Manual", "server": "10.0.0.1", "skew": 0.4, "skew_error": 0.5}
+BY_HAND = {"mode": "manual", "server": None, "tolerance": 2}
+
+
+@pytest.mark.parametrize(
+    ("clock", "sets"),
+    [
+        ({}, False),
+        ({"skew": -2.4}, False),
+        ({"skew": -2.6}, True),
+        ({"skew": 99.0}, True),
+        ({"skew": None, "skew_error": None}, True),
+        ({"mode": "Ntp"}, True),
+    ],
+)
+def test_a_clock_is_set_if_it_is_surely_off_or_follows_a_server(clock: dict[str, Any], sets: bool) -> None:
+    module = FakeModule(BY_HAND, {**CLOCK, **clock}, {**CLOCK, "changed": True}, diff=True)
+    assert ended(module, time.work)["changed"] is sets
+    assert ("--manual=now" in module.commands[-1]) is sets
+    assert (module.end["diff"]["before"] == module.end["diff"]["after"]) is not sets
+
+
+def test_without_a_diff_the_versions_are_not_read_before() -> None:
+    params = {"src": "/f", "expect": {"kernel": "K"}, "patience": 9, "max_size": None}
+    module = FakeModule(params, GOOD)
+    assert "diff" not in ended(module, firmware.work)
+    words = ["firmware", "upgrade", "--expect=/dev/stdin", "--patience=9", "/f", "card1"]
+    assert module.inputs == ["kernel K\n"]
+    assert module.commands == [["tarvelctl", "-o", "json", *words]]
