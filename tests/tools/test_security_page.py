@@ -18,7 +18,8 @@ def rows_below(heading: str) -> list[list[str]]:
 
 
 def named_tests() -> list[str]:
-    return [name for cells in rows_below("Attacks") for name in re.findall(r"`([^`]+)`", cells[-1])]
+    rows = rows_below("Attacks") + rows_below("What is no attack")
+    return [name for cells in rows for name in re.findall(r"`([^`]+)`", cells[-1])]
 
 
 def written_tests() -> set[str]:

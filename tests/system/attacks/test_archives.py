@@ -26,13 +26,17 @@ def member(name: str, kind: bytes = tarfile.REGTYPE, target: str = "", mode: int
     return made
 
 
-def archive_of(*members: tarfile.TarInfo) -> bytes:
-    """Of members without content."""
-    packed = io.BytesIO()
-    with tarfile.open(fileobj=packed, mode="w", format=tarfile.USTAR_FORMAT) as tar:
+def packed(*members: tarfile.TarInfo, kind: int = tarfile.USTAR_FORMAT) -> bytes:
+    """Members without content."""
+    archive = io.BytesIO()
+    with tarfile.open(fileobj=archive, mode="w", format=kind) as tar:
         for each in members:
             tar.addfile(each, io.BytesIO(bytes(each.size)))
-    return gzip.compress(packed.getvalue(), mtime=0)
+    return archive.getvalue()
+
+
+def archive_of(*members: tarfile.TarInfo) -> bytes:
+    return gzip.compress(packed(*members), mtime=0)
 
 
 def upload(tcp: TcpPeer, data: bytes) -> Status:
@@ -116,6 +120,50 @@ def test_member_in_place_of_the_archive_that_is_unpacked(scratch_card: Card, tcp
     assert scratch_card.inside.path(UPLOADS).joinpath("firmware.tar.gz").is_symlink() is False
     if IS_HARDENED:
         scratch_card.records.wait_log("would overwrite the archive", level="warning")
+
+
+def test_directory_in_place_of_the_archive_that_is_unpacked(scratch_card: Card, tcp: TcpPeer) -> None:
+    """Where it is not empty, nothing can be uploaded any more until somebody empties /tmp."""
+    data = archive({"firmware.tar.gz/": b"", "firmware.tar.gz/inside": b""})
+    assert upload(tcp, data) == REFUSED_IF_HARDENED
+    mark = scratch_card.records.log_mark()
+    plain = archive({"pnr/kernel": b"9.9"})
+    send_upload(tcp, plain, Command.UPLOAD)
+    assert tcp.receive().header.status == (Status.SUCCESS if IS_HARDENED else Status.FAILURE)
+    if not IS_HARDENED:
+        scratch_card.records.wait_log("fopen() failed: Is a directory", since=mark, level="warning")
+        tcp.reset()  # what was not read of the archive is no request
+
+
+def test_name_in_an_extended_header(scratch_card: Card, tcp: TcpPeer) -> None:
+    renamed = member("harmless")
+    renamed.pax_headers = {"path": "../elsewhere"}
+    assert upload(tcp, gzip.compress(packed(renamed, kind=tarfile.PAX_FORMAT))) == Status.FAILURE
+    assert not scratch_card.inside.exists(ELSEWHERE)
+    if IS_HARDENED:
+        scratch_card.records.wait_log("a member ../elsewhere that climbs out of the directory", level="warning")
+
+
+def test_archive_behind_the_end_of_another(scratch_card: Card, tcp: TcpPeer) -> None:
+    """Neither what lists an archive nor what unpacks it reads on."""
+    both = packed(member("plain")) + packed(member("hidden", mode=0o4755))
+    assert upload(tcp, gzip.compress(both)) == Status.SUCCESS
+    assert scratch_card.inside.listdir(UPLOADS) == ["plain"]
+
+
+def test_hard_link_to_a_file_of_the_card(scratch_card: Card, tcp: TcpPeer) -> None:
+    data = archive_of(member("way", tarfile.LNKTYPE, "/etc/config/network"))
+    assert upload(tcp, data) == Status.FAILURE
+    assert not scratch_card.inside.exists(f"{UPLOADS}/way")
+
+
+def test_files_of_an_earlier_upload_beside_an_upgrade(scratch_card: Card, tcp: TcpPeer) -> None:
+    assert upload(tcp, archive({"old": b""})) == Status.SUCCESS
+    scratch_card.inside.hold("fwupgrade")
+    send_upload(tcp, archive({"pnr/kernel": b"9.9"}), Command.UPGRADE)
+    scratch_card.records.wait_call("fwupgrade")
+    assert scratch_card.inside.exists(f"{UPLOADS}/old") != IS_HARDENED
+    scratch_card.inside.release()
 
 
 def test_owner_that_looks_like_the_rest_of_a_line(scratch_card: Card, tcp: TcpPeer) -> None:

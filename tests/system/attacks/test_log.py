@@ -20,3 +20,8 @@ def test_escape_sequence_of_a_terminal_in_a_mode(scratch_card: Card, watch: Watc
     assert tcp.ask(request(Command.TIME_SET, time_reference("\u009b2J"))).header.status == Status.FAILURE
     logged = "?2J" if IS_HARDENED else "\u009b2J"
     assert f'warning Unsupported time reference mode "{logged}"' in watch.log()
+
+
+def test_letters_of_a_format_in_the_name_of_the_addressed_card(card: Card, watch: Watch, udp: UdpPeer) -> None:
+    assert udp.is_ignored(request(Command.IP_GET, ip_configuration(to="%s%s%n%n%2147483647d")))
+    assert 'info Message is for "%s%s%n%n%2147483647d" not for me "card1", drop it' in watch.log()

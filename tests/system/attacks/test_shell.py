@@ -5,7 +5,7 @@
 import pytest
 from support.archives import archive
 from support.daemon import IS_HARDENED
-from support.documents import time_reference
+from support.documents import interface, ip_configuration, time_reference
 from support.peers import TcpPeer, UdpPeer
 from support.uploads import send_upload
 from support.watch import Watch
@@ -70,3 +70,25 @@ def test_plain_ntp_server_is_set_by_both_builds(scratch_card: Card, tcp: TcpPeer
 def test_present_ntp_server_is_kept_by_both_builds(scratch_card: Card, tcp: TcpPeer, server: str) -> None:
     scratch_card.inside.answer("uci", f"{server}\n", matching="get system.ntp.server")
     assert tcp.ask(request(Command.TIME_SET, time_reference(server=server))).header.status == Status.SUCCESS
+
+
+@pytest.mark.parametrize("text", [f"10.0.0.9{server.removeprefix('x')}" for server in TOUCHING_SERVERS])
+@pytest.mark.parametrize("place", ["address", "netmask", "gateway"])
+def test_command_in_an_address(scratch_card: Card, watch: Watch, udp: UdpPeer, text: str, place: str) -> None:
+    plain = {"address": "10.0.0.9", "netmask": "255.0.0.0", "gateway": "10.0.0.1"}
+    document = ip_configuration(interface("VemkEth1", "Static", **{**plain, place: text}))
+    assert udp.ask(request(Command.IP_SET, document)).header.status == Status.FAILURE
+    assert watch.commands()[-1].endswith("uci -q revert network")
+    assert not scratch_card.inside.exists("/tmp/ran")
+
+
+@pytest.mark.parametrize("attributes", [("VemkEth1; touch /tmp/ran", "Dhcp"), ("VemkEth1", "Dhcp; touch /tmp/ran")])
+def test_command_in_the_name_or_the_mode_of_an_interface(
+    scratch_card: Card, udp: UdpPeer, attributes: tuple[str, str]
+) -> None:
+    """Only how they begin is looked at, and what follows goes nowhere."""
+    document = ip_configuration(interface(*attributes))
+    assert udp.ask(request(Command.IP_SET, document)).header.status == Status.SUCCESS
+    scratch_card.records.wait_command("/etc/init.d/network restart")
+    assert scratch_card.inside.uci("get", "network.lanvemt2eth1.proto") == "dhcp"
+    assert not scratch_card.inside.exists("/tmp/ran")

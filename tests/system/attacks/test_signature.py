@@ -97,6 +97,15 @@ def test_signed_file_in_place_of_another(keyed_card: Card, tcp: TcpPeer, maker: 
     assert upgrade(tcp, members) == REFUSED_IF_HARDENED
 
 
+def test_files_that_nobody_signed_beside_signed_firmware(keyed_card: Card, tcp: TcpPeer, maker: Maker) -> None:
+    assert upgrade(tcp, {"planted": b"evil"}, Command.UPLOAD) == Status.SUCCESS
+    keyed_card.inside.hold("fwupgrade")
+    assert upgrade(tcp, maker.archive(FILES)) == Status.SUCCESS
+    keyed_card.records.wait_call("fwupgrade")
+    assert keyed_card.inside.exists("/tmp/upgrade/planted") != IS_HARDENED
+    keyed_card.inside.release()
+
+
 def test_upload_without_an_upgrade_needs_no_signature(keyed_card: Card, tcp: TcpPeer) -> None:
     assert upgrade(tcp, FILES, Command.UPLOAD) == Status.SUCCESS
     assert not ran(keyed_card)

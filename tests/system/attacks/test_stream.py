@@ -19,9 +19,10 @@ from wire import Header, request
 EXCEPTION = "Exception pending on Tarvel TCP peer socket"
 STALLED = "Client has sent nothing for 30 s in the middle of a message, close the connection"
 
+A_PART_OF_A_HEADER = request(0x43)[:12]
 A_PART = Header(command=0x43, payload_length=100).encode() + bytes(10)
 # The first is made by the start; the header takes one, and what there is of the payload.
-RECEIVE_BEHIND_THE_PART = "recvfrom:error=EAGAIN:when=4"
+RECEIVE_BEHIND_THE_PART = {A_PART_OF_A_HEADER: "recvfrom:error=EAGAIN:when=3", A_PART: "recvfrom:error=EAGAIN:when=4"}
 BYTES_NOW_AND_THEN = 10
 
 
@@ -48,13 +49,20 @@ def test_one_urgent_byte(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None
 
 
 @pytest.mark.needs_native
+@pytest.mark.parametrize(("part", "rest"), [(A_PART_OF_A_HEADER, request(0x43)[12:]), (A_PART, bytes(90))])
 def test_client_that_stalls_in_the_middle_of_a_message(
-    tracer: Tracer, scratch_card: Card, watch: Watch, connect: Callable[[], TcpPeer], udp: UdpPeer
+    tracer: Tracer,
+    scratch_card: Card,
+    watch: Watch,
+    connect: Callable[[], TcpPeer],
+    udp: UdpPeer,
+    part: bytes,
+    rest: bytes,
 ) -> None:
     if IS_HARDENED:
-        tracer.inject(RECEIVE_BEHIND_THE_PART)
+        tracer.inject(RECEIVE_BEHIND_THE_PART[part])
     tcp, mark = connect(), scratch_card.records.log_mark()
-    tcp.send(A_PART)
+    tcp.send(part)
     if IS_HARDENED:
         assert tcp.rest() == b""
         scratch_card.records.wait_log(STALLED, since=mark, level="warning")
@@ -63,7 +71,7 @@ def test_client_that_stalls_in_the_middle_of_a_message(
     assert scratch_card.daemon.pid is not None
     wait_until_read(scratch_card.daemon.pid, tcp)
     udp.send(request(0x42))
-    tcp.send(bytes(90))
+    tcp.send(rest)
     order = ["warning Unknown command ID: 0x43", udp.logged(20), "warning Unknown command ID: 0x42"]
     assert watch.log()[-3:] == order
 
