@@ -71,9 +71,9 @@ system_tests() {
     on_lans "$1" tests/system
 }
 
-# The attacks of SECURITY.md; the other builds meet them among their system tests.
-attacks() {
-    on_lan "$1" "${@:2}" tests/system/attacks
+# For a build without a client.
+daemon_tests() {
+    on_lans "$1" "${@:2}" --ignore tests/system/client tests/system
 }
 
 # That the C programs of bench/floors do what the daemon does, so that the ratios to them mean something.

@@ -8,7 +8,7 @@ import sys
 from collections.abc import Callable, Iterator
 
 import pytest
-from support.daemon import COMMAND, IS_EMULATED, ROOT
+from support.daemon import COMMAND, IS_EMULATED, IS_HARDENED, ROOT
 
 sys.path.insert(0, str(ROOT / "sim"))
 
@@ -23,6 +23,7 @@ os.environ["TARVELD"] = shlex.join(COMMAND)
 
 def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line("markers", "needs_native: looks at the daemon's system calls, so it cannot be emulated")
+    config.addinivalue_line("markers", "as_designed(row): the hardened build deviates, as that row of SECURITY.md says")
     config.addinivalue_line("markers", "long: takes minutes; run with -m long only")
 
 
@@ -31,12 +32,12 @@ def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item
         short = [item for item in items if not item.get_closest_marker("long")]
         config.hook.pytest_deselected(items=[item for item in items if item not in short])
         items[:] = short
-    if not IS_EMULATED:
-        return
-    emulated = pytest.mark.skip(reason=f"system calls of {COMMAND[0]} are not the daemon's")
     for item in items:
-        if item.get_closest_marker("needs_native"):
-            item.add_marker(emulated)
+        if IS_EMULATED and item.get_closest_marker("needs_native"):
+            item.add_marker(pytest.mark.skip(reason=f"system calls of {COMMAND[0]} are not the daemon's"))
+        deviation = item.get_closest_marker("as_designed")
+        if IS_HARDENED and deviation:
+            item.add_marker(pytest.mark.skip(reason=f"in the hardened build {deviation.args[0]}"))
 
 
 FAILED = pytest.StashKey[bool]()

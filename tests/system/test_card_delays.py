@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """How long a card that takes its time takes for what it does: what it writes down, as no clock here can be trusted."""
 
-from support.daemon import COMMAND
+from support.daemon import COMMAND, bare
 from support.documents import ip_configuration, reboot_card
 from support.peers import UdpPeer
 from tarvelsim import FAST_DELAYS, Card, Lan
@@ -37,7 +37,7 @@ def test_daemon_ends_after_the_two_seconds_of_the_request_and_a_little(unhurried
     """The two seconds are the caller's, in its command line; the platform's come when they are over."""
     mark = len(unhurried_card.records.delays())
     unhurried_udp.ask(request(Command.REBOOT, reboot_card(to="unhurried")))
-    assert unhurried_card.records.wait_command("reboot") == "reboot -d 2 &"
+    assert bare(unhurried_card.records.wait_command("reboot")) == "reboot -d 2 &"
     assert unhurried_card.records.wait_delays(1, since=mark) == [SHUTDOWN]
 
 

@@ -6,15 +6,17 @@ import random
 
 import pytest
 from support.archives import archive, archive_of_size
+from support.daemon import IS_HARDENED
 from support.peers import TcpPeer
+from support.uploads import LISTINGS, LOOKS_FOR_KEYS, LOOKS_THROUGH, RENEW, UNPACK
 from support.watch import Watch
 from tarvelsim import Card
 from wire import Command, Header, Message, Sections, Status, request
 
 DIRECTORY = "/tmp/upgrade"
 STORED = f"{DIRECTORY}/firmware.tar.gz"
-UNPACK = "tar -xzvf firmware.tar.gz -C /tmp/upgrade"
 SCRIPT = "/lib/upgrade/fwupgrade"
+NO_KEY = ["warning There is no key in /etc/tarveld/keys: firmware of anybody is accepted"] if IS_HARDENED else []
 SMALL = archive({"pnr/kernel": b"KERN-9.9.9\n", "pnr/extra": b"EXTRA-1\n"})
 
 
@@ -37,7 +39,7 @@ def test_upload_unpacks_and_deletes_the_archive(scratch_card: Card, tcp: TcpPeer
 
 def test_upload_does_not_install(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     upload(tcp, SMALL)
-    assert watch.commands() == [UNPACK]
+    assert watch.commands() == [*RENEW, *LOOKS_THROUGH, UNPACK]
     assert scratch_card.inside.read("/etc/pnr/kernel") == "KERN-6.1.0\n"
 
 
@@ -48,7 +50,7 @@ def test_upload_is_logged(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> Non
 
 def test_tar_is_called_with_these_arguments(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     upload(tcp, SMALL)
-    assert watch.calls() == [UNPACK]
+    assert watch.calls() == [*LISTINGS, UNPACK]
 
 
 def test_extraction_is_announced_before_tar_lists_the_files(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
@@ -71,6 +73,7 @@ def test_upgrade_is_logged(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> No
     upload(tcp, SMALL, Command.UPGRADE)
     assert watch.log()[1:] == [
         f"info File size = {len(SMALL)}",
+        *NO_KEY,
         "info Upgrade process starting...",
         f"info Starting {SCRIPT}",
         "info SUCCESS",
@@ -81,7 +84,7 @@ def test_upgrade_is_answered_before_the_script_runs(scratch_card: Card, watch: W
     scratch_card.inside.hold("fwupgrade")
     assert upload(tcp, SMALL, Command.UPGRADE).header.status == Status.SUCCESS
     scratch_card.records.wait_call("fwupgrade", since=watch.calls_mark)
-    assert watch.commands() == [UNPACK, SCRIPT]
+    assert watch.commands() == [*RENEW, *LOOKS_THROUGH, UNPACK, *LOOKS_FOR_KEYS, SCRIPT]
     tcp.send(request(2))
     assert not tcp.has_answer()  # nothing is served while the script runs
     scratch_card.inside.release()

@@ -62,11 +62,13 @@ def test_new_server_is_not_committed(scratch_card: Card, tcp: TcpPeer) -> None:
     assert 'NtpServer="10.0.0.5"' in tcp.ask(request(Command.TIME_GET)).text
 
 
+@pytest.mark.as_designed("an NTP server is a plain address or host name")
 def test_server_reaches_uci_unquoted(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp", "$((6*7)).example"))
     assert watch.calls("uci")[1] == "uci -q set system.ntp.server=42.example"
 
 
+@pytest.mark.as_designed("an NTP server is a plain address or host name")
 def test_empty_server_is_set_like_any_other(scratch_card: Card, watch: Watch, tcp: TcpPeer) -> None:
     set_time(tcp, time_reference("Ntp", ""))
     assert "uci -q set system.ntp.server=" in watch.commands()

@@ -22,6 +22,10 @@ def named_tests() -> list[str]:
     return [name for cells in rows for name in re.findall(r"`([^`]+)`", cells[-1])]
 
 
+def deviations() -> list[str]:
+    return [cells[0] for cells in rows_below("Deviations of the hardened build")]
+
+
 def written_tests() -> set[str]:
     return {
         f"{path.name}::{name}"
@@ -45,3 +49,10 @@ def test_each_deviation_names_a_file_that_asks_for_the_build() -> None:
     question = re.compile(r"if constexpr \(hardened\) \{|\bhardened \?")
     asking = {name for name in sources if question.search((ROOT / "src" / name).read_text(encoding="utf-8"))}
     assert files == asking
+
+
+def test_each_test_that_the_hardened_build_leaves_out_names_a_deviation() -> None:
+    sources = (path.read_text(encoding="utf-8") for path in (ROOT / "tests/system").rglob("test_*.py"))
+    reasons = {row for text in sources for row in re.findall(r"as_designed\(\s*\"([^\"]+)\"", text)}
+    assert reasons
+    assert [reason for reason in reasons if not any(row.startswith(reason) for row in deviations())] == []

@@ -21,6 +21,15 @@ _CONTENT = _PROGRAM.read_bytes() if _PROGRAM.exists() else b""
 # One of the texts that only the hardened build can log.
 IS_HARDENED = b"is neither an address nor a host name, refused" in _CONTENT
 
+_BEFORE_EACH_COMMAND = "set -f; " if IS_HARDENED else ""
+
+
+def bare(command: str) -> str:
+    """What the daemon gave to the shell, without what the hardened build puts before each command."""
+    assert command.startswith(_BEFORE_EACH_COMMAND), command
+    return command.removeprefix(_BEFORE_EACH_COMMAND)
+
+
 # Where musl has other words than glibc.
 _IN_MUSL = {
     "Success": "No error information",

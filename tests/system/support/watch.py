@@ -9,7 +9,7 @@ from tarvelsim import Card, WaitTimeout
 from tarvelsim.waiting import wait_for
 from wire import request
 
-from .daemon import words
+from .daemon import bare, words
 from .peers import BROADCAST, PATIENCE, UdpPeer, next_unknown_command
 
 _UNTIL_ASKED_AGAIN = 0.3
@@ -74,7 +74,7 @@ class Watch:
 
     def commands(self) -> list[str]:
         """What the daemon gave to the shell."""
-        return self._card.records.commands(self.commands_mark)
+        return [bare(command) for command in self._card.records.commands(self.commands_mark)]
 
     def calls(self, name: str | None = None) -> list[str]:
         """What was run, each as one line."""
