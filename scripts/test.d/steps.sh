@@ -106,6 +106,12 @@ hostile_world() {
     TARVELD=build/release/tarveld scripts/hostile --short | sed 's/^/note: /'
 }
 
+# At some of the calls of a change of the network; scripts/hostile tries all.
+kills() {
+    TARVELD=build/$1/tarveld sim/lan /usr/bin/python3 tests/hostile kills --job "IP configuration set" --points 40 |
+        sed 's/^/note: /'
+}
+
 # What we bring for other programs, tried with those programs.
 integrations() {
     # shellcheck source=scripts/test.d/prometheus.sh

@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""sim/lan /usr/bin/python3 tests/hostile failures|kills|wire|soak [--points N] [--seed S] [--scale X] [--plot FILE]
+"""sim/lan /usr/bin/python3 tests/hostile failures|kills|wire|soak [--points N] [--seed S] [--job NAME] [--scale X] [--plot FILE]
 
   failures  lets every system call of every kind of request fail once
   kills     kills the daemon at every system call of every kind of change
   wire      crumbs, cuts, clients that never read, floods and bombs
   soak      mixed requests, and what the daemon holds meanwhile, as a curve
 
-With --points only so many calls are tried, chosen by the seed; --scale makes wire and soak shorter. Prints whatever is
+With --points only so many calls are tried, chosen by the seed; with --job only those for that job; --scale makes wire and soak shorter. Prints whatever is
 wrong afterwards and, as the last line of each programme, what was tried. Ends with 1 if anything was wrong.
 """
 
@@ -40,6 +40,7 @@ def _arguments() -> argparse.Namespace:
     parser.add_argument("programme", choices=sorted(_PROGRAMMES))
     parser.add_argument("--points", type=int, help="only so many, chosen at random")
     parser.add_argument("--seed", type=int, default=1, help="for the choice (1)")
+    parser.add_argument("--job", choices=[job.name for job in JOBS], help="only the calls that are made for it")
     parser.add_argument("--scale", type=float, default=1, help="of the long form (1)")
     parser.add_argument("--plot", type=Path, help="where the curve of a soak is drawn")
     return parser.parse_args()
@@ -54,6 +55,7 @@ def _kills(target: TargetCard, arguments: argparse.Namespace) -> int:
 
 
 def _try_points(target: TargetCard, arguments: argparse.Namespace, try_point: _Try, jobs: tuple[Job, ...]) -> int:
+    jobs = tuple(job for job in jobs if arguments.job in (None, job.name))
     points = [point for job in jobs for point in points_of(target, job)]
     known = len(points)
     if arguments.points is not None and arguments.points < known:

@@ -16,7 +16,7 @@ from .jobs import Job
 HOST = "card1"  # as in the golden exchanges
 _CONFIGURATIONS = ("/etc/config/network", "/etc/config/system")
 _FOLDERS_TO_EMPTY = ("/tmp/.uci", "/tmp/upgrade/pnr")
-_LIMIT = 60.0  # seconds until a card that says nothing counts as lost
+LIMIT = 60.0  # seconds until a card that says nothing counts as lost
 _NEXT_LOOK = 0.3
 
 
@@ -38,7 +38,6 @@ class TargetCard:
         self._command = command
         self._lan = lan
         self._udp = UdpPeer("lan0", lan.address("lan0"), card.planned_addresses()["eth0"])
-        self._udp.socket.settimeout(_NEXT_LOOK)
         self._address = card.planned_addresses()["eth0"]
         self._fences = cycle(range(0x6000, 0x8000))
         self._factory = {path: card.inside.read_bytes(path) for path in _CONFIGURATIONS}
@@ -64,8 +63,9 @@ class TargetCard:
 
     # Jobs
 
-    def play(self, job: Job) -> Result:
-        """Ends when the card has answered a later question, or has ended."""
+    def play(self, job: Job, asked_again: float = _NEXT_LOOK) -> Result:
+        """Ends when the card has answered a later question, or has ended. The question is repeated after that time."""
+        self._udp.socket.settimeout(asked_again)
         ends = len(self.card.daemon.exits)
         replies = self._over_tcp(job) if job.over_tcp else self._over_udp(job)
         later, ended = self._ask_later(ends)
@@ -91,7 +91,7 @@ class TargetCard:
 
     def _ask_later(self, ends: int) -> tuple[list[bytes], bool]:
         """A question that nobody knows is answered by every card that lives; it is repeated, as its answer may fail."""
-        limit = time.monotonic() + _LIMIT
+        limit = time.monotonic() + LIMIT
         answers: list[bytes] = []
         while time.monotonic() < limit:
             if len(self.card.daemon.exits) > ends:
