@@ -7,7 +7,7 @@ from pathlib import Path
 from support.documents import ip_configuration
 from support.peers import BROADCAST, TcpPeer, UdpPeer
 from tarvelsim import Card
-from wire import Command, request
+from wire import Command, golden, request
 
 from .health import Health
 
@@ -37,7 +37,7 @@ def run(card: Card, client: UdpPeer, scale: float, plot: Path | None) -> int:
 
 
 def _serve(card: Card, client: UdpPeer, wanted: int) -> int:
-    """At least so many requests: most are cheap, one in a hundred runs programs of the card."""
+    """At least so many requests: most are cheap, four in a hundred run programs of the card."""
     foreign = request(Command.IP_GET, ip_configuration(to="another"))
     count = 0
     while count < wanted:
@@ -49,8 +49,10 @@ def _serve(card: Card, client: UdpPeer, wanted: int) -> int:
                 client.send(foreign, to=BROADCAST)
                 client.ask(request(0x42))
             peer.ask(request(Command.TIME_GET))
+            peer.ask(golden.UPLOAD.request)
         client.ask(request(Command.IP_GET, ip_configuration()))
-        count += 20 * 5 + 2
+        client.ask(golden.IP_SET.request)
+        count += 20 * 5 + 4
     return count
 
 
