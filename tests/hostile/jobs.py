@@ -6,7 +6,11 @@ from collections.abc import Iterable
 from dataclasses import dataclass
 
 from support.documents import ip_configuration, time_reference
+from twin.actions import Action, Connection, Datagrams
 from wire import Command, Format, Header, Sections, golden, request
+
+
+DEVICE = "lan0"
 
 
 @dataclass(frozen=True)
@@ -18,6 +22,10 @@ class Job:
     @property
     def command(self) -> int:
         return Header.decode(self.data).command
+
+    @property
+    def action(self) -> Action:
+        return Connection(self.data) if self.over_tcp else Datagrams(DEVICE, (self.data,))
 
 
 def _upload(command: Command) -> bytes:

@@ -6,9 +6,9 @@ Shares nothing with src/ and was made without looking at it, so that a mistake i
 is no code of the daemon's is the real thing here, too: libxml2 reads the documents and tar unpacks the archives.
 """
 
-from .card import Card, Fault
+from .card import Card, Fault, Refusal
 from .platform import Unforeseeable
 from .tcp import serve_connection
 from .udp import Reply, UdpPort
 
-__all__ = ["Card", "Fault", "Reply", "UdpPort", "Unforeseeable", "serve_connection"]
+__all__ = ["Card", "Fault", "Refusal", "Reply", "UdpPort", "Unforeseeable", "serve_connection"]

@@ -2,7 +2,10 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Everything of a card that a request can read or change, and what the daemon tells of it."""
 
+import os
+from collections import Counter
 from dataclasses import dataclass, field
+from errno import ENOENT
 
 from .settings import Settings
 
@@ -20,6 +23,15 @@ class Fault:
     matching: str = ""
 
 
+@dataclass(frozen=True)
+class Refusal:
+    """The one thing that the system does not do for the daemon: the so many-th of its kind, and why."""
+
+    operation: str
+    number: int
+    error: str
+
+
 @dataclass
 class Card:
     host_name: str
@@ -33,6 +45,10 @@ class Card:
     narrow_long: bool = False  # of 32 bits: strtoul() makes of a larger number the largest there is
     log: list[str] = field(default_factory=list)  # "level text"
     commands: list[str] = field(default_factory=list)  # texts given to the shell
+    console: list[str] = field(default_factory=list)  # of what the system refused, and of archives
+    has_ended: bool = False  # the daemon
+    refusal: Refusal | None = None
+    asked: Counter[str] = field(default_factory=Counter)  # how often the system was asked for what it may refuse
 
     def info(self, text: str) -> None:
         self.log.append(f"info {text}")
@@ -43,10 +59,40 @@ class Card:
     def debug(self, text: str) -> None:
         self.log.append(f"debug {text}")
 
+    def error(self, text: str) -> None:
+        self.log.append(f"err {text}")
+
+    def refuses(self, operation: str) -> bool:
+        """Whether the system does not do it this time."""
+        self.asked[operation] += 1
+        refusal = self.refusal
+        return refusal is not None and (operation, self.asked[operation]) == (refusal.operation, refusal.number)
+
+    @property
+    def why(self) -> str:
+        """The text of errno."""
+        return self.refusal.error if self.refusal is not None else ""
+
+    def has_file(self, path: str) -> bool:
+        return not self.refuses(f"stat {path}") and path in self.files
+
     def first_line(self, path: str) -> bytes | None:
         """Up to 1023 bytes in front of the newline; nothing of an empty or missing file."""
-        content = self.files.get(path)
-        if not content:
+        if self.refuses(f"open {path}"):
+            self.console.append(f"fopen() failed: {self.why}")
             return None
-        line = content[: content.index(b"\n") + 1] if b"\n" in content else content
-        return line[:1023].split(b"\n")[0].split(b"\0")[0]
+        content = self.files.get(path)
+        if content is None:
+            self.console.append(f"fopen() failed: {os.strerror(ENOENT)}")
+            return None
+        line: bytes | None = None
+        if self.refuses(f"read {path}"):
+            self.console.append(f"fgets() failed or file is empty: {self.why}")
+        elif not content:
+            self.console.append(f"fgets() failed or file is empty: {os.strerror(0)}")
+        else:
+            line = content[: content.index(b"\n") + 1] if b"\n" in content else content
+            line = line[:1023].split(b"\n")[0].split(b"\0")[0]
+        if self.refuses(f"close {path}"):
+            self.console.append(f"fclose() FAILED: {self.why}")
+        return line

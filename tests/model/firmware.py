@@ -29,7 +29,10 @@ def upload(card: Card, stream: Stream, request: Header) -> None:
     if not _store(card, stream, size) or not _unpack(card):
         stream.fail(request)
         return
-    card.upgrade_tree.pop(ARCHIVE, None)
+    if card.refuses(f"remove {ARCHIVE}"):
+        card.warning(f"Deleting {ARCHIVE} FAILED: {card.why}")
+    else:
+        card.upgrade_tree.pop(ARCHIVE, None)
     if request.command == 8:
         card.info("Upgrade process starting...")
     stream.answer(header.reply(request, header.SUCCESS))
@@ -38,8 +41,22 @@ def upload(card: Card, stream: Stream, request: Header) -> None:
 
 
 def _store(card: Card, stream: Stream, size: int) -> bool:
+    if card.refuses(f"open {ARCHIVE}"):
+        card.warning(f"fopen() failed: {card.why}")
+        return False
     card.upgrade_tree[ARCHIVE] = b""
     card.info(f"File size = {size}")
+    is_complete = _copy(card, stream, size)
+    # What fits into the stream's buffer is written when the stream is closed.
+    if card.refuses(f"write {ARCHIVE}"):
+        card.upgrade_tree[ARCHIVE] = b""
+        card.warning("fclose() failed")
+    if card.refuses(f"close {ARCHIVE}"):
+        card.warning("fclose() failed")
+    return is_complete
+
+
+def _copy(card: Card, stream: Stream, size: int) -> bool:
     left = size
     while True:
         piece = _PIECE if left > _PIECE else left
@@ -53,7 +70,13 @@ def _store(card: Card, stream: Stream, size: int) -> bool:
 
 
 def _unpack(card: Card) -> bool:
-    return platform.run(card, f"tar -xzvf {ARCHIVE} -C /tmp/upgrade") == 0
+    if not card.refuses("print"):
+        card.console.append(f"Extracting files from {ARCHIVE} to /tmp/upgrade")
+    if platform.run(card, f"tar -xzvf {ARCHIVE} -C /tmp/upgrade") == 0:
+        return True
+    if not card.refuses("print an error"):
+        card.console.append("Extracting files from archive failed")
+    return False
 
 
 def _upgrade(card: Card) -> None:

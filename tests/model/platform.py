@@ -19,9 +19,19 @@ class Unforeseeable(Exception):
     """The shell or a program would do more with these bytes than the model knows."""
 
 
+_NO_SHELL = 127  # what the C library says when it can make no process
+
+
 def run(card: Card, command: str) -> int:
-    """Notes the command down and does what it does; its exit status."""
+    """Notes the command down and does what it does; its exit status, or -1 if nobody knows it."""
+    if card.refuses("run"):
+        return _NO_SHELL
     card.commands.append(command)
+    status = _do(card, command)
+    return -1 if card.refuses("wait") else status
+
+
+def _do(card: Card, command: str) -> int:
     if not _PLAIN.fullmatch(command):
         raise Unforeseeable(command)
     if command.endswith(f" > {_RESULT_FILE}"):

@@ -23,10 +23,15 @@ class Stream:
         self._rest = sent
         self.answered = b""
         self.last_words: LastWords | None = None
+        self.is_broken = False  # the last time that something was received
 
     def receive(self, size: int) -> bytes | None:
         """Exactly so many bytes; None if the client has ended before, or if none are asked for."""
         if size < 1:
+            return None
+        self.is_broken = self._card.refuses("recv")
+        if self.is_broken:
+            self._card.warning(f"recv() failed: {self._card.why}")
             return None
         data, self._rest = self._rest[:size], self._rest[size:]
         if len(data) == size:
@@ -35,7 +40,12 @@ class Stream:
         return None
 
     def answer(self, data: bytes) -> None:
-        self.answered += data
+        """In up to three writes: header, length and text. Nobody looks at what became of them."""
+        for piece in (data[: header.SIZE], data[header.SIZE : header.SIZE + 4], data[header.SIZE + 4 :]):
+            if piece and self._card.refuses("send"):
+                self._card.warning(f"send() failed: {self._card.why}")
+            else:
+                self.answered += piece
 
     def refuse(self, request: header.Header, status: int) -> None:
         """The last answer; what else the client has sent is never read."""

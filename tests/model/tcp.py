@@ -4,7 +4,7 @@
 
 from wire import Message, golden
 
-from . import firmware, header, time_reference, versions
+from . import firmware, header, loop, time_reference, versions
 from .card import Card
 from .header import Header
 from .stream import Stream
@@ -16,13 +16,35 @@ EXAMPLES = {number: exchange for number, exchange in golden.BY_NUMBER.items() if
 
 
 def serve_connection(card: Card, client: str, client_port: int, sent: bytes) -> Stream:
-    """With the bytes of all replies."""
-    card.info(f"Connection from {client} accepted on ports 50003/{client_port}")
+    """With the bytes of all replies; up to the wait for what comes after the connection."""
     stream = Stream(card, sent)
-    while (request := _next_request(stream)) is not None:
-        _handle(card, stream, request)
-    card.info("Socket (N) successfully closed")
+    try:
+        loop.accept(card)
+    except loop.Ended:
+        loop.end(card, sockets=3)
+        return stream
+    card.info(f"Connection from {client} accepted on ports 50003/{client_port}")
+    try:
+        _serve(card, stream)
+    except loop.Ended:
+        loop.end(card, sockets=4)
+        return stream
+    loop.wait_for_the_next(card)
     return stream
+
+
+def _serve(card: Card, stream: Stream) -> None:
+    is_open = True
+    while is_open:
+        loop.wait(card)
+        request = _next_request(stream)
+        if request is not None:
+            _handle(card, stream, request)
+        elif card.refuses("close the connection"):
+            card.warning(f"Failed to close socket (N): {card.why}")
+        else:
+            card.info("Socket (N) successfully closed")
+            is_open = False
 
 
 def _next_request(stream: Stream) -> Header | None:

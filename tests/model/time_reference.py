@@ -15,6 +15,7 @@ from .stream import Stream
 
 _NOW = "2000-01-01T00:00:00"  # stands for the time of day, which nobody foresees
 _SERVER = "system.ntp.server"
+LOCK = "/var/timesettings.lock"
 _LARGEST_PAYLOAD = 1024
 _ELEMENT = "TimeReferenceConfiguration"
 _LONGEST_ADDRESS = 99
@@ -29,7 +30,7 @@ def get(card: Card, stream: Stream, request: Header) -> None:
     if server is None:
         stream.fail(request)
         return
-    mode = "Ntp" if card.ntp_enabled else "Manual"
+    mode = "Ntp" if card.ntp_enabled and not card.refuses("look for the start link") else "Manual"
     text = f'<{_ELEMENT} Mode="{mode}" NtpServer="{server or "NOT CONFIGURED"}" DateTime="{_NOW}"/>'
     stream.answer(header.reply(request, header.SUCCESS, text.encode("utf-8", "surrogateescape")))
 
@@ -50,6 +51,8 @@ def set_(card: Card, stream: Stream, request: Header) -> None:
         return
     payload = stream.receive(request.payload_length)
     if payload is None:
+        if stream.is_broken:
+            stream.fail(request)
         return
     size = int.from_bytes(payload[:4], "little")
     if _parse_and_apply(card, payload[4 : 4 + size]):
@@ -120,6 +123,36 @@ def _seconds(card: Card, text: str) -> int | None:
 
 
 def _apply(card: Card, mode: str, server: str, seconds: int) -> bool:
+    """Between the two ends of the lock; whatever fails of these, the descriptor is closed."""
+    if card.refuses("open the lock"):
+        card.warning(f"open() FAILED: {card.why}")
+        return False
+    card.files[LOCK] = b""
+    if card.refuses("lock"):
+        card.warning(f"flock() FAILED: {card.why}")
+        return False
+    done = _change(card, mode, server, seconds)
+    done = _mark(card) and done
+    if card.refuses("unlock"):
+        card.warning(f"flock() FAILED: {card.why}")
+        return False
+    if card.refuses("close the lock"):
+        card.warning(f"close() FAILED: {card.why}")
+        return False
+    return done
+
+
+def _mark(card: Card) -> bool:
+    if card.refuses("open the marker"):
+        card.warning(f"fopen() FAILED: {card.why}")
+        return False
+    card.replication_pending = True
+    if card.refuses("close the marker"):
+        card.warning(f"fclose() FAILED: {card.why}")
+    return True
+
+
+def _change(card: Card, mode: str, server: str, seconds: int) -> bool:
     if mode == "Ntp":
         card.info("Setting NTP time reference")
         done = _set_server(card, server) and _control(card, "enable", "stop", "start")
@@ -129,7 +162,6 @@ def _apply(card: Card, mode: str, server: str, seconds: int) -> bool:
     else:
         card.warning(f'Unsupported time reference mode "{mode}"')
         done = False
-    card.replication_pending = True
     return done
 
 
@@ -146,16 +178,16 @@ def _set_server(card: Card, server: str) -> bool:
 
 
 def _control(card: Card, *actions: str) -> bool:
-    """Always done: what the scripts make of it is not looked at."""
-    for action in actions:
-        platform.run(card, f"/etc/init.d/ntpdate {action}")
-        platform.run(card, f"/etc/init.d/ntpd {action}")
-    return True
+    """What the scripts make of it is not looked at, only whether there was a shell for them."""
+    scripts = [f"/etc/init.d/{name} {action}" for action in actions for name in ("ntpdate", "ntpd")]
+    return all(platform.run(card, script) != -1 for script in scripts)
 
 
 def _set_clock(card: Card, seconds: int) -> bool:
     """Nobody on a simulated card may; but the kernel looks at the time before it looks at who sets it."""
     card.info(f"Setting unix time to {seconds}")
     error = "Invalid argument" if seconds < 0 else "Operation not permitted"
+    if card.refuses("set the clock"):
+        error = card.why
     card.warning(f"clock_settime() FAILED: {error}")
     return False

@@ -5,7 +5,7 @@
 from collections.abc import Callable
 from dataclasses import dataclass
 
-from . import header, ip_configuration, platform
+from . import header, ip_configuration, loop, platform
 from .card import Card
 from .envelope import parse_envelope
 from .header import Header
@@ -29,6 +29,18 @@ class UdpPort:
         self._client_port = client_port
 
     def receive(self, datagram: bytes) -> Reply | None:
+        """Up to the wait for the next one."""
+        if self._card.refuses("recvfrom"):  # it stays where it is
+            self._card.warning(f"recvfrom() failed: {self._card.why}")
+            loop.wait_for_the_next(self._card)
+        answer = self._answer(datagram)
+        if answer is not None and self._card.refuses("sendto"):
+            self._card.warning(f"sendto() failed: {self._card.why}")
+            answer = None
+        loop.wait_for_the_next(self._card)
+        return answer
+
+    def _answer(self, datagram: bytes) -> Reply | None:
         data = datagram[:_BUFFER]
         self._card.info(f"Got datagram of {len(data)} bytes from {self._client} on port {self._client_port}")
         if len(data) < header.SIZE:
@@ -97,7 +109,10 @@ def _set_ip(card: Card, request: Header, text: bytes, _sender: str) -> bytes | N
         card.warning("Configuring network interfaces failed")
         return None
     command = "/etc/init.d/network restart"
-    if platform.run(card, command) != 0:
+    status = platform.run(card, command)
+    if status == -1:
+        card.warning(f"system() failed: {card.why}")
+    if status != 0:
         card.warning(f"{command} FAILED")
     return header.reply(request, header.SUCCESS)
 
@@ -115,7 +130,10 @@ def _get_ip(card: Card, request: Header, _text: bytes, sender: str) -> bytes | N
 
 def _reboot(card: Card, request: Header, _text: bytes, _sender: str) -> bytes | None:
     card.info("***** WARNING: Card will reboot in a few seconds *****")
-    if platform.run(card, "reboot -d 2 &") != 0:
+    status = platform.run(card, "reboot -d 2 &")
+    if status == -1:
+        card.console.append(f"system() FAILED: {card.why}")
+    if status != 0:
         card.warning("reboot command failed")
         return None
     return header.reply(request, header.SUCCESS)

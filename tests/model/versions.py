@@ -9,6 +9,7 @@ from .stream import Stream
 
 _BASE_SYSTEM = "squashfs"
 _LONGEST = 2047
+_BLOCK = 1024
 _START, _END = b"<Versions>\n", b"</Versions>"
 
 
@@ -28,18 +29,40 @@ def _components(card: Card) -> list[tuple[str, bytes]]:
         ("DravHardware", card.first_line(DRAV_FILE)),
         ("VemkHardware", card.first_line(VEMK_FILE)),
         ("BootLoader", _boot_loader(card)),
-        ("BaseSystem", card.first_line(PART_NUMBERS + _BASE_SYSTEM)),
+        ("BaseSystem", _version(card, _BASE_SYSTEM)),
     ]
-    names = (path.removeprefix(PART_NUMBERS) for path in card.files if path.startswith(PART_NUMBERS))
-    for name in sorted(names, key=lambda name: name.encode()):
-        if name != _BASE_SYSTEM:
-            components.append((name, card.first_line(PART_NUMBERS + name)))
+    components += [(name, _version(card, name)) for name in _listed(card)]
     return [(name, version) for name, version in components if version is not None]
 
 
+def _version(card: Card, name: str) -> bytes | None:
+    path = PART_NUMBERS + name
+    return card.first_line(path) if card.has_file(path) else None
+
+
+def _listed(card: Card) -> list[str]:
+    if card.refuses(f"list {PART_NUMBERS}"):
+        return []
+    names = (path.removeprefix(PART_NUMBERS) for path in card.files if path.startswith(PART_NUMBERS))
+    return sorted((name for name in names if name != _BASE_SYSTEM), key=lambda name: name.encode())
+
+
 def _boot_loader(card: Card) -> bytes | None:
-    block = card.files.get(FLASH_DEVICE, b"")[:1024]
-    if len(block) < 1024:
+    if card.refuses(f"open {FLASH_DEVICE}"):
+        card.console.append(f"fopen() FAILED: {card.why}")
+        return None
+    number = None
+    if card.refuses(f"read {FLASH_DEVICE}"):
+        card.console.append(f"fread() failed: {card.why}")
+    else:
+        number = _part_number(card.files.get(FLASH_DEVICE, b"")[:_BLOCK])
+    if card.refuses(f"close {FLASH_DEVICE}"):
+        card.console.append(f"fclose() FAILED: {card.why}")
+    return number
+
+
+def _part_number(block: bytes) -> bytes | None:
+    if len(block) < _BLOCK:
         return None
     _, mark, rest = block.partition(b"PNR=")
     number, end, _ = rest.partition(b"\0")

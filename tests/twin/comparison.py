@@ -30,7 +30,7 @@ _UNFIXED = "warning *"
 def foresee(card: Card, action: Action, ports: dict[str, tuple[str, int]]) -> tuple[Card, Outcome]:
     """The card as it will be, and what is to be seen."""
     future = copy.deepcopy(card)
-    future.log, future.commands = [], []
+    future.log, future.commands, future.console = [], [], []
     if isinstance(action, Connection):
         stream = serve_connection(future, *ports[TCP], action.data)
         replies = [("", stream.answered)] if stream.answered else []
