@@ -7,7 +7,7 @@ from collections import Counter
 from dataclasses import dataclass
 
 from .jobs import Job
-from .target import LIMIT, TargetCard
+from .target import PATIENCE, TargetCard
 
 _CALL = re.compile(r"(?P<name>[a-z_0-9]+)\((?P<arguments>.*)")
 # They cannot fail, or tell of the end of the process.
@@ -20,19 +20,20 @@ class Point:
     call: str
     number: int  # among the calls of this name since the daemon was started
     line: str
+    earlier: tuple[str, ...]  # the job's calls before this one
 
     def __str__(self) -> str:
-        return f"{self.job.name}, {self.call} number {self.number}: {self.line}"
+        return f"{self.job.name}, {self.call} number {self.number}: {self.line[:120]}"
 
 
 def points_of(target: TargetCard, job: Job) -> list[Point]:
-    """In the order in which the calls were made."""
+    """In the order in which the calls were made, with the file or socket behind each descriptor."""
     target.restore()
-    target.tracer.start("-e", "signal=none")
+    target.tracer.start("-e", "signal=none", "-yy")
     first = len(target.tracer.lines())
-    target.play(job, asked_again=LIMIT)  # on a slow machine it would make calls that are not made the next time
+    target.play(job, patience=PATIENCE)
     counts: Counter[str] = Counter()
-    points = []
+    points: list[Point] = []
     for index, line in enumerate(target.tracer.lines()):
         found = _CALL.match(line)
         if found is None:
@@ -41,5 +42,6 @@ def points_of(target: TargetCard, job: Job) -> list[Point]:
         # One without a result is the wait for what comes after the job.
         is_made = " = " in line
         if index >= first and is_made and found["name"] not in _WITHOUT_FAILURE:
-            points.append(Point(job, found["name"], counts[found["name"]], line[:100]))
+            earlier = tuple(point.line for point in points)
+            points.append(Point(job, found["name"], counts[found["name"]], line, earlier))
     return points

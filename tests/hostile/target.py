@@ -2,22 +2,31 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The card under attack: jobs are played on it, and afterwards it must be whole."""
 
+import socket
 import time
 from dataclasses import dataclass
+from functools import cached_property
 from itertools import cycle
 
 import tarvelsim
+from model import Card, Fault
+from model.stream import LastWords
 from support.peers import ConnectionEnded, TcpPeer, UdpPeer
 from support.tracing import Tracer
-from wire import Command, Header, request
+from twin.conversation import converse
+from twin.rig import MARKER, NTP_LINK, UPGRADE_FOLDER, Rig
+from wire import Command, request
+from wire.numbers import PORT
 
-from .jobs import Job
+from .jobs import DEVICE, Job
 
 HOST = "card1"  # as in the golden exchanges
 _CONFIGURATIONS = ("/etc/config/network", "/etc/config/system")
-_FOLDERS_TO_EMPTY = ("/tmp/.uci", "/tmp/upgrade/pnr")
-LIMIT = 60.0  # seconds until a card that says nothing counts as lost
+_LEFT_BEHIND = ("/tmp/.uci", "/tmp/uci.tmp", "/var/timesettings.lock", MARKER, NTP_LINK)
+PATIENCE = 60.0  # seconds until a card that says nothing counts as lost
 _NEXT_LOOK = 0.3
+_LEFT_ALONE = ("network", "reboot")
+_LAST_WORDS = "tarvel-daemon terminated unexpectedly!"
 
 
 class Lost(Exception):
@@ -26,8 +35,9 @@ class Lost(Exception):
 
 @dataclass(frozen=True)
 class Result:
-    replies: list[bytes]
+    replies: list[tuple[str, bytes]]  # where a datagram went, and what came
     ended: bool  # the daemon, on the way
+    last_line: str  # of the log of all this
 
 
 class TargetCard:
@@ -37,24 +47,36 @@ class TargetCard:
         self.card = card
         self._command = command
         self._lan = lan
-        self._udp = UdpPeer("lan0", lan.address("lan0"), card.planned_addresses()["eth0"])
+        self._udp = UdpPeer(DEVICE, lan.address(DEVICE), card.planned_addresses()["eth0"])
         self._address = card.planned_addresses()["eth0"]
         self._fences = cycle(range(0x6000, 0x8000))
-        self._factory = {path: card.inside.read_bytes(path) for path in _CONFIGURATIONS}
+        self.rig = Rig(lan, card)
+        self._factory = {path: card.inside.read_bytes(path) for path in _CONFIGURATIONS} | self.rig.part_numbers()
         self.tracer = Tracer(card, command)
-        for program in ("network", "reboot"):
+        for program in _LEFT_ALONE:
             card.inside.fail(program, 0)
 
     def restore(self) -> None:
-        """The settings of a new card, and nothing staged."""
+        """The settings and files of a new card, and nothing staged."""
+        for path in self.rig.part_numbers():
+            self.card.inside.remove(path)
         for path, content in self._factory.items():
             self.card.inside.write(path, content)
-        for path in _FOLDERS_TO_EMPTY:
+        for path in _LEFT_BEHIND:
             self.card.inside.remove(path)
-        self.card.inside.remove("/etc/rc.d/S65ntpd")
+        for name in self.card.inside.listdir(UPGRADE_FOLDER):
+            self.card.inside.remove(f"{UPGRADE_FOLDER}/{name}")
+
+    @cached_property
+    def model(self) -> Card:
+        """Of the restored card. Take a copy."""
+        self.restore()
+        model = self.rig.model(emulated=False)
+        model.faults = {program: Fault(0) for program in _LEFT_ALONE}
+        return model
 
     def patient_client(self) -> UdpPeer:
-        return UdpPeer("lan0", self._lan.address("lan0"), self._address)
+        return UdpPeer(DEVICE, self._lan.address(DEVICE), self._address)
 
     def start_plain(self) -> None:
         self.card.daemon.supervise(False)
@@ -63,61 +85,57 @@ class TargetCard:
 
     # Jobs
 
-    def play(self, job: Job, asked_again: float = _NEXT_LOOK) -> Result:
-        """Ends when the card has answered a later question, or has ended. The question is repeated after that time."""
-        self._udp.socket.settimeout(asked_again)
+    def play(self, job: Job, last_words: LastWords | None = None, patience: float = _NEXT_LOOK) -> Result:
+        """Ends when the card has answered a later question, which is repeated after some patience, or has ended."""
         ends = len(self.card.daemon.exits)
-        replies = self._over_tcp(job) if job.over_tcp else self._over_udp(job)
-        later, ended = self._ask_later(ends)
-        return Result(replies + later, ended)
+        replies: list[tuple[str, bytes]] = []
+        if job.over_tcp:
+            replies += self._over_tcp(job, last_words)
+        else:
+            self._udp.send(job.data)
+        self._udp.socket.settimeout(patience)
+        return self._ask_later(ends, replies)
 
-    def _over_tcp(self, job: Job) -> list[bytes]:
+    def _over_tcp(self, job: Job, last_words: LastWords | None) -> list[tuple[str, bytes]]:
         try:
-            peer = TcpPeer(self._address)
-        except OSError:
+            with socket.create_connection((self._address, PORT), timeout=PATIENCE) as client:
+                data = converse(client, job.data, last_words)
+        except ConnectionError:
             return []
-        try:
-            peer.send(job.data)
-            peer.end_sending()
-            data = peer.rest()
-        except OSError:
-            data = b""
-        peer.socket.close()
-        return [data] if data else []
+        return [("", data)] if data else []
 
-    def _over_udp(self, job: Job) -> list[bytes]:
-        self._udp.send(job.data)
-        return []
-
-    def _ask_later(self, ends: int) -> tuple[list[bytes], bool]:
+    def _ask_later(self, ends: int, replies: list[tuple[str, bytes]]) -> Result:
         """A question that nobody knows is answered by every card that lives; it is repeated, as its answer may fail."""
-        limit = time.monotonic() + LIMIT
-        answers: list[bytes] = []
+        limit = time.monotonic() + PATIENCE
         while time.monotonic() < limit:
             if len(self.card.daemon.exits) > ends:
-                return answers, True
+                return Result(replies, True, _LAST_WORDS)
             number = next(self._fences)
             try:
                 self._udp.send(request(number))
-                answers += self._until(number)
-                return answers, False
+                self._receive_until(number, replies)
+                return Result(replies, False, f"Unknown command ID: 0x{number:x}")
             except OSError:  # a time-out, or a port that is closed
                 continue
         raise Lost(f"{self.card.name} does not answer; {self.card.records.log_lines()[-5:]}")
 
-    def _until(self, number: int) -> list[bytes]:
-        answers: list[bytes] = []
+    def _receive_until(self, number: int, replies: list[tuple[str, bytes]]) -> None:
         while True:
-            data = self._udp.socket.recv(65536)
-            command = Header.decode(data).command
+            answer = self._udp.receive()
+            command = answer.header.command
             if command == number | 0x8000:
-                return answers
+                return
             if not 0xE000 <= command:  # the answer to an earlier question
-                answers.append(data)
+                replies.append((answer.destination, answer.message.encode()))
 
     # Afterwards
 
-    def complaints(self, before: dict[str, bytes] | None = None) -> list[str]:
+    def staged(self) -> list[str]:
+        """The keys of settings that were changed and not committed."""
+        changes = self.card.inside.uci("changes").splitlines()
+        return [change.lstrip("-").partition("=")[0] for change in changes]
+
+    def complaints(self) -> list[str]:
         """What is wrong with the card: its configuration must be whole and requests be served."""
         found = [f"uci cannot read {name}" for name in ("network", "system") if not self._is_readable(name)]
         versions = self._ask(request(Command.VERSIONS))
@@ -137,4 +155,3 @@ class TargetCard:
                 return peer.ask(data).encode()
         except (OSError, ConnectionEnded) as error:
             return repr(error).encode()
-
