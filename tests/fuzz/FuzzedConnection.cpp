@@ -82,13 +82,40 @@ bool isName(const std::string& text)
            text.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
 }
 
+// What the report is made of, by name: the flash and three files, then names and contents in turn.
+std::map<std::string, std::string> sourcesOf(std::span<const std::uint8_t> bytes)
+{
+    constexpr std::array<const char*, 4> fixed = {"/dev/mtd0ro", "/tmp/drav_pnr_assy", "/tmp/vemk_pnr_assy",
+                                                  "/etc/pnr/squashfs"};
+    constexpr std::size_t flashSize = 1024;
+    constexpr std::size_t mostPieces = fixed.size() + 2 * 12; // with long names they fill a report, and more take long
+    std::map<std::string, std::string> files;
+    std::string name;
+    for (std::size_t number = 0; !bytes.empty() && number < mostPieces; ++number) {
+        const auto end = std::ranges::find(bytes, 0x1E);
+        std::string piece(bytes.begin(), end);
+        bytes = bytes.subspan(std::min(piece.size() + 1, bytes.size()));
+        if (number < fixed.size()) {
+            if (number == 0 && piece.size() % 2 == 0) { // else it may be a flash that ends too early
+                piece.resize(std::max(piece.size(), flashSize), '\xFF');
+            }
+            files[fixed[number]] = std::move(piece);
+        } else if (number % 2 == 0) {
+            name = std::move(piece);
+        } else if (isName(name)) {
+            files[std::string(pnrDirectory) + "/" + name] = std::move(piece);
+        }
+    }
+    return files;
+}
+
 } // namespace
 
 FuzzedConnection::FuzzedConnection()
 {
     uci.set("system.@system[0].hostname", "card7");
     uci.set("system.ntp.server", "10.1.2.3");
-    for (const char* directory : {"/tmp/upgrade", "/var", "/dev", "/etc/rc.d"}) {
+    for (const char* directory : {"/tmp/upgrade", "/var", "/dev", "/etc/rc.d", pnrDirectory}) {
         sandbox.makeDirectory(directory);
     }
     service.open(
@@ -148,30 +175,21 @@ std::string FuzzedConnection::feedStream(std::span<const std::uint8_t> bytes)
     return problem.empty() && lowestFreeDescriptor() != descriptor ? "a descriptor is left open" : problem;
 }
 
-void FuzzedConnection::writeSources(std::span<const std::uint8_t> bytes)
+// Only what differs from the input before, which is little as a rule: a file is slow to write.
+void FuzzedConnection::writeSources(std::map<std::string, std::string> files)
 {
-    constexpr std::array<const char*, 4> fixed = {"/dev/mtd0ro", "/tmp/drav_pnr_assy", "/tmp/vemk_pnr_assy",
-                                                  "/etc/pnr/squashfs"};
-    constexpr std::size_t flashSize = 1024;
-    constexpr std::size_t mostPieces = fixed.size() + 2 * 12; // with long names they fill a report, and more take long
-    std::filesystem::remove_all(sandbox.path(pnrDirectory));
-    sandbox.makeDirectory(pnrDirectory);
-    std::string name;
-    for (std::size_t number = 0; !bytes.empty() && number < mostPieces; ++number) {
-        const auto end = std::ranges::find(bytes, 0x1E);
-        std::string piece(bytes.begin(), end);
-        bytes = bytes.subspan(std::min(piece.size() + 1, bytes.size()));
-        if (number < fixed.size()) {
-            if (number == 0 && piece.size() % 2 == 0) { // else it may be a flash that ends too early
-                piece.resize(std::max(piece.size(), flashSize), '\xFF');
-            }
-            sandbox.write(fixed[number], piece);
-        } else if (number % 2 == 0) {
-            name = std::move(piece);
-        } else if (isName(name)) {
-            sandbox.write(std::string(pnrDirectory) + "/" + name, piece);
+    for (const auto& [name, content] : sources) {
+        if (!files.contains(name)) {
+            std::filesystem::remove(sandbox.path(name));
         }
     }
+    for (const auto& [name, content] : files) {
+        const auto known = sources.find(name);
+        if (known == sources.end() || known->second != content) {
+            sandbox.write(name, content);
+        }
+    }
+    sources = std::move(files);
 }
 
 std::string FuzzedConnection::feedSources(std::span<const std::uint8_t> bytes)
@@ -180,7 +198,7 @@ std::string FuzzedConnection::feedSources(std::span<const std::uint8_t> bytes)
     constexpr std::size_t textStart = SampleHeader::size + 4;
     constexpr std::string_view opening = "<Versions>\n";
     constexpr std::string_view closing = "</Versions>";
-    writeSources(bytes);
+    writeSources(sourcesOf(bytes));
     const int descriptor = lowestFreeDescriptor();
     connect(SampleHeader{.commandId = 1}.bytes());
     const Exchange exchange = serve();

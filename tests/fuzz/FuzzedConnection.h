@@ -11,6 +11,7 @@
 #include "support/Sandbox.h"
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
 
@@ -40,7 +41,7 @@ private:
 
     Exchange serve();
     void connect(std::span<const std::uint8_t> bytes);
-    void writeSources(std::span<const std::uint8_t> bytes);
+    void writeSources(std::map<std::string, std::string> files);
 
     Sandbox sandbox;
     FakeSystem shell;
@@ -49,4 +50,5 @@ private:
     CapturedLog log;
     TarvelServiceTcp service;
     int client = -1;
+    std::map<std::string, std::string> sources; // as they are, by name
 };

@@ -42,6 +42,15 @@ TEST_F(SandboxTest, ANameThatClimbsOutEndsTheTest)
     EXPECT_FALSE(ordinary::exists("x/../y"));
 }
 
+TEST_F(SandboxTest, ANameInItMayBeWrittenInOtherWays)
+{
+    const std::string root = sandbox.path("/tmp").substr(0, sandbox.path("/tmp").size() - 4);
+    EXPECT_TRUE(sandbox.holds(root));
+    EXPECT_TRUE(sandbox.holds(root + "//etc/./pnr/.hidden"));
+    EXPECT_FALSE(sandbox.holds(root + "x/etc"));
+    EXPECT_FALSE(sandbox.holds(root + "/etc/../../x"));
+}
+
 TEST_F(SandboxTest, HoldsNothingOfThisMachine)
 {
     EXPECT_FALSE(ordinary::exists("/etc/passwd"));
