@@ -12,6 +12,7 @@ from typing import Any
 from . import namespaces
 from .errors import CommandFailed
 
+_PATIENCE = 120.0  # seconds; on a machine that does much else a program may hardly run at all
 _PATH = "/run/bin:/usr/sbin:/usr/bin:/sbin:/bin"
 
 
@@ -63,7 +64,7 @@ class Inside:
         *,
         check: bool = True,
         input: str | bytes | None = None,  # as in subprocess.run
-        timeout: float = 30,
+        timeout: float = _PATIENCE,
         record: bool = False,
         text: bool = True,
     ) -> "subprocess.CompletedProcess[Any]":
