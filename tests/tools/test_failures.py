@@ -11,7 +11,7 @@ import pytest
 from hostile import failures
 from hostile.failures import Trial, compare, foresee
 from hostile.jobs import JOBS, Job
-from hostile.points import Point
+from hostile.points import Point, calls_of
 from hostile.table import ROWS, number_of, operation_of, row_of
 from hostile.target import TargetCard
 from model import Card, Refusal
@@ -63,6 +63,20 @@ def test_operations_are_counted_by_their_kind_and_file() -> None:
     lines = [f"close(9</tmp/{name}>) = 0" for name in ("uci.tmp", "drav_pnr_assy", "uci.tmp")]
     row = row_of(lines[0])
     assert row is not None and [number_of(row, lines[0], lines[:end]) for end in range(4)] == [1, 2, 2, 3]
+
+
+def test_calls_of_a_job_begin_with_what_arrives_and_are_counted_since_the_start() -> None:
+    trace = [
+        'recvfrom(4<TCP:[0.0.0.0:0]>, "", 20, 0, NULL, NULL) = -1 ENOTCONN',
+        "accept4(5<TCP:[0.0.0.0:50003]>, NULL, NULL, 0) = 4",
+        "exit_group(1) = ?",
+        'recvfrom(4<TCP:[10.0.0.11:50003->10.0.0.1:40000]>, "", 20, 0, NULL, NULL) = 0',
+    ]
+    points = calls_of(JOBS[0], trace)
+    assert [(point.call, point.number, point.earlier) for point in points] == [
+        ("accept4", 1, ()),
+        ("recvfrom", 2, (trace[1],)),
+    ]
 
 
 def test_call_that_no_row_knows_is_wrong() -> None:
