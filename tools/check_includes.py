@@ -35,13 +35,14 @@ CLIENT_ARROWS: dict[str, set[str]] = {
     "plan": {"messages", "model"},
     "firmware": {"engine", "model"},
     "card": {"firmware", "plan", "messages", "wire", "engine", "model"},
+    "report": {"firmware", "messages", "output", "model"},
     "targets": {"card", "wire", "model"},
     "decode": {"wire", "xml", "model"},
     "completion": {"cli"},
     "cli": {"targets", "wire", "output", "engine", "model"},
     "commands": {
-        "completion", "decode", "cli", "targets", "card", "firmware", "plan", "messages", "wire", "output", "engine",
-        "model",
+        "completion", "decode", "cli", "targets", "card", "report", "firmware", "plan", "messages", "wire", "output",
+        "engine", "model",
     },
 }
 
