@@ -39,6 +39,24 @@ inline FleetCard cardOf(const std::string& label, std::vector<InterfaceConfig> i
     return card;
 }
 
+inline FleetCard cardNamed(const std::string& label, const std::string& kernel, double skew)
+{
+    FleetCard card;
+    card.label = label;
+    card.address = "10.0.0." + label.substr(label.size() - 1);
+    card.components.emplace(1, Component{"kernel", kernel});
+    card.clock = FleetCard::Clock{skew, 0.5, "Manual"};
+    return card;
+}
+
+inline FleetCard silentCard(const std::string& label)
+{
+    FleetCard card;
+    card.label = label;
+    card.failures = {{ExitCode::noAnswer, Category::timeout, "connecting", label + " does not answer"}};
+    return card;
+}
+
 inline bool has(const std::string& text, std::string_view part)
 {
     return text.find(part) != std::string::npos;

@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "client/report/Sections.h"
+
+#include "unit/client/report/Cards.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+std::string failuresOf(std::vector<FleetCard> cards)
+{
+    return failuresSection(Fleet(std::move(cards))).text();
+}
+
+TEST(FailuresSectionTest, CardsThatFailedAlikeHaveOneSentence)
+{
+    const std::string text = failuresOf({silentCard("card1"), silentCard("card2")});
+    EXPECT_EQ(countOf(text, "does not answer"), 1U);
+    EXPECT_TRUE(has(text, "NAME does not answer"));
+    EXPECT_TRUE(has(text, "<bdi>card1</bdi>"));
+    EXPECT_TRUE(has(text, "<bdi>card2</bdi>"));
+}
+
+TEST(FailuresSectionTest, TheSentenceOfOneCardHasItsName)
+{
+    EXPECT_TRUE(has(failuresOf({silentCard("card1"), cardNamed("card2", "1", 0)}), ">card1 does not answer<"));
+}
+
+} // namespace
