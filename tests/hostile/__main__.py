@@ -1,14 +1,15 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""sim/lan /usr/bin/python3 tests/hostile failures|kills|wire|soak [--points N] [--seed S] [--job NAME] [--scale X] [--plot FILE]
+"""sim/lan /usr/bin/python3 tests/hostile failures|kills|wire|soak [OPTION...]
 
   failures  lets every system call of every kind of request fail once
   kills     kills the daemon at every system call of every kind of change
   wire      crumbs, cuts, clients that never read, floods and bombs
   soak      mixed requests, and what the daemon holds meanwhile, as a curve
 
-With --points only so many calls are tried, chosen by the seed; with --job only those for that job; --scale makes wire and soak shorter. Prints whatever is
-wrong afterwards and, as the last line of each programme, what was tried. Ends with 1 if anything was wrong.
+With --points N only so many calls are tried, chosen by --seed S; with --job NAME only those for that job; --scale X
+makes wire and soak shorter, --plot FILE draws the curve. Prints whatever is wrong afterwards and, as the last line of
+each programme, what was tried. Ends with 1 if anything was wrong.
 """
 
 import argparse
