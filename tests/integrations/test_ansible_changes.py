@@ -27,6 +27,12 @@ def test_an_address_is_for_static_only() -> None:
     assert "takes neither address nor gateway" in ended(FakeModule(params), ip.work)["msg"]
 
 
+def test_a_server_is_for_ntp_only() -> None:
+    module = FakeModule({"mode": "manual", "server": "10.0.0.5", "tolerance": 2})
+    assert "mode: manual takes no server" in ended(module, time.work)["msg"]
+    assert module.commands == []
+
+
 CLOCK = {**GOOD, "mode": "Manual", "server": "10.0.0.1", "skew": 0.4, "skew_error": 0.5}
 BY_HAND = {"mode": "manual", "server": None, "tolerance": 2}
 

@@ -83,7 +83,7 @@ def test_the_linter_has_nothing_to_say(ansible: Ansible) -> None:
     ansible.run("ansible-lint", "--offline", "--nocolor", "--strict", cwd=collection, extra=own)
     playbook = collection / "playbooks/rollout.yml"
     playbook.write_text(playbook.read_text().replace("tarvel.cards.versions", "tarvel.cards.nothing"))
-    said = ansible.run("ansible-lint", "--offline", "--nocolor", cwd=collection, code=2, extra=own)
+    said = ansible.run("ansible-lint", "--offline", "--nocolor", str(playbook), cwd=collection, code=2, extra=own)
     assert "tarvel.cards.nothing" in said
 
 

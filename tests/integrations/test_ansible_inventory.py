@@ -102,6 +102,7 @@ def test_what_was_cached_is_not_asked_for_again(ansible: Ansible, cards: list[ta
 @pytest.mark.parametrize(
     ("options", "words"),
     [
+        ({"groups_file": None}, "nobody is asked for: tell names or a groups_file"),
         ({"names": ["@nowhere"]}, "there is no group @nowhere in the groups file"),
         ({"interfaces": ["lan7"]}, "cannot broadcast on lan7: No such device"),
         ({"groups_file": "nothing"}, "No such file or directory"),

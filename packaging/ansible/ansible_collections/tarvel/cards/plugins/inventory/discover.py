@@ -130,6 +130,8 @@ class InventoryModule(BaseInventoryPlugin, Constructable, Cacheable):  # type: i
             cards.groups[group] = self._expand([f"@{group}"])
             cards.add(cards.groups[group], addresses)
         cards.add(self._expand([*map(escaped, addresses), *self.get_option("names")]), addresses)
+        if not cards.hosts and not self.get_option("unnamed"):
+            raise AnsibleParserError("nobody is asked for: tell names or a groups_file, or unnamed: true")
         if self.get_option("discover"):
             cards.hear(self._discover(cards.names()), self.get_option("unnamed"))
         return cards
