@@ -3,6 +3,7 @@
 #include "client/cli/Cli.h"
 
 #include "client/cli/Document.h"
+#include "client/cli/Version.h"
 #include "client/model/ExitCode.h"
 #include "client/model/Failure.h"
 
@@ -23,9 +24,12 @@
 namespace
 {
 
-constexpr const char* version = "tarvelctl " TARVELD_VERSION "\n"; // the project's, from CMakeLists.txt
-
 constexpr const char* summary = "Configures the cards that run tarveld: versions, time, IP addresses, firmware.";
+
+std::string versionLine()
+{
+    return fmt::format("{}\n", programVersion());
+}
 
 struct OfferedCommand {
     const CommandRow* row;
@@ -214,13 +218,13 @@ void chooseCommand(std::vector<OfferedCommand>& offered, CommandLine& line)
 void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
 {
     if (asksForVersionAlone(Words(argv, static_cast<std::size_t>(argc)))) {
-        line.text = version;
+        line.text = versionLine();
         return;
     }
     CLI::App app(summary, "tarvelctl");
     app.fallthrough(); // options of the program are understood after the command's name, too
     app.require_subcommand(1);
-    app.set_version_flag("-V,--version", version, "print the version");
+    app.set_version_flag("-V,--version", versionLine(), "print the version");
     app.footer(listOfExitStatuses());
     OptionSet options;
     line.options.declare(options);
@@ -235,7 +239,7 @@ void parseCommandLine(int argc, const char* const* argv, CommandLine& line)
     } catch (const CLI::CallForHelp&) {
         line.text = app.help();
     } catch (const CLI::CallForVersion&) {
-        line.text = version;
+        line.text = versionLine();
     } catch (const CLI::RequiredError& error) {
         nameCommand(offered, line);
         throw missingWord(app, error);

@@ -20,6 +20,7 @@ std::unique_ptr<Command> makeIpSet();
 std::unique_ptr<Command> makeMetrics();
 std::unique_ptr<Command> makeRaw();
 std::unique_ptr<Command> makeReboot();
+std::unique_ptr<Command> makeReport();
 std::unique_ptr<Command> makeStatus();
 std::unique_ptr<Command> makeTimeGet();
 std::unique_ptr<Command> makeTimeSet();
@@ -68,6 +69,10 @@ inline constexpr std::array commandRows = {
     CommandRow{"reboot", "reboot cards", "tarvelctl reboot --wait card01", makeReboot},
     CommandRow{"status", "tell whether cards are idle, busy, without daemon or out of reach",
                "tarvelctl status card[01-16]", makeStatus},
+    CommandRow{"report", "write one HTML page about all cards: versions, clocks, addresses, failures",
+               "tarvelctl report card[01-16] --output fleet.html\n"
+               "tarvelctl -o json report card[01-16]",
+               makeReport},
     CommandRow{"wait", "wait until cards are up, down, idle, or have the versions of a file",
                "tarvelctl wait --for up card[01-16]\n"
                "tarvelctl wait --for idle --wait-time 300 10.0.0.11\n"

@@ -56,6 +56,8 @@ protected:
     // Is the name of a target asked for before the job, together with all others? What it told is in Target::heard. A
     // command that changes cards asks with more care, for itself.
     [[nodiscard]] virtual bool looksUpNames() const { return !changesCards(); }
+    // Is that asked also of a name whose address was noted, and its silence no obstacle?
+    [[nodiscard]] virtual bool asksNotedNames() const { return false; }
     // Does the result say, beside all else, what told the address that the job used?
     [[nodiscard]] virtual bool tellsWhereFrom() const { return takes() == Takes::namesOrAddresses; }
     // After nobody answered by a name: the job is not begun.
@@ -95,6 +97,7 @@ private:
 
     [[nodiscard]] std::vector<Target> targetsOf(const Context& context) const;
     [[nodiscard]] bool mustLookUp(const Context& context, const Target& target) const;
+    [[nodiscard]] bool needsAnswer(const Target& target) const;
     [[nodiscard]] std::vector<std::string> namesToLookUp(const Context& context,
                                                          std::span<const Identified> cards) const;
     // Each card once; before a change, with what is known of it.

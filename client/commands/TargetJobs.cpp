@@ -70,8 +70,13 @@ bool TargetCommand::mustLookUp(const Context& context, const Target& target) con
 {
     // A dry run of what only reads sends nothing, not even the question where a card is.
     const bool isHeldBack = context.options.dryRun && !changesCards();
-    const bool needsName = takes() == Takes::namesOnly || !target.endpoint;
-    return looksUpNames() && needsName && !isHeldBack;
+    const bool isAsked = needsAnswer(target) || (asksNotedNames() && target.hasNotedAddress());
+    return looksUpNames() && isAsked && !isHeldBack;
+}
+
+bool TargetCommand::needsAnswer(const Target& target) const
+{
+    return takes() == Takes::namesOnly || !target.endpoint;
 }
 
 std::vector<std::string> TargetCommand::namesToLookUp(const Context& context, std::span<const Identified> cards) const
@@ -110,13 +115,13 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
         std::ranges::copy(card.silence, std::back_inserter(result.fields));
         throw Failure(*card.refusal);
     }
-    if (isLookedUp && !target.heard) {
+    if (isLookedUp && !target.heard && needsAnswer(target)) {
         tellNotFound(result);
         const Silence silence = co_await run.lookup.explainSilence(target.name);
         std::ranges::copy(silence.fields, std::back_inserter(result.fields));
         throw Failure(silence.failure);
     }
-    if (isLookedUp && takes() == Takes::namesOrAddresses) {
+    if (isLookedUp && target.heard && takes() == Takes::namesOrAddresses) {
         target.heard = co_await run.lookup.reachableAnswerOf(target.name);
     }
     co_await lookAgain(run.context, target);

@@ -67,6 +67,8 @@ def offers(folder: Path, line: str) -> list[str]:
         ("tarvelctl versions -i l", ["lo"]),
         ("tarvelctl metrics --output comp", ["completion"]),
         ("tarvelctl metrics --outp", ["--output"]),
+        ("tarvelctl report --output comp", ["completion"]),
+        ("tarvelctl report --outp", ["--output"]),
         ("tarvelctl ip set --if V", ["VemkEth1", "VemkEth2"]),
         ("tarvelctl time set --ntp ", []),
         ("tarvelctl completion bash ", []),

@@ -147,7 +147,7 @@ def examples(ctl: Ctl, command: tuple[str, ...], address: str) -> list[list[str]
     places = {r"card\[.*\]": "rack[1-2]", r"card\d+": "rack1", r"10\.0\.0\.\d+": address, "eth0": "lan0"}
     lines = []
     for line in shown:
-        words = re.sub(r"-o \w+ |--dry-run |--output \S+", "", line).split()
+        words = re.sub(r"-o \w+ |--dry-run | --output \S+", "", line).split()
         for theirs, ours in places.items():
             words = [re.sub(f"^{theirs}$", ours, word) for word in words]
         lines.append(words)
