@@ -74,6 +74,11 @@ def test_line_that_the_card_cuts_is_no_difference_where_it_may(cut: str) -> None
     assert differences(whole, _logged(cut))
 
 
+def test_newlines_at_the_end_of_a_line_are_no_difference() -> None:
+    assert not differences(_logged("Unknown interface: \n"), _logged("Unknown interface: "))
+    assert differences(_logged("Unknown interface: \nx"), _logged("Unknown interface: x"))
+
+
 @pytest.mark.parametrize("other", ["x" * 800, "x" * 999 + "z"])
 def test_line_that_is_not_cut_but_another_is_a_difference(other: str) -> None:
     assert differences(_logged("x" * 1200), _logged(other), cut_lines=True)

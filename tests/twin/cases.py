@@ -30,6 +30,10 @@ CASES: dict[str, Case] = {
         Setup(),
         Datagrams("lan0", (request(3, ip_configuration(to=HOST, sender="y" * 3700)),)),
     ),
+    "a line of the log that ends in a newline, which the log does not keep": (
+        Setup(),
+        Datagrams("lan0", (request(4, ip_configuration('<Interface Name="&#10;" Mode="Dhcp"/>', to=HOST)),)),
+    ),
     "a time before 1970, which no kernel takes": (
         Setup(),
         Connection(request(17, time_reference("Manual", "10.0.0.1", "1969-12-31T23:59:23"))),

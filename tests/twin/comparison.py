@@ -74,7 +74,7 @@ def _told(reply: tuple[str, bytes]) -> str:
 
 
 def _masked(lines: list[str]) -> list[str]:
-    return [_FOREIGN.sub(r"\1*", line) for line in lines]
+    return [_FOREIGN.sub(r"\1*", line.rstrip("\n")) for line in lines]
 
 
 def _like(expected: list[str], seen: list[str], cut_lines: bool) -> list[str]:
