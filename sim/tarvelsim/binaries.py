@@ -48,7 +48,7 @@ def _candidates() -> list[Path]:
 def sim_programs() -> dict[str, str]:
     for directory in _candidates():
         if _is_native(directory / "uci") and _is_native(directory / "gate"):
-            tar = shutil.which("tar") or "/usr/bin/tar"
+            tar = os.environ.get("TARVEL_SIM_TAR") or shutil.which("tar") or "/usr/bin/tar"
             built = {name: str(directory / name) for name in ("uci", "gate", "libsetlbf.so")}
             return {**built, "tar": tar}
     raise SimError("the simulated card's programs are not built: cmake --build with TARVELD_SIM=ON first")

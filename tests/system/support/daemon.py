@@ -21,6 +21,9 @@ _CONTENT = _PROGRAM.read_bytes() if _PROGRAM.exists() else b""
 # One of the texts that only the hardened build can log.
 IS_HARDENED = b"is neither an address nor a host name, refused" in _CONTENT
 
+# Instead of this machine's, which is GNU's.
+HAS_BUSYBOX_TAR = "TARVEL_SIM_TAR" in os.environ
+
 _BEFORE_EACH_COMMAND = "set -f; " if IS_HARDENED else ""
 
 
