@@ -30,14 +30,30 @@ build_tree() {
             ;;
         x86_64-musl) tests=OFF ;;
     esac
+    build_in "$directory" "$toolchain" "$*" -DTARVELD_SYSROOT="$roots" -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests \
+        -DTARVELD_CLIENT=$client -DTARVELD_BENCH=$client
+}
+
+# The hardened daemon for the card, and nothing else. For tests, which need not unpack a gigabyte to meet the limit.
+build_hardened() {
+    need_sysroot powerpc-musl
+    build_in "$root/build/target-hardened" powerpc-musl tarveld -DTARVELD_SYSROOT="$cache/sysroot-powerpc-musl" \
+        -DTARVELD_HARDENED=ON -DTARVELD_LARGEST_UNPACKED_MIB=16 -DBUILD_TESTING=OFF -DTARVELD_SIM=OFF \
+        -DTARVELD_CLIENT=OFF -DTARVELD_BENCH=OFF
+}
+
+# build_in DIRECTORY TOOLCHAIN TARGETS OPTION...: with blanks between the targets, or none for all.
+build_in() {
+    local directory=$1 toolchain=$2 targets
+    read -ra targets <<<"$3"
+    shift 3
     say "building with $toolchain in ${directory#"$root"/}"
     mkdir -p "$directory"
     (
         flock 9
         [[ $toolchain != *-musl ]] || describe_zig "$toolchain"
-        configure_tree "$toolchain" "$directory" -DTARVELD_SYSROOT="$roots" -DBUILD_TESTING=$tests -DTARVELD_SIM=$tests \
-            -DTARVELD_CLIENT=$client -DTARVELD_BENCH=$client
-        quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)" ${1:+--target "$@"}
+        configure_tree "$toolchain" "$directory" "$@"
+        quietly "$directory/build.log" cmake --build "$directory" -j "$(nproc)" ${targets[0]:+--target "${targets[@]}"}
     ) 9>"$directory/.lock"
 }
 
