@@ -58,7 +58,6 @@ def played(cards: dict[str, tarvelsim.Card], folder: Path) -> Played:
             task("change of nobody", "time", mode="ntp", server="10.0.0.5", **absent),
             task("two cards", "time", card="double", mode="ntp", server="10.0.0.5"),
             checked("two cards forced", "time", card="double", mode="ntp", server="10.0.0.5", force=True),
-            task("read of two cards", "versions", card="double"),
             task("evil archive", "firmware", card="card2", src=str(evil), expect=NEW),
             task("wrong archive", "firmware", card="card2", src=str(good), expect={"kernel": "KERN-8.0.0"}),
             task("somebody's address", "ip", card="card2", **ADDRESS),
@@ -173,12 +172,7 @@ def test_a_failure_tells_whether_the_card_is_another_one(played: Played) -> None
     assert played.of("evil archive")["changed"] is False
 
 
-def test_a_warning_of_the_client_is_one_of_the_task(played: Played) -> None:
-    (warning,) = played.of("read of two cards")["warnings"]
-    assert "two cards have this name" in warning
-
-
-def test_force_goes_on_with_a_warning(played: Played) -> None:
+def test_force_goes_on_with_the_warning_of_the_client(played: Played) -> None:
     forced = played.of("two cards forced checked")
     assert (forced["outcome"], forced["changed"]) == ("ok", True)
     assert "two cards have this name" in forced["warnings"][0]
