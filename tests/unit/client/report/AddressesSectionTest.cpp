@@ -19,7 +19,7 @@ std::string sectionOf(std::vector<FleetCard> cards)
     return addressesSection(Fleet(std::move(cards))).text();
 }
 
-TEST(AddressesSectionTest, bothInterfacesAreShown)
+TEST(AddressesSectionTest, BothInterfacesAreShown)
 {
     const std::string text = sectionOf({cardAt("card1", "10.0.0.1", "10.0.0.1")});
     EXPECT_TRUE(has(text, "<td>10.0.0.1<small> 255.255.255.0, gateway 10.0.0.254</small></td>"));
@@ -27,7 +27,7 @@ TEST(AddressesSectionTest, bothInterfacesAreShown)
     EXPECT_FALSE(has(text, "doubled"));
 }
 
-TEST(AddressesSectionTest, aDoubledAddressNamesWhoHasItToo)
+TEST(AddressesSectionTest, ADoubledAddressNamesWhoHasItToo)
 {
     const std::string text =
         sectionOf({cardAt("card1", "10.0.0.1", "10.0.0.1"), cardAt("card2", "10.0.0.1", "10.0.0.1")});
@@ -36,7 +36,7 @@ TEST(AddressesSectionTest, aDoubledAddressNamesWhoHasItToo)
     EXPECT_TRUE(has(text, "also card1"));
 }
 
-TEST(AddressesSectionTest, ofManyWhoHaveAnAddressSomeAreNamed)
+TEST(AddressesSectionTest, OfManyWhoHaveAnAddressSomeAreNamed)
 {
     std::vector<FleetCard> cards;
     for (const char* label : {"a", "b", "c", "d", "e", "f"}) {
@@ -45,7 +45,7 @@ TEST(AddressesSectionTest, ofManyWhoHaveAnAddressSomeAreNamed)
     EXPECT_TRUE(has(sectionOf(std::move(cards)), "also b, c, d and 2 more"));
 }
 
-TEST(AddressesSectionTest, aTargetThatIsAnAddressCouldNotBeAsked)
+TEST(AddressesSectionTest, ATargetThatIsAnAddressCouldNotBeAsked)
 {
     FleetCard card;
     card.label = card.address = "10.0.0.9";
@@ -55,7 +55,7 @@ TEST(AddressesSectionTest, aTargetThatIsAnAddressCouldNotBeAsked)
     EXPECT_TRUE(has(sectionOf({card}), "did not tell its settings"));
 }
 
-TEST(AddressesSectionTest, aNameThatAnswersFromElsewhereIsMarked)
+TEST(AddressesSectionTest, ANameThatAnswersFromElsewhereIsMarked)
 {
     FleetCard card = cardAt("card1", "10.0.0.1", "10.0.0.1");
     card.address = "10.0.0.7";
@@ -64,7 +64,7 @@ TEST(AddressesSectionTest, aNameThatAnswersFromElsewhereIsMarked)
     EXPECT_FALSE(has(sectionOf({card}), "its name answers"));
 }
 
-TEST(AddressesSectionTest, whoDidNotAnswerHasNoRow)
+TEST(AddressesSectionTest, WhoDidNotAnswerHasNoRow)
 {
     FleetCard silent;
     silent.label = "card9";

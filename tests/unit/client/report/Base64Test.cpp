@@ -13,7 +13,7 @@ std::string base64Of(std::string_view text)
     return inBase64(std::as_bytes(std::span(text)));
 }
 
-TEST(Base64Test, isThatOfTheStandardsExamples)
+TEST(Base64Test, IsThatOfTheStandardsExamples)
 {
     EXPECT_EQ(base64Of(""), "");
     EXPECT_EQ(base64Of("f"), "Zg==");
@@ -24,7 +24,7 @@ TEST(Base64Test, isThatOfTheStandardsExamples)
     EXPECT_EQ(base64Of("foobar"), "Zm9vYmFy");
 }
 
-TEST(Base64Test, hasTheLastLettersOfItsAlphabetForHighBits)
+TEST(Base64Test, HasTheLastLettersOfItsAlphabetForHighBits)
 {
     EXPECT_EQ(base64Of("\xff\xff\xfe\xfb\xef\xbe"), "///+++++");
 }

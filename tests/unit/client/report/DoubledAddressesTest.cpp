@@ -13,14 +13,14 @@ const FleetCard one = cardOf("one", {fixed("VemkEth1", "10.0.0.1")}, "10.0.0.1")
 const FleetCard two = cardOf("two", {fixed("VemkEth1", "10.0.0.2")}, "10.0.0.2");
 const FleetCard likeOne = cardOf("likeOne", {fixed("VemkEth2", "10.0.0.1")}, "10.0.0.3");
 
-TEST(DoubledAddressesTest, anAddressOfOneCardIsNotDoubled)
+TEST(DoubledAddressesTest, AnAddressOfOneCardIsNotDoubled)
 {
     const DoubledAddresses doubled({one, two});
     EXPECT_EQ(doubled.count(), 0U);
     EXPECT_FALSE(doubled.hasDoubled(one));
 }
 
-TEST(DoubledAddressesTest, anAddressOfTwoCardsIsDoubled)
+TEST(DoubledAddressesTest, AnAddressOfTwoCardsIsDoubled)
 {
     const DoubledAddresses doubled({one, two, likeOne});
     EXPECT_EQ(doubled.count(), 1U);
@@ -29,12 +29,12 @@ TEST(DoubledAddressesTest, anAddressOfTwoCardsIsDoubled)
     EXPECT_FALSE(doubled.hasDoubled(two));
 }
 
-TEST(DoubledAddressesTest, theOthersThatHaveItAreKnown)
+TEST(DoubledAddressesTest, TheOthersThatHaveItAreKnown)
 {
     EXPECT_EQ(DoubledAddresses({one, two, likeOne}).othersWith("10.0.0.1", "one"), std::vector<std::string>{"likeOne"});
 }
 
-TEST(DoubledAddressesTest, anAddressOfBothInterfacesIsDoubled)
+TEST(DoubledAddressesTest, AnAddressOfBothInterfacesIsDoubled)
 {
     const FleetCard card = cardOf("c", {fixed("VemkEth1", "10.0.0.1"), fixed("VemkEth2", "10.0.0.1")}, "10.0.0.1");
     const DoubledAddresses doubled({card});
@@ -42,19 +42,19 @@ TEST(DoubledAddressesTest, anAddressOfBothInterfacesIsDoubled)
     EXPECT_TRUE(doubled.othersWith("10.0.0.1", "c").empty());
 }
 
-TEST(DoubledAddressesTest, whereACardIsHeardFromCounts)
+TEST(DoubledAddressesTest, WhereACardIsHeardFromCounts)
 {
     const FleetCard card = cardOf("card", {leased("VemkEth1")}, "10.0.0.1");
     EXPECT_TRUE(DoubledAddresses({one, card}).hasDoubled(card));
 }
 
-TEST(DoubledAddressesTest, toHaveNoAddressIsNoAddress)
+TEST(DoubledAddressesTest, ToHaveNoAddressIsNoAddress)
 {
     const std::vector<FleetCard> lost = {cardOf("lost1", {}, "0.0.0.0"), cardOf("lost2", {}, "0.0.0.0")};
     EXPECT_EQ(DoubledAddresses(lost).count(), 0U);
 }
 
-TEST(DoubledAddressesTest, aTargetThatIsAnAddressMayBeANamedCard)
+TEST(DoubledAddressesTest, ATargetThatIsAnAddressMayBeANamedCard)
 {
     FleetCard byAddress;
     byAddress.label = byAddress.address = "10.0.0.1";

@@ -15,29 +15,29 @@ std::string pageOf(std::vector<FleetCard> cards)
     return fleetPage({1767225600, 1767225603, "tarvelctl 1"}, Fleet(std::move(cards)));
 }
 
-TEST(FleetPageTest, blanksAreFilledIn)
+TEST(FleetPageTest, BlanksAreFilledIn)
 {
     EXPECT_EQ(filledIn("a{{one}}b{{two}}{{one}}c", {{"one", "1"}, {"two", "2"}}), "a1b21c");
 }
 
-TEST(FleetPageTest, whatWasFilledInIsNoTemplate)
+TEST(FleetPageTest, WhatWasFilledInIsNoTemplate)
 {
     EXPECT_EQ(filledIn("{{one}}{{two}}", {{"one", "{{two}}"}, {"two", "2"}}), "{{two}}2");
 }
 
-TEST(FleetPageTest, theFilesOfThePageAreInTheProgram)
+TEST(FleetPageTest, TheFilesOfThePageAreInTheProgram)
 {
     EXPECT_TRUE(pageHtml.starts_with("<!DOCTYPE html>"));
     EXPECT_TRUE(has(pageOf({}), pageStyle));
     EXPECT_TRUE(has(pageOf({}), pageScript));
 }
 
-TEST(FleetPageTest, noBlankIsLeft)
+TEST(FleetPageTest, NoBlankIsLeft)
 {
     EXPECT_FALSE(has(pageOf({cardNamed("card1", "1", 0)}), "{{"));
 }
 
-TEST(FleetPageTest, tellsWhenItWasLookedAndByWhat)
+TEST(FleetPageTest, TellsWhenItWasLookedAndByWhat)
 {
     const std::string page = pageOf({cardNamed("card1", "1", 0), silentCard("card2")});
     EXPECT_TRUE(has(page,
@@ -45,7 +45,7 @@ TEST(FleetPageTest, tellsWhenItWasLookedAndByWhat)
                     "seconds, by tarvelctl 1"));
 }
 
-TEST(FleetPageTest, anEmptyFleetIsAPageToo)
+TEST(FleetPageTest, AnEmptyFleetIsAPageToo)
 {
     EXPECT_TRUE(has(pageOf({}), "0 of 0"));
 }

@@ -19,7 +19,7 @@ OddVersions::Usual usualVersion(std::optional<std::string> version)
     return {true, std::move(version)};
 }
 
-TEST(OddVersionsTest, whatMostHaveIsUsual)
+TEST(OddVersionsTest, WhatMostHaveIsUsual)
 {
     const OddVersions odd({newKernel, oldKernel, oldKernel});
     EXPECT_EQ(odd.usual("kernel"), usualVersion("1"));
@@ -27,14 +27,14 @@ TEST(OddVersionsTest, whatMostHaveIsUsual)
     EXPECT_FALSE(odd.isOdd("kernel", "1"));
 }
 
-TEST(OddVersionsTest, aCardIsOddIfOneOfItsComponentsIs)
+TEST(OddVersionsTest, ACardIsOddIfOneOfItsComponentsIs)
 {
     const OddVersions odd({newKernel, oldKernel, oldKernel});
     EXPECT_TRUE(odd.isOdd(newKernel));
     EXPECT_FALSE(odd.isOdd(oldKernel));
 }
 
-TEST(OddVersionsTest, withoutAMajorityAllDiffer)
+TEST(OddVersionsTest, WithoutAMajorityAllDiffer)
 {
     const OddVersions odd({newKernel, oldKernel});
     EXPECT_FALSE(odd.usual("kernel").exists);
@@ -42,13 +42,13 @@ TEST(OddVersionsTest, withoutAMajorityAllDiffer)
     EXPECT_TRUE(odd.isOdd(oldKernel));
 }
 
-TEST(OddVersionsTest, whoLacksWhatMostHaveIsOdd)
+TEST(OddVersionsTest, WhoLacksWhatMostHaveIsOdd)
 {
     const OddVersions odd({oldKernel, noKernel, oldKernel});
     EXPECT_TRUE(odd.isOdd(noKernel));
 }
 
-TEST(OddVersionsTest, whoHasWhatMostLackIsOdd)
+TEST(OddVersionsTest, WhoHasWhatMostLackIsOdd)
 {
     const OddVersions odd({oldKernel, noKernel, noKernel});
     EXPECT_EQ(odd.usual("kernel"), usualVersion({}));
@@ -56,7 +56,7 @@ TEST(OddVersionsTest, whoHasWhatMostLackIsOdd)
     EXPECT_FALSE(odd.isOdd(noKernel));
 }
 
-TEST(OddVersionsTest, whoToldNothingCountsForNothing)
+TEST(OddVersionsTest, WhoToldNothingCountsForNothing)
 {
     const OddVersions odd({silent, silent, oldKernel});
     EXPECT_EQ(odd.usual("kernel"), usualVersion("1"));
@@ -64,12 +64,12 @@ TEST(OddVersionsTest, whoToldNothingCountsForNothing)
     EXPECT_TRUE(OddVersions({silent}).components().empty());
 }
 
-TEST(OddVersionsTest, componentsAreInTheOrderInWhichTheyCame)
+TEST(OddVersionsTest, ComponentsAreInTheOrderInWhichTheyCame)
 {
     EXPECT_EQ(OddVersions({noKernel, oldKernel}).components(), (std::vector<std::string>{"application", "kernel"}));
 }
 
-TEST(OddVersionsTest, aComponentThatIsToldTwiceHasBothVersions)
+TEST(OddVersionsTest, AComponentThatIsToldTwiceHasBothVersions)
 {
     EXPECT_EQ(OddVersions::versionAt(cardWith({{"kernel", "1"}, {"kernel", "2"}}), "kernel"), "1 / 2");
 }
