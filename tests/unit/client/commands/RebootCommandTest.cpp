@@ -135,7 +135,7 @@ TEST_F(RebootCommandTest, DoesNotTakeAMachineThatCannotAskForACardThatDoesNotCom
         });
         return done;
     });
-    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "0.5", "card1"}), 5);
+    EXPECT_EQ(run({"-o", "json", "reboot", "--wait", "--wait-time", "3", "card1"}), 5);
     EXPECT_TRUE(outHas("\"category\": \"no-socket\""));
     EXPECT_TRUE(outHas("\"changed\": true"));
     EXPECT_TRUE(errHas("whether the card is back is not known: "));
