@@ -110,11 +110,18 @@ report() {
     fi
 }
 
+# Once more at the end, since of a long report perhaps only the end is kept.
+failed_tests() {
+    sed -nE -e 's/^(FAILED|ERROR) /    /p' -e '/\(Skipped\)$/d' \
+        -e 's/^\t *[0-9]+ - (.*) \(.*\)$/    \1/p' "$1" | cut -c 1-200 | sed -n 1,20p
+}
+
 summary() {
     local name
     echo
     for name in "${failed_steps[@]}"; do
         echo "failed: $name"
+        failed_tests "$(log_of "$name")"
     done
     echo "took $((SECONDS / 60)) min $((SECONDS % 60)) s"
     if [ "$skipped" -gt 0 ]; then

@@ -109,6 +109,20 @@ def test_a_failed_step_shows_its_log_and_fails_the_run(steps: Steps) -> None:
     assert steps.status == 1
 
 
+def test_the_end_names_the_tests_that_failed(steps: Steps) -> None:
+    said_by_pytest = "printf '%s\\n' FAILED: 'FAILED tests/a.py::test_b - assert 1 == 2' 'ERROR tests/c.py'; false"
+    said_by_ctest = "printf '\\t%s\\n' '165 - net:Peer.Ends (Skipped)' ' 47 - net:Peer.Begins (Failed)' '3 - a:B.C (Timeout)'; false"
+    lines = steps.run(f'step wanted a eval "{said_by_pytest}"', f'step wanted b eval "{said_by_ctest}"')
+    assert lines[lines.index("failed: a") : -2] == [
+        "failed: a",
+        "    tests/a.py::test_b - assert 1 == 2",
+        "    tests/c.py",
+        "failed: b",
+        "    net:Peer.Begins",
+        "    a:B.C",
+    ]
+
+
 def test_the_words_of_a_command_stay_as_they_are(steps: Steps) -> None:
     steps.run("step wanted a printf '%s\\n' 'two words' '$HOME'")
     assert (steps.logs / "a.log").read_text() == "two words\n$HOME\n"
