@@ -6,7 +6,7 @@ import shlex
 
 import pytest
 from support.documents import ip_configuration
-from support.peers import PATIENCE, UdpPeer
+from support.peers import BROADCAST, PATIENCE, UdpPeer
 from tarvelsim import Card
 from tarvelsim.waiting import wait_for
 from wire import Command, request
@@ -121,10 +121,9 @@ def test_broadcast_to_an_interface_of_no_protocol_is_answered_from_the_other_one
     scratch_card: Card, udp1: UdpPeer
 ) -> None:
     configure(scratch_card, proto="none")
-    udp1.send(request(Command.IP_GET, ip_configuration()), to="255.255.255.255")
-    data, sender = udp1.socket.recvfrom(65536)
-    assert sender[0] == "10.0.0.11"
-    assert b'Name="VemkEth2" Mode="Disabled"' in data
+    answer = udp1.ask_until_answered(request(Command.IP_GET, ip_configuration()), to=BROADCAST)
+    assert answer.sender == "10.0.0.11"
+    assert 'Name="VemkEth2" Mode="Disabled"' in answer.text
 
 
 def test_lease_comes_after_the_restart_and_its_router_is_the_default_route(scratch_card: Card) -> None:

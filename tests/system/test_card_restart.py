@@ -4,7 +4,7 @@
 
 from support.daemon import words
 from support.documents import ip_configuration
-from support.peers import TcpPeer, UdpPeer
+from support.peers import BROADCAST, TcpPeer, UdpPeer
 from support.watch import Watch
 from tarvelsim import Card
 from tarvelsim.waiting import wait_for
@@ -13,6 +13,10 @@ from wire import Command, Status, request
 RESTART = ["/etc/init.d/network", "restart"]
 EMPTY_SET = request(Command.IP_SET, ip_configuration(), sequence=7)
 NOBODY = request(Command.IP_GET, ip_configuration(), sequence=8)
+
+
+def settings_of(card: Card, sequence: int) -> bytes:
+    return request(Command.IP_GET, ip_configuration(to=card.name), sequence=sequence)
 
 
 def is_down(card: Card, device: str) -> bool:
@@ -39,10 +43,10 @@ def test_restart_returns_with_success_before_the_devices_are_up_again(scratch_ca
 
 def test_datagram_to_a_card_whose_network_is_down_is_lost(scratch_card: Card, udp: UdpPeer) -> None:
     mark = restart_until_the_devices_are_down(scratch_card)
-    udp.send(NOBODY, to="255.255.255.255")
+    udp.send(settings_of(scratch_card, sequence=1), to=BROADCAST)
     scratch_card.inside.release()
     scratch_card.network.wait(mark)
-    assert udp.settle() == []
+    assert udp.ask_until_answered(settings_of(scratch_card, sequence=2), to=BROADCAST).header.sequence == 2
 
 
 def test_connection_lives_through_a_restart(scratch_card: Card, tcp: TcpPeer) -> None:
@@ -80,7 +84,7 @@ def answered_at_last(client: UdpPeer, card: Card) -> int:
     def is_answered() -> int | None:
         nonlocal sequence
         sequence += 1
-        client.send(request(Command.IP_GET, ip_configuration(to=card.name), sequence=sequence), to="255.255.255.255")
+        client.send(settings_of(card, sequence), to=BROADCAST)
         try:
             return client.receive().header.sequence
         except TimeoutError:

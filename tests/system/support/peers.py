@@ -10,10 +10,12 @@ from dataclasses import dataclass
 from itertools import cycle
 from types import TracebackType
 
+from tarvelsim.waiting import wait_for
 from wire import HEADER_SIZE, Header, Message, reply_to, request
 from wire.numbers import PORT
 
 PATIENCE = 120.0  # seconds; only a test that fails waits that long
+UNTIL_ASKED_AGAIN = 0.3  # seconds, where what is asked may be lost
 BROADCAST = "255.255.255.255"
 _IP_PKTINFO = 8  # not among Python's constants; Linux tells with it where a datagram was sent to
 _PKTINFO = struct.Struct("=i4s4s")
@@ -102,10 +104,11 @@ class TcpPeer:
 
 @dataclass(frozen=True)
 class Answer:
-    """A datagram, and the address it was sent to."""
+    """A datagram, and the addresses it was sent to and came from."""
 
     message: Message
     destination: str
+    sender: str
 
     @property
     def header(self) -> Header:
@@ -134,18 +137,27 @@ class UdpPeer:
         self.socket.sendto(data, (to or self.card_address, PORT))
 
     def receive(self) -> Answer:
-        data, ancillary, _, _ = self.socket.recvmsg(65536, socket.CMSG_SPACE(_PKTINFO.size))
+        data, ancillary, _, (sender, _) = self.socket.recvmsg(65536, socket.CMSG_SPACE(_PKTINFO.size))
         destination = next(
             _PKTINFO.unpack(value[: _PKTINFO.size])[2] for _, kind, value in ancillary if kind == _IP_PKTINFO
         )
-        return Answer(Message.decode(data), socket.inet_ntoa(destination))
+        return Answer(Message.decode(data), socket.inet_ntoa(destination), sender)
 
-    def has_datagram(self) -> bool:
-        return bool(select.select([self.socket], [], [], 0)[0])
+    def has_datagram(self, patience: float = 0) -> bool:
+        return bool(select.select([self.socket], [], [], patience)[0])
 
     def ask(self, data: bytes, to: str | None = None) -> Answer:
         self.send(data, to)
         return self.receive()
+
+    def ask_until_answered(self, data: bytes, to: str | None = None) -> Answer:
+        """The first answer of a card whose network has just come up: a cable may swallow datagrams for a moment more."""
+
+        def answer() -> Answer | None:
+            self.send(data, to)
+            return self.receive() if self.has_datagram(UNTIL_ASKED_AGAIN) else None
+
+        return wait_for(answer, PATIENCE, lambda: "the card is never heard again")
 
     def is_ignored(self, data: bytes, to: str | None = None) -> bool:
         self.send(data, to)

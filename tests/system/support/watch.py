@@ -10,9 +10,8 @@ from tarvelsim.waiting import wait_for
 from wire import request
 
 from .daemon import bare, words
-from .peers import BROADCAST, PATIENCE, UdpPeer, next_unknown_command
+from .peers import BROADCAST, PATIENCE, UNTIL_ASKED_AGAIN, UdpPeer, next_unknown_command
 
-_UNTIL_ASKED_AGAIN = 0.3
 _UNREACHABLE = f"sendto() failed: {words('Network is unreachable')}"
 _NUMBER = re.compile(r"\(\d+\)")
 
@@ -42,7 +41,7 @@ class Watch:
         def is_logged() -> bool:
             self._udp.send(request(command), to=BROADCAST)
             with contextlib.suppress(WaitTimeout):
-                self._card.records.wait_log(text, timeout=_UNTIL_ASKED_AGAIN)
+                self._card.records.wait_log(text, timeout=UNTIL_ASKED_AGAIN)
                 return True
             return False
 
