@@ -238,7 +238,7 @@ def test_an_unheard_name_is_changed_only_if_the_groups_file_is_trusted(
     ctl: Ctl, scratch: Card, firmware: str
 ) -> None:
     (ctl.config / "groups").write_text(f"routed {scratch.address('eth0')}\n")
-    words = ("--timeout", "0.5", "firmware", "upload", firmware, "routed")
+    words = ("--timeout", "3", "firmware", "upload", firmware, "routed")
     before = Snapshot([scratch])
     answer = ctl.json(*words)
     assert (answer.code, "--trust-groups" in answer.result["hint"]) == (5, True)

@@ -70,7 +70,7 @@ def test_a_target_that_is_an_address_is_not_asked_for_its_settings(ctl: Ctl, rac
 def test_a_name_with_a_noted_address_is_asked_for_its_settings(ctl: Ctl, rack: list[Card], tmp_path: Path) -> None:
     address = rack[0].address("eth0") or ""
     (ctl.config / "groups").write_text(f"rack1 {address}\nnobody {address}\n")
-    code, page = write(ctl, tmp_path, "rack1", "nobody", "--timeout", "0.5", "--retries", "0")
+    code, page = write(ctl, tmp_path, "rack1", "nobody", "--retries", "0")
     assert code == 0
     assert address in page.rows("addresses")["rack1"][1]
     assert page.rows("addresses")["nobody"] == [address, "did not tell its settings"]

@@ -113,7 +113,7 @@ class Latecomers:
 
 def test_a_second_card_that_is_heard_late_is_a_warning(ctl: Ctl) -> None:
     with FakeUdpCard(Latecomers()):
-        waited = ctl("-i", "lan0", "--timeout", "0.5", "--retries", "1", "wait", "--for", "up", "late", "doubled")
+        waited = ctl("-i", "lan0", "--timeout", "3", "--retries", "1", "wait", "--for", "up", "late", "doubled")
     assert waited.code == 0
     assert "warning: doubled: two cards have this name, and one address" in waited.err
 
