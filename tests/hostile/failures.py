@@ -2,7 +2,6 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Every call fails once: the card must answer, log, run and leave behind exactly what the model foresees of it."""
 
-import copy
 import re
 from dataclasses import dataclass
 from difflib import unified_diff
@@ -69,7 +68,7 @@ def try_point(target: TargetCard, point: Point) -> list[str]:
 
 def _try(target: TargetCard, point: Point, row: Row, delay: int) -> list[str]:
     error, text = _ERRORS.get(point.call, _USUAL)
-    card = copy.deepcopy(target.model)
+    card = target.model.copy()
     card.refusal = _refusal(point, row, text)
     card, expected = foresee(card, point.job)
     target.restore()

@@ -4,7 +4,7 @@
 
 import os
 from collections import Counter
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from errno import ENOENT
 
 from .settings import Settings
@@ -49,6 +49,13 @@ class Card:
     has_ended: bool = False  # the daemon
     refusal: Refusal | None = None
     asked: Counter[str] = field(default_factory=Counter)  # how often the system was asked for what it may refuse
+
+    def copy(self) -> "Card":
+        """With records of its own; what stands in them is replaced, never changed."""
+        records = {
+            name: type(value)(value) for name, value in vars(self).items() if isinstance(value, (dict, list, Counter))
+        }
+        return replace(self, settings=self.settings.copy(), **records)
 
     def info(self, text: str) -> None:
         self.log.append(f"info {text}")

@@ -14,6 +14,9 @@ class Settings:
     committed: dict[str, Value]
     staged: dict[str, Value | None] = field(default_factory=dict)
 
+    def copy(self) -> "Settings":
+        return Settings(dict(self.committed), dict(self.staged))
+
     def get(self, key: str) -> Value | None:
         return self.staged[key] if key in self.staged else self.committed.get(key)
 

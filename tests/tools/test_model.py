@@ -2,6 +2,8 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What the model makes of commands that it has no words of its own for."""
 
+import copy
+
 import pytest
 from model import Card, Unforeseeable, platform, serve_connection, tcp
 from model.settings import Settings
@@ -36,3 +38,17 @@ def test_what_a_shell_would_make_of_a_value_is_not_foreseen(server: str) -> None
 @pytest.mark.parametrize("command", ["uci -q get system.ntp.server > /tmp/uci.tmp", "uci -q commit system"])
 def test_what_the_daemon_itself_asks_of_a_shell_is_foreseen(command: str) -> None:
     platform.run(Card("card1", Settings({}), {}), command)
+
+
+def test_what_happens_to_a_copy_of_a_card_does_not_happen_to_the_card() -> None:
+    card = Card("card1", Settings({"network.lan.proto": "static"}), {"/etc/pnr/kernel": b"1"}, {"a": b"1"})
+    before = copy.deepcopy(card)
+    other = card.copy()
+    assert other == card
+    other.settings.put("network.lan.proto", "dhcp")
+    other.settings.commit()
+    other.settings.delete("network.lan.proto")
+    other.refuses("fork")
+    for record in (value for value in vars(other).values() if isinstance(value, (dict, list))):
+        record.clear()
+    assert card == before

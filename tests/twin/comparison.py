@@ -2,7 +2,6 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What the model foresees of an action, and in what the card differs."""
 
-import copy
 import re
 from difflib import unified_diff
 
@@ -29,7 +28,7 @@ _UNFIXED = "warning *"
 
 def foresee(card: Card, action: Action, ports: dict[str, tuple[str, int]]) -> tuple[Card, Outcome]:
     """The card as it will be, and what is to be seen."""
-    future = copy.deepcopy(card)
+    future = card.copy()
     future.log, future.commands, future.console = [], [], []
     if isinstance(action, Connection):
         stream = serve_connection(future, *ports[TCP], action.data)
