@@ -1,18 +1,15 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""Clients that are gone without a word, or take nothing more, hold the only connection for a minute and a half."""
+"""Clients that are gone without a word hold the only connection for a minute and a half."""
 
-import socket
 from collections.abc import Callable, Iterator
 
 import pytest
-from support.daemon import words
-from support.descriptors import TCP_USER_TIMEOUT, connection_of
+from support.descriptors import shorten_limit
 from support.peers import TcpPeer
 from tarvelsim import Card
 from wire import Command, Status, request
 
-MILLISECONDS = 90_000
 GIVEN_UP = "recv() failed: "  # "Connection timed out", or "No route to host" once the card has asked for the address
 
 
@@ -38,40 +35,16 @@ def vanish_with_a_reply_on_its_way(card: Card, peer: TcpPeer, cable: Callable[[b
     card.inside.release()
 
 
-def shorten(card: Card) -> None:
-    """Sets the limit of the daemon's own connection to a second, so that nobody waits for ninety."""
-    with connection_of(pid_of(card)) as connection:
-        assert connection.getsockopt(socket.IPPROTO_TCP, TCP_USER_TIMEOUT) == MILLISECONDS
-        connection.setsockopt(socket.IPPROTO_TCP, TCP_USER_TIMEOUT, 1000)
-
-
 def test_client_that_vanishes_with_a_reply_on_its_way_is_given_up(
     card: Card, connect: Callable[[], TcpPeer], cable: Callable[[bool], None]
 ) -> None:
     peer = connect()
     peer.ask(request(2))
-    shorten(card)
+    shorten_limit(pid_of(card))
     mark = card.records.log_mark()
     vanish_with_a_reply_on_its_way(card, peer, cable)
     card.records.wait_log(GIVEN_UP, timeout=30, since=mark, level="warning")
     cable(True)
-    assert connect().ask(request(2)).header.status == Status.UNKNOWN_COMMAND
-
-
-def test_client_that_never_reads_is_given_up(card: Card, connect: Callable[[], TcpPeer]) -> None:
-    peer = connect()
-    peer.ask(request(2))
-    shorten(card)
-    mark = card.records.log_mark()
-    peer.socket.setblocking(False)
-    questions = request(Command.VERSIONS) * 100
-    try:
-        while True:  # until the card does not read any more, since its replies are not read
-            peer.socket.send(questions)
-    except BlockingIOError:
-        pass
-    card.records.wait_log(f"send() failed: {words('Connection timed out')}", timeout=30, since=mark, level="warning")
-    peer.reset()
     assert connect().ask(request(2)).header.status == Status.UNKNOWN_COMMAND
 
 

@@ -2,19 +2,20 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """Clients that keep the card busy, and others out, without asking for anything."""
 
+import contextlib
 import socket
 import struct
 from collections.abc import Callable
 
 import pytest
-from support.daemon import IS_HARDENED
-from support.descriptors import connection_of, wait_until_read
+from support.daemon import IS_HARDENED, words
+from support.descriptors import connection_of, shorten_limit, wait_until_read, wait_until_stuck
 from support.peers import TcpPeer, UdpPeer
 from support.tracing import Tracer
 from support.watch import Watch
 from tarvelsim import Card
 from tarvelsim.waiting import wait_for
-from wire import Header, request
+from wire import Command, Header, request
 
 EXCEPTION = "Exception pending on Tarvel TCP peer socket"
 STALLED = "Client has sent nothing for 30 s in the middle of a message, close the connection"
@@ -137,6 +138,25 @@ def test_client_that_says_nothing_between_messages(
     tcp.ask(request(0x43))
     tcp.close()
     assert waiting.receive().header.command == 0x8044
+
+
+def test_client_that_never_reads_its_replies(scratch_card: Card, watch: Watch, tcp: TcpPeer, udp: UdpPeer) -> None:
+    tcp.ask(request(2))
+    assert scratch_card.daemon.pid is not None
+    mark = scratch_card.records.log_mark()
+    tcp.socket.setblocking(False)
+    with contextlib.suppress(BlockingIOError):
+        while True:
+            tcp.socket.send(request(Command.VERSIONS) * 100)
+    wait_until_stuck(scratch_card.daemon.pid)
+    udp.send(request(0x42))
+    shorten_limit(scratch_card.daemon.pid)
+    given_up = f"send() failed: {words('Connection timed out')}"
+    scratch_card.records.wait_log(given_up, since=mark, level="warning")
+    tcp.reset()
+    assert udp.receive().header.command == 0x8042
+    log = watch.log()
+    assert log.index(f"warning {given_up}") < log.index(udp.logged(20))
 
 
 @pytest.mark.long

@@ -16,7 +16,9 @@ from .peers import PATIENCE, TcpPeer
 
 _PIDFD_GETFD = 438  # the same number on every architecture
 TCP_USER_TIMEOUT = 18  # not among the names that mypy knows
+_LIMIT, _SHORTER_LIMIT = 90_000, 1000  # milliseconds
 _O_CLOEXEC = 0o2000000
+_LOOKS = 50  # in a row; to log something takes a part of one
 
 
 def descriptors(pid: int) -> dict[int, str]:
@@ -62,6 +64,13 @@ def _connection_of(pid: int) -> socket.socket | None:
     return None
 
 
+def shorten_limit(pid: int) -> None:
+    """Of the time in which a reply must be taken, for the daemon's own connection, so that nobody waits for 90 s."""
+    with connection_of(pid) as connection:
+        assert connection.getsockopt(socket.IPPROTO_TCP, TCP_USER_TIMEOUT) == _LIMIT
+        connection.setsockopt(socket.IPPROTO_TCP, TCP_USER_TIMEOUT, _SHORTER_LIMIT)
+
+
 def wait_until_read(pid: int, peer: TcpPeer) -> None:
     """Returns when the daemon has read all that the client has sent."""
     with connection_of(pid) as connection:
@@ -70,6 +79,22 @@ def wait_until_read(pid: int, peer: TcpPeer) -> None:
             PATIENCE,
             lambda: "the daemon does not read",
         )
+
+
+def wait_until_stuck(pid: int) -> None:
+    """Returns when the daemon has slept for a while beside requests that it could read: it waits for a reply to be taken."""
+    looks: list[bool] = []
+
+    def is_stuck() -> bool:
+        looks.append(_state(pid) == "S" and _waiting(connection, termios.FIONREAD) > 0)
+        return len(looks) >= _LOOKS and all(looks[-_LOOKS:])
+
+    with connection_of(pid) as connection:
+        wait_for(is_stuck, PATIENCE, lambda: "the daemon goes on")
+
+
+def _state(pid: int) -> str:
+    return Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
 
 
 def _waiting(connection: socket.socket, question: int) -> int:
