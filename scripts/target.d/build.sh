@@ -34,10 +34,12 @@ build_tree() {
         -DTARVELD_CLIENT=$client -DTARVELD_BENCH=$client
 }
 
+hardened_directory=$root/build/target-hardened
+
 # The hardened daemon for the card, and nothing else. For tests, which need not unpack a gigabyte to meet the limit.
 build_hardened() {
     need_sysroot powerpc-musl
-    build_in "$root/build/target-hardened" powerpc-musl tarveld -DTARVELD_SYSROOT="$cache/sysroot-powerpc-musl" \
+    build_in "$hardened_directory" powerpc-musl tarveld -DTARVELD_SYSROOT="$cache/sysroot-powerpc-musl" \
         -DTARVELD_HARDENED=ON -DTARVELD_LARGEST_UNPACKED_MIB=16 -DBUILD_TESTING=OFF -DTARVELD_SIM=OFF \
         -DTARVELD_CLIENT=OFF -DTARVELD_BENCH=OFF
 }

@@ -32,7 +32,7 @@ run_attacks() {
     say "attacks by archives, as designed, powerpc-musl under qemu-ppc"
     emulated_on_lans "$(build_directory powerpc-musl)" "$attacks/test_archives.py" "$attacks/test_signature.py"
     say "attacks, hardened, powerpc-musl under qemu-ppc"
-    emulated_on_lans "$root/build/target-hardened" "$attacks"
+    emulated_on_lans "$hardened_directory" "$attacks"
 }
 
 # make_tar DIRECTORY: leaves a program there that is the card's tar on this machine; TARVEL_SIM_TAR names it to simulated
