@@ -12,6 +12,8 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
+from tarvelsim.waiting import wait_for
+
 SCHEMA = 2
 
 
@@ -81,6 +83,16 @@ class Ctl:
 
     def json(self, *words: str, input: str = "") -> Answer:
         return self("-o", "json", *words, input=input)
+
+    def json_checked(self, *words: str) -> Answer:
+        """The address of each card that was changed is one that was checked. On a busy machine a card may answer the
+        probe too late: then it is changed once more."""
+
+        def answer() -> Answer | None:
+            ended = self.json(*words)
+            return ended if all(result["checked"] for result in ended.results if result["ok"]) else None
+
+        return wait_for(answer, 300, lambda: "no answer to a probe is seen")
 
     def isolated(self, *words: str) -> Answer:
         """In a network of its own, where there is the loopback device alone, and nobody on it."""
