@@ -43,7 +43,7 @@ public:
         for (const Result& result : results) {
             cards.push_back(cardOf(result));
         }
-        return fleetPage({began, secondsNow(), std::string(programVersion())}, Fleet(std::move(cards)));
+        return fleetPage({began, secondsNow(), std::string(programVersion())}, Fleet(std::move(cards), doubts));
     }
 
 protected:
@@ -61,6 +61,8 @@ protected:
     [[nodiscard]] bool tellsWhereFrom() const override { return false; }
 
     void declareOwn(OptionSet& options) override { place.declare(options); }
+
+    void takeDoubt(const std::string& doubt) override { doubts.push_back(doubt); }
 
     void prepare(Context& /*context*/, const std::vector<Target>& /*targets*/) override { began = secondsNow(); }
 
@@ -153,6 +155,7 @@ private:
     DocumentOption place;
     std::int64_t began = 0;
     std::map<std::string, FleetCard> seen; // by target
+    std::vector<std::string> doubts;
 };
 
 } // namespace

@@ -76,6 +76,8 @@ protected:
 
     // What the jobs heard of names that another card answered, too, each as a sentence that names the senders.
     virtual std::set<std::string> secondAnswers() { return {}; }
+    // Each such sentence, of the jobs' lookup, too; it has been told as a warning.
+    virtual void takeDoubt(const std::string& /*doubt*/) {}
 
     // After all targets: compares them, or changes what is printed. The results are in the order of the targets.
     virtual void finish(Context& /*context*/, std::vector<Result>& /*results*/) {}

@@ -199,6 +199,7 @@ Task<void> TargetCommand::workOnAll(Context& context, Report& report, std::span<
     std::ranges::move(run.lookup.secondAnswers(), std::inserter(doubts, doubts.end()));
     for (const std::string& doubt : doubts) {
         context.console.warning(doubt);
+        takeDoubt(doubt);
     }
 }
 

@@ -69,17 +69,29 @@ Html entryOf(const Fleet& fleet, const Told& told)
                              element("p", {{"class", "count"}}, Html(number)) + cardsOf(fleet, told));
 }
 
+Html doubtsOf(const Fleet& fleet)
+{
+    Html list;
+    for (const std::string& doubt : fleet.doubts()) {
+        list += element("li", element("bdi", Html(doubt)));
+    }
+    return element("li", element("h3", Html("Two cards with one name")) + element("ul", list));
+}
+
 } // namespace
 
 Html failuresSection(const Fleet& fleet)
 {
     const std::vector<Told> all = allTold(fleet);
-    if (all.empty()) {
+    if (all.empty() && fleet.doubts().empty()) {
         return section("failures", "Failures", element("p", Html("All cards answered all that they were asked.")));
     }
     Html entries;
     for (const Told& told : all) {
         entries += entryOf(fleet, told);
+    }
+    if (!fleet.doubts().empty()) {
+        entries += doubtsOf(fleet);
     }
     const Html note = element("p", {{"class", "note"}}, Html("Each reason once; NAME stands for any of its cards."));
     return section("failures", "Failures", note + element("ul", {{"class", "reasons"}}, entries));

@@ -4,7 +4,10 @@
 
 #include <algorithm>
 
-Fleet::Fleet(std::vector<FleetCard> newCards) : all(std::move(newCards)), odd(all), doubled(all) {}
+Fleet::Fleet(std::vector<FleetCard> newCards, std::vector<std::string> newDoubts)
+    : all(std::move(newCards)), doubtsOfNames(std::move(newDoubts)), odd(all), doubled(all)
+{
+}
 
 std::vector<std::string> Fleet::marksOf(const FleetCard& card) const
 {

@@ -14,9 +14,11 @@
 class Fleet
 {
 public:
-    explicit Fleet(std::vector<FleetCard> newCards);
+    // The doubts are sentences about names that two cards may have.
+    explicit Fleet(std::vector<FleetCard> newCards, std::vector<std::string> newDoubts = {});
 
     [[nodiscard]] const std::vector<FleetCard>& cards() const { return all; }
+    [[nodiscard]] const std::vector<std::string>& doubts() const { return doubtsOfNames; }
     [[nodiscard]] const OddVersions& versions() const { return odd; }
     [[nodiscard]] const DoubledAddresses& addresses() const { return doubled; }
 
@@ -26,6 +28,7 @@ public:
 
 private:
     std::vector<FleetCard> all;
+    std::vector<std::string> doubtsOfNames;
     OddVersions odd;
     DoubledAddresses doubled;
 };

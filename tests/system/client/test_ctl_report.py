@@ -85,6 +85,13 @@ def test_who_did_not_answer_is_there_with_the_sentence(ctl: Ctl, rack: list[Card
     assert page.row_heads("versions") == ["Most have", "rack1"]
 
 
+@pytest.mark.usefixtures("rack", "twin")
+def test_a_name_of_two_cards_is_told_on_the_page(ctl: Ctl, tmp_path: Path) -> None:
+    """The second answer may come late; a name of nobody keeps this run waiting for it."""
+    _, page = write(ctl, tmp_path, "rack1", "nobody")
+    assert any("rack1: two cards have this name" in reason for reason in page.reasons)
+
+
 def test_what_a_card_cannot_tell_costs_nothing_else(ctl: Ctl, tmp_path: Path) -> None:
     with FakeTcpCard(attacker) as card:
         code, page = write(ctl, tmp_path, card.address)

@@ -28,4 +28,12 @@ TEST(FailuresSectionTest, TheSentenceOfOneCardHasItsName)
     EXPECT_TRUE(has(failuresOf({silentCard("card1"), cardNamed("card2", "1", 0)}), ">card1 does not answer<"));
 }
 
+TEST(FailuresSectionTest, ANameThatTwoCardsHaveIsTold)
+{
+    const Fleet fleet({cardNamed("card1", "1", 0)}, {"card1: two <cards> have this name"});
+    const std::string text = failuresSection(fleet).text();
+    EXPECT_TRUE(has(text, "card1: two &lt;cards&gt; have this name"));
+    EXPECT_FALSE(has(text, "All cards answered"));
+}
+
 } // namespace
