@@ -173,15 +173,30 @@ def test_as_json_it_tells_the_same(ctl: Ctl, rack: list[Card]) -> None:
     assert {"component": "kernel", "version": "KERN-6.1.0"} in result["components"]
 
 
-def shown_in_browser(place: Path, fragment: str = "") -> Page:
-    """The page after its script; the browser's complaints would be lines of its log."""
-    browser = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--enable-logging=stderr", "--dump-dom"]
+def in_browser(place: Path, wish: str, fragment: str = "") -> str:
+    """The browser's complaints would be lines of its log."""
+    browser = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--enable-logging=stderr", wish]
     profile = f"--user-data-dir={place.parent / 'profile'}"
     ended = subprocess.run(
         [*browser, profile, f"file://{place}{fragment}"], capture_output=True, text=True, timeout=300, check=True
     )
     assert "CONSOLE" not in ended.stderr
-    return Page(ended.stdout)
+    return ended.stdout
+
+
+def shown_in_browser(place: Path, fragment: str = "") -> Page:
+    """The page after its script."""
+    return Page(in_browser(place, "--dump-dom", fragment))
+
+
+def printed(place: Path, margins: str) -> list[str]:
+    """The text of each sheet. The margins are part of the style, which the page's policy fixes."""
+    source = place.read_text(encoding="utf-8").replace("@page { margin: 14mm; }", f"@page {{ margin: {margins}; }}")
+    place.write_text(re.sub('<meta http-equiv="Content-Security-Policy".*', "", source), encoding="utf-8")
+    document = place.with_suffix(".pdf")
+    in_browser(place, f"--print-to-pdf={document}")
+    text = subprocess.run(["pdftotext", "-layout", str(document), "-"], capture_output=True, text=True, check=True).stdout
+    return text.split("\f")
 
 
 @pytest.mark.long
@@ -194,6 +209,14 @@ def test_a_browser_sorts_and_filters(ctl: Ctl, rack: list[Card], tmp_path: Path)
     assert page.row_heads("versions") == ["Most have", "rack3", "rack2", "rack1"]
     assert [attributes["aria-sort"] for _, attributes in page.elements if "aria-sort" in attributes] == ["descending"]
     assert "3 of 4 cards" in page.text
+
+
+@pytest.mark.long
+def test_on_paper_each_sheet_of_a_table_has_its_heading(ctl: Ctl, rack: list[Card], tmp_path: Path) -> None:
+    write(ctl, tmp_path, "rack[1-8]")
+    with_versions = [sheet for sheet in printed(tmp_path / "fleet.html", "110mm 14mm") if "DRAV-2001-03" in sheet]
+    assert len(with_versions) > 1
+    assert all("BootLoader" in sheet for sheet in with_versions)
 
 
 @pytest.mark.long
