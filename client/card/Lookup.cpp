@@ -134,13 +134,14 @@ Task<CardReply> Lookup::reachableAnswerOf(std::string name)
 // The interface of a hearing that does not tell it, if there is no doubt.
 std::string Lookup::interfaceOf(const LastHeard::Hearing& hearing) const
 {
-    std::string only = hearing.interface;
-    for (const BroadcastSocket& socket : sockets) {
-        if (hearing.interface.empty() && isInNetworkOf(socket.interface(), hearing.address)) {
-            only = only.empty() ? socket.interface() : "";
-        }
+    if (!hearing.interface.empty()) {
+        return hearing.interface;
     }
-    return only;
+    const auto isMeant = [&](const BroadcastSocket& socket) {
+        return isInNetworkOf(socket.interface(), hearing.address);
+    };
+    const auto found = std::ranges::find_if(sockets, isMeant);
+    return std::ranges::count_if(sockets, isMeant) == 1 ? found->interface() : "";
 }
 
 Task<Silence> Lookup::explainSilence(std::string name)

@@ -210,6 +210,20 @@ TEST_F(SilenceTest, LooksAtNoAddressOutsideOfThisMachinesNetworks)
     EXPECT_TRUE(callsTo("connect").empty());
 }
 
+// As a memory of an earlier program, which kept no interface.
+TEST_F(SilenceTest, LooksAtNoAddressThatIsInTheNetworksOfSeveralInterfaces)
+{
+    sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.1 1000000000\n");
+    for (std::vector<std::string> interfaces(2, "lo"); interfaces.size() <= 4; interfaces.emplace_back("lo")) {
+        Network several{loop, NetworkOptions{.policy = {Seconds(0.1), 0}, .interfaces = interfaces}};
+        Lookup lookup(several, {"nobody1"});
+        loop.run(lookup.run());
+        EXPECT_EQ(std::get<std::string>(loop.run(lookup.explainSilence("nobody1")).fields.back().value),
+                  "was not looked at: on which network it was heard is not known")
+            << interfaces.size();
+    }
+}
+
 TEST_F(SilenceTest, PutsNamesTogetherThatWereHeardAtAddressesOfTheirOwn)
 {
     sandbox.write("/tmp/state/tarvelctl/heard", "nobody1 127.0.0.2 1000000000\nnobody2 127.0.0.3 1100000000\n");
