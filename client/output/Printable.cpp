@@ -21,6 +21,13 @@ constexpr std::array unprintable = {
     CodeRange{0x2028, 0x202E}, CodeRange{0x2066, 0x2069}, CodeRange{0xFEFF, 0xFEFF},
 };
 
+// What takes two columns of a terminal: letters of East Asia, and pictures.
+constexpr std::array wide = {
+    CodeRange{0x1100, 0x115F},   CodeRange{0x2E80, 0x303E},   CodeRange{0x3041, 0xA4CF},   CodeRange{0xAC00, 0xD7A3},
+    CodeRange{0xF900, 0xFAFF},   CodeRange{0xFE30, 0xFE6F},   CodeRange{0xFF00, 0xFF60},   CodeRange{0xFFE0, 0xFFE6},
+    CodeRange{0x1F300, 0x1F64F}, CodeRange{0x1F900, 0x1F9FF}, CodeRange{0x20000, 0x3FFFD},
+};
+
 // UTF-8 with so many bytes holds the codes of this range only; others belong into fewer bytes, or are none.
 constexpr std::array<CodeRange, 5> codesOfLength = {
     CodeRange{1, 0}, {0x00, 0x7F}, {0x80, 0x7FF}, {0x800, 0xFFFF}, {0x10000, 0x10FFFF}};
@@ -72,11 +79,15 @@ std::string_view characterOf(std::string_view text)
     return contains(codesOfLength.at(length), code) && !contains(surrogates, code) ? bytes : std::string_view();
 }
 
+template<typename Ranges>
+bool isIn(const Ranges& ranges, std::string_view character)
+{
+    return std::ranges::any_of(ranges, [code = codeOf(character)](CodeRange range) { return contains(range, code); });
+}
+
 bool isPrintable(std::string_view character)
 {
-    return !character.empty() &&
-           std::none_of(unprintable.begin(), unprintable.end(),
-                        [code = codeOf(character)](CodeRange range) { return contains(range, code); });
+    return !character.empty() && !isIn(unprintable, character);
 }
 
 void removeLastCharacter(std::string& text)
@@ -130,8 +141,14 @@ std::string printableLines(std::string_view text)
 
 std::size_t columnsOf(std::string_view printed)
 {
-    return static_cast<std::size_t>(
-        std::count_if(printed.begin(), printed.end(), [](char one) { return !continues(one); }));
+    std::size_t columns = plainStartOf(printed).size();
+    printed.remove_prefix(columns);
+    while (!printed.empty()) {
+        const std::string_view character = characterOf(printed);
+        columns += !character.empty() && isIn(wide, character) ? 2 : 1;
+        printed.remove_prefix(std::max<std::size_t>(character.size(), 1));
+    }
+    return columns;
 }
 
 std::string cutTo(std::string printed, std::size_t columns)

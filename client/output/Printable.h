@@ -13,7 +13,7 @@
 // The same for each line of a text of several.
 [[nodiscard]] std::string printableLines(std::string_view text);
 
-// How wide such a text is, each letter being one column, also the few that take two; and as much of it as this many
-// columns have room for, with three dots where it is cut.
+// How wide such a text is: a letter of East Asia, or a picture, takes two columns, and any other letter one; and as
+// much of it as this many columns have room for, with three dots where it is cut.
 [[nodiscard]] std::size_t columnsOf(std::string_view printed);
 [[nodiscard]] std::string cutTo(std::string printed, std::size_t columns);

@@ -24,11 +24,17 @@ std::string heading(std::string name)
     return name;
 }
 
+// Filled up by what measured the column.
+std::string padded(const std::string& cell, std::size_t width)
+{
+    return cell + std::string(width - std::min(width, columnsOf(cell)), ' ');
+}
+
 void printLine(const std::vector<std::string>& cells, const std::vector<Column>& columns)
 {
     std::string line;
     for (std::size_t index = 0; index < cells.size(); ++index) {
-        line += fmt::format("{:<{}}  ", cells[index], columns[index].width);
+        line += padded(cells[index], columns[index].width) + "  ";
     }
     line.erase(line.find_last_not_of(' ') + 1);
     writeData(line + "\n");
@@ -86,7 +92,7 @@ void printRecord(const Row& line, const std::vector<Column>& columns)
 void widen(std::vector<Column>& columns, const Row& line)
 {
     for (Column& column : columns) {
-        column.width = std::max(column.width, cellText(line, column).size());
+        column.width = std::max(column.width, columnsOf(cellText(line, column)));
     }
 }
 

@@ -76,6 +76,16 @@ TEST(PrintableTest, IsCutAtTheEndOfACharacter)
     EXPECT_EQ(cutTo("abcd", 0), "");
 }
 
+TEST(PrintableTest, IsAsWideAsItsLettersAreOnATerminal)
+{
+    EXPECT_EQ(columnsOf(""), 0U);
+    EXPECT_EQ(columnsOf("abc"), 3U);
+    EXPECT_EQ(columnsOf("a\u00e4\u20ac"), 3U);
+    EXPECT_EQ(columnsOf("\u4e2d\u6587"), 4U);
+    EXPECT_EQ(columnsOf("\U0001F600!"), 3U);
+    EXPECT_EQ(cutTo("\u4e2d\u6587\u4e2d", 5), "\u4e2d...");
+}
+
 TEST(ConsoleTest, LetsNoControlCharacterThrough)
 {
     testing::internal::CaptureStderr();

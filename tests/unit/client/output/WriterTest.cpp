@@ -117,6 +117,14 @@ TEST(TableTest, IsAsWideAsTheWidestRowOfALongList)
                                                                                    "a.tgz   long\n");
 }
 
+TEST(TableTest, IsAsWideAsItsWidestCellIsOnATerminal)
+{
+    EXPECT_EQ(printed("table", {timeOf("a", "z\u00fcrich"), timeOf("b", "\u4e2d\u6587\u4e2d\u6587")}),
+              "TARGET  SERVER    SKEW\n"
+              "a       z\u00fcrich    -0.250\n"
+              "b       \u4e2d\u6587\u4e2d\u6587  -0.250\n");
+}
+
 TEST(JsonTest, HasALongListElementByElement)
 {
     const std::string head = R"({
