@@ -6,6 +6,7 @@
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
 #include "client/commands/TimeReport.h"
+#include "client/commands/VersionsReport.h"
 #include "client/model/CalendarTime.h"
 #include "client/output/Console.h"
 
@@ -99,7 +100,7 @@ protected:
         const TimePoint start = Clock::now();
         metrics.versions = co_await queryVersions(context.network, endpoint);
         metrics.seconds = secondsSince(start);
-        tell(*metrics.versions, result);
+        report(*metrics.versions, result);
         metrics.reading = co_await queryTime(context.network, endpoint);
         metrics.seconds = secondsSince(start);
         result.add("seconds", metrics.seconds);
@@ -107,15 +108,6 @@ protected:
     }
 
 private:
-    static void tell(const Versions& versions, Result& result)
-    {
-        result.malformed = versions.malformed;
-        result.listName = "components";
-        for (const Component& component : versions.components) {
-            result.list.push_back({{"component", component.id}, {"version", component.version}});
-        }
-    }
-
     DocumentOption place;
     TimePoint begin;
     std::map<std::string, CardMetrics> cards; // by target

@@ -8,6 +8,7 @@
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
 #include "client/commands/TimeReport.h"
+#include "client/commands/VersionsReport.h"
 #include "client/model/CalendarTime.h"
 #include "client/report/FleetPage.h"
 
@@ -110,11 +111,7 @@ private:
         try {
             const Versions versions = co_await queryVersions(network, std::move(endpoint));
             card.components = versions.components;
-            result.malformed = result.malformed || versions.malformed;
-            result.listName = "components";
-            for (const Component& component : versions.components) {
-                result.list.push_back({{"component", component.id}, {"version", component.version}});
-            }
+            report(versions, result);
         } catch (const Failure& failure) {
             if (failure.code != ExitCode::refusedByCard && failure.code != ExitCode::protocol) {
                 throw;

@@ -6,6 +6,7 @@
 #include "client/cli/LocalFile.h"
 #include "client/commands/Commands.h"
 #include "client/commands/TargetCommand.h"
+#include "client/commands/VersionsReport.h"
 #include "client/output/Console.h"
 #include "client/plan/VersionsDiff.h"
 
@@ -55,11 +56,7 @@ protected:
     {
         const Endpoint endpoint = co_await locate(context.network, target);
         const Versions versions = co_await queryVersions(context.network, endpoint);
-        result.malformed = versions.malformed;
-        result.listName = "components";
-        for (const Component& component : versions.components) {
-            result.list.push_back({{"component", component.id}, {"version", component.version}});
-        }
+        report(versions, result);
         // Kept apart from what is printed, which a comparison cuts down.
         seen[target.label] = versions.components;
         if (expectFile) {
