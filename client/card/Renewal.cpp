@@ -36,6 +36,13 @@ Task<void> Renewal::renew(Identified& card)
     }
     card.checked = false;
     std::vector<Identified> found = co_await identifyAgain(targetsOf(card));
+    for (Identified& now : found) {
+        if (now.refusal) {
+            card.refusal = std::move(now.refusal);
+            card.silence = std::move(now.silence);
+            throw Failure(*card.refusal);
+        }
+    }
     for (std::size_t index = 0; index < card.again.size(); ++index) {
         take(card.again[index], std::move(found[index + 1]));
     }
@@ -89,9 +96,6 @@ Task<void> Renewal::ask(Round& round)
 
 void Renewal::take(Identified& card, Identified now) const
 {
-    if (now.refusal) {
-        throw Failure(*now.refusal);
-    }
     std::optional<std::string> change = changeSince(card, now);
     if (change && !force) {
         throw ambiguous(*std::move(change));

@@ -20,7 +20,8 @@ public:
 
     Renewal(Network& newNetwork, Way newWay, Caution newCaution);
 
-    // Throws a Failure if another card could be meant now, or the card is no longer heard where it has to be.
+    // Throws a Failure if another card could be meant now, or the card is no longer heard where it has to be; it is
+    // refused then, with what is known of its silence.
     Task<void> renew(Identified& card);
 
 private:

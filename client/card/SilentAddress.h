@@ -22,7 +22,7 @@ struct Silence {
 // Was the name asked for where it was last heard?
 enum class Asking { done, inVain };
 
-// What was seen, until the deadline, of the address where a name that is silent now was last heard: the rest of
-// "an address that", such as "refuses connections". Contacts nobody in a dry run, nor where
-// the address is in no network of the endpoint's interface: behind a router it may be anybody's.
+// What was seen, until the deadline, of the address where a name that is silent now was last heard: the rest of "an
+// address that", such as "refuses connections". Contacts nobody in a dry run, nor where the address is in no network of
+// the endpoint's interface: behind a router it may be anybody's.
 Task<std::string> whatIsAt(Network& network, Endpoint endpoint, Asking asking, TimePoint deadline);

@@ -112,7 +112,6 @@ Task<void> TargetCommand::lookUpAndWork(Run& run, Identified& card, Result& resu
     // The place may have come free because of the Ctrl-C.
     run.context.loop.refuseAfterInterrupt();
     if (card.refusal) {
-        std::ranges::copy(card.silence, std::back_inserter(result.fields));
         throw Failure(*card.refusal);
     }
     if (isLookedUp && !target.heard && needsAnswer(target)) {
@@ -146,6 +145,9 @@ Task<void> TargetCommand::lookAgain(Context& context, const Target& target)
 
 void TargetCommand::tellHowFound(const Identified& card, Result& result) const
 {
+    if (card.refusal) {
+        std::ranges::copy(card.silence, std::back_inserter(result.fields));
+    }
     if (takes() == Takes::namesOnly) {
         return;
     }

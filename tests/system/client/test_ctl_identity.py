@@ -106,6 +106,21 @@ def test_a_second_card_with_an_address_that_comes_meanwhile_is_seen(
     assert Snapshot([rack[0], rack[2]]) == before
 
 
+def test_of_a_card_that_falls_silent_before_its_turn_it_is_told_where_it_was(
+    ctl: Ctl, rack: list[Card], firmware: str
+) -> None:
+    ctl.remember("heard", f"rack1 {rack[0].address('eth0')} 1000000000\n")
+    before = Snapshot(rack[:1])
+    running = waiting_behind(ctl, rack[1], firmware, "rack2", "rack1")
+    with stopped(rack[0]):
+        answer = release(running, rack[1])
+    silent = answer.results[1]
+    assert (silent["code"], silent["category"], silent["changed"]) == (5, "not-heard", False)
+    assert silent["last_address"] == rack[0].address("eth0")
+    assert {"last_heard", "there_now"} <= silent.keys()
+    assert Snapshot(rack[:1]) == before
+
+
 def test_a_card_that_is_still_the_only_one_gets_its_turn(ctl: Ctl, scratches: list[Card], firmware: str) -> None:
     running = waiting_behind(ctl, scratches[1], firmware, "rack2", "rack1", scratches[2].address("eth0") or "")
     answer = release(running, scratches[1])

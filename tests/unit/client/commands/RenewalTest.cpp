@@ -108,6 +108,21 @@ TEST_F(RenewalTest, RefusesACardThatIsSilentNowUnlessItNeedNotBeHeard)
     }
 }
 
+TEST_F(RenewalTest, TellsWhereACardWasHeardThatIsSilentNow)
+{
+    sandbox.write("/tmp/state/tarvelctl/heard", "card1 127.0.0.1 1000000000\n");
+    Identified one = identified();
+    EXPECT_TRUE(one.silence.empty());
+    age(one);
+    card.answer(ipGet, {.hangsUp = true});
+    Network hasty{loop, NetworkOptions{.policy = {Seconds(0.1), 0}, .interfaces = {"lo"}}};
+    Renewal renewal(hasty, way, caution);
+    EXPECT_EQ(failureOf([&] { loop.run(renewal.renew(one)); }).category, Category::notHeard);
+    ASSERT_TRUE(one.refusal);
+    ASSERT_FALSE(one.silence.empty());
+    EXPECT_EQ(one.silence.front().name, "last_address");
+}
+
 TEST_F(RenewalTest, ProbesOnceForAllWhoseTurnComesTogether)
 {
     way = Way::overTcp;
