@@ -68,7 +68,7 @@ void Lookup::remember(Asked& one, const CardReply& answer)
 
 void Lookup::save()
 {
-    if (isNews && !hearsOut) {
+    if (isNews && network.admitsProbes()) { // a dry run writes no file
         lastHeard.save();
         isNews = false;
     }

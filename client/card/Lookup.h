@@ -32,7 +32,7 @@ public:
 
     // The same until all have answered, and then until the last has been listened to for a moment after its first
     // answer: who may be meant? Each repetition has a sequence number of its own, so that a card that answers two of
-    // them is not taken for two cards. Remembers nothing: a dry run writes no file.
+    // them is not taken for two cards.
     Task<void> hearOut();
 
     // All answers to that name, when the asking is over. Throws what ended it early.

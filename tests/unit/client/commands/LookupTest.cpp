@@ -107,6 +107,17 @@ TEST_F(LookupTest, KeepsAHundredAnswersToANameOfAllThatComeInAFlood)
     EXPECT_EQ(lookup.answersTo("card1").size(), 100U);
 }
 
+TEST_F(LookupTest, RemembersBeforeAChangeWhereACardWasHeardUnlessItIsADryRun)
+{
+    Network dry{loop, NetworkOptions{.policy = {Seconds(60), 0}, .interfaces = {"lo"}, .dryRun = DryRun::changes}};
+    for (Network* const each : {&dry, &network}) {
+        Lookup lookup(*each, {"card1"});
+        loop.run(lookup.hearOut());
+        EXPECT_EQ(lookup.answersTo("card1").size(), 1U);
+        EXPECT_EQ(sandbox.exists("/tmp/state/tarvelctl/heard"), each == &network);
+    }
+}
+
 TEST_F(LookupTest, AsksForNoMoreNamesOnceEnoughHaveAnswered)
 {
     std::vector<std::string> names = nobodies(119);
