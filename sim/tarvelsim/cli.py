@@ -21,7 +21,6 @@ _DELAYS = {"fast": FAST_DELAYS, "real": REAL_DELAYS}
 
 def _start_cards(names: Sequence[str], delays: float) -> list[Card]:
     lan = Lan.current()
-    running.mark_as_bench(lan.run_dir)
     cards = [lan.card(name, delays=delays) for name in names]
     for card in cards:
         card.start()
@@ -33,14 +32,18 @@ def _start_cards(names: Sequence[str], delays: float) -> list[Card]:
 def _run(options: argparse.Namespace) -> int:
     # Once more, but inside of the LAN's namespaces: what is still running there when this process ends, ends with them.
     if "TARVEL_LAN" not in os.environ:
+        if options.lan is not None:
+            running.require_unused(options.lan)
         return run_in_lan([namespaces.PYTHON, *sys.argv])
+    running.mark_as_bench(Lan.current().run_dir, options.lan or "")
     names = options.names or [f"card{number}" for number in range(1, options.cards + 1)]
     # Scripts end it that way, and a shell that starts it in the background has it ignore Ctrl-C.
     signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
     cards: list[Card] = []
     try:
         cards = _start_cards(names, _DELAYS[options.delays])
-        print(f"Try: scripts/card shell {names[0]}, scripts/card client. Ctrl-C ends it all.", flush=True)
+        which = f" --lan {options.lan}" if options.lan else ""
+        print(f"Try: scripts/card shell{which} {names[0]}, scripts/card client{which}. Ctrl-C ends it all.", flush=True)
         signal.pause()
     except KeyboardInterrupt:
         print()
@@ -56,22 +59,23 @@ def _exec(command: Sequence[str]) -> int:
 
 
 def _shell(options: argparse.Namespace) -> int:
-    lan, card = running.find_card(options.name)
+    lan, card = running.find_card(options.name, options.lan)
     return _exec(lan.enter_card(card, options.command or running.shell(f"{card.name}:\\w# ")))
 
 
 def _client(options: argparse.Namespace) -> int:
     there = ["env", "-C", os.getcwd(), *(options.command or running.shell("client:\\w# "))]
-    return _exec(running.the_lan().enter(there))
+    return _exec(running.the_lan(options.lan).enter(there))
 
 
 def _log(options: argparse.Namespace) -> int:
-    _, card = running.find_card(options.name)
+    _, card = running.find_card(options.name, options.lan)
     return _exec(["tail", "-n", "+1", *(["-f"] if options.follow else []), str(card.directory / "log")])
 
 
-def _list(_: argparse.Namespace) -> int:
-    for lan in running.running_lans():
+def _list(options: argparse.Namespace) -> int:
+    for lan in running.running_lans() if options.lan is None else running.lans_to_look_into(options.lan):
+        print(f"LAN {lan.name}:")
         for card in lan.cards():
             addresses = ", ".join(f"{device} {address}" for device, address in card.addresses.items())
             print(f"{card.name}: {addresses} at the factory\n  directory: {card.directory}")
@@ -102,7 +106,11 @@ def _parser() -> argparse.ArgumentParser:
     log.add_argument("name", metavar="NAME")
     log.set_defaults(act=_log)
 
-    verbs.add_parser("list", help="say which cards are running").set_defaults(act=_list)
+    listing = verbs.add_parser("list", help="say which cards are running")
+    listing.set_defaults(act=_list)
+    run.add_argument("--lan", metavar="NAME", help="what the LAN is called, where several run")
+    for verb in (shell, client, log, listing):
+        verb.add_argument("--lan", metavar="NAME", help="the LAN that is meant, where several run")
     for verb in (shell, client):
         verb.add_argument("command", nargs="*", default=[], metavar="-- COMMAND", help="instead of a shell")
     return parser

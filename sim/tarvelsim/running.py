@@ -4,9 +4,10 @@
 
 import json
 import os
+import re
 import shutil
 import tempfile
-from collections.abc import Sequence
+from collections.abc import Iterable, Sequence
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -14,7 +15,9 @@ from . import namespaces
 from .errors import SimError
 from .launch import PREFIX
 
+# Holds the name that the LAN was given, if any.
 _BENCH = "bench"
+_NAME = re.compile(r"[A-Za-z0-9][A-Za-z0-9_.-]*")
 _SHELL = ["bash", "--noprofile", "--norc"]
 
 
@@ -33,6 +36,13 @@ class RunningCard:
 class RunningLan:
     run_dir: Path
     pid: int
+
+    @property
+    def name(self) -> str:
+        """What it was called when it was started, else what tells its directory from others."""
+        note = self.run_dir / _BENCH
+        given = note.read_text(encoding="ascii") if note.exists() else ""
+        return given or self.run_dir.name.removeprefix(PREFIX)
 
     def cards(self) -> list[RunningCard]:
         return [_read_card(note) for note in sorted(self.run_dir.glob("*/card.json"))]
@@ -77,34 +87,53 @@ def running_lans() -> list[RunningLan]:
     return lans
 
 
-def mark_as_bench(run_dir: Path) -> None:
+def require_unused(name: str) -> None:
+    """Raises SimError unless a LAN can be called so."""
+    if not _NAME.fullmatch(name):
+        raise SimError(f'a LAN cannot be called "{name}": letters, digits, and . _ - behind the first of them')
+    if name in (lan.name for lan in running_lans()):
+        raise SimError(f"a LAN called {name} is running already")
+
+
+def mark_as_bench(run_dir: Path, name: str = "") -> None:
     """Says that the LAN is there to be looked into, unlike that of a test."""
-    (run_dir / _BENCH).touch()
+    (run_dir / _BENCH).write_text(name, encoding="ascii")
 
 
-def lans_to_look_into() -> list[RunningLan]:
-    """Those that people have started; others, such as a test's, only if there are none of these."""
+def lans_to_look_into(name: str | None = None) -> list[RunningLan]:
+    """The one of that name. Without a name those that people have started; others, such as a test's, only if there are
+    none of these."""
     lans = running_lans()
+    if name is not None:
+        found = [lan for lan in lans if lan.name == name]
+        if not found:
+            raise SimError(f"no LAN called {name} is running" + (f"; there is {_names(lans)}" if lans else ""))
+        return found
     return [lan for lan in lans if (lan.run_dir / _BENCH).exists()] or lans
 
 
-def the_lan() -> RunningLan:
-    lans = lans_to_look_into()
-    if len(lans) == 1:
-        return lans[0]
+def the_lan(name: str | None = None) -> RunningLan:
+    lans = lans_to_look_into(name)
     if not lans:
         raise SimError("no simulated card is running; start one with: scripts/card run")
-    raise SimError("several LANs are running; stop all but one: " + ", ".join(str(lan.run_dir) for lan in lans))
+    if len(lans) > 1:
+        raise SimError(f"several LANs are running; say with --lan which one: {_names(lans)}")
+    return lans[0]
 
 
-def find_card(name: str) -> tuple[RunningLan, RunningCard]:
-    found = [(lan, card) for lan in lans_to_look_into() for card in lan.cards() if card.name == name]
+def find_card(card_name: str, lan_name: str | None = None) -> tuple[RunningLan, RunningCard]:
+    lans = lans_to_look_into(lan_name)
+    found = [(lan, card) for lan in lans for card in lan.cards() if card.name == card_name]
     if len(found) == 1:
         return found[0]
     if found:
-        raise SimError(f"several LANs have a {name}; stop all but one")
-    known = [card.name for lan in lans_to_look_into() for card in lan.cards()]
-    raise SimError(f"no card {name} is running; " + (f"there is {', '.join(known)}" if known else "none is"))
+        raise SimError(f"several LANs have a {card_name}; say with --lan which one: {_names(lan for lan, _ in found)}")
+    known = [card.name for lan in lans for card in lan.cards()]
+    raise SimError(f"no card {card_name} is running; " + (f"there is {', '.join(known)}" if known else "none is"))
+
+
+def _names(lans: Iterable[RunningLan]) -> str:
+    return ", ".join(lan.name for lan in lans)
 
 
 def shell(prompt: str) -> list[str]:

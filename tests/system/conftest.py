@@ -5,9 +5,11 @@
 import os
 import shlex
 import sys
+import tempfile
 from collections.abc import Callable, Iterator
 
 import pytest
+from support.bench import Bench
 from support.daemon import COMMAND, IS_EMULATED, IS_HARDENED, ROOT
 
 sys.path.insert(0, str(ROOT / "sim"))
@@ -151,6 +153,12 @@ def watch(only_card: tarvelsim.Card, lan: tarvelsim.Lan, addresses: dict[str, st
     peer = UdpPeer("lan0", lan.address("lan0"), addresses["eth0"])
     yield Watch(only_card, peer)
     peer.close()
+
+
+@pytest.fixture(scope="module")
+def bench() -> Iterator[Bench]:
+    with tempfile.TemporaryDirectory(prefix="bench") as folder:
+        yield Bench(folder)
 
 
 @pytest.fixture
