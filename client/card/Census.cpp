@@ -3,11 +3,13 @@
 #include "client/card/Census.h"
 
 #include "client/card/Discovery.h"
+#include "client/engine/Parallel.h"
 #include "client/model/Contains.h"
 #include "client/model/Remedy.h"
 #include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <fmt/ranges.h>
 
 namespace
@@ -33,22 +35,45 @@ std::string noWay(const std::string& address, const std::string& interface)
                        interface);
 }
 
+Task<void> askAll(const std::function<Task<void>()>& questions, bool& isOver)
+{
+    try {
+        co_await questions();
+    } catch (...) {
+        isOver = true; // or whoever listens would do so for ever
+        throw;
+    }
+    isOver = true;
+}
+
 } // namespace
 
-Task<void> Census::take(Network& network)
+Task<void> Census::take(Network& network, std::function<Task<void>()> questions)
 {
     // The cheaper one: of the other a card also dumps the header.
     const Request probe = Discovery::makeProbes().first;
     const std::vector<BroadcastSocket> sockets = network.openInterfaces();
     network.broadcast(sockets, probe, Reach::allInterfaces);
-    Listening time(after(listening));
-    for (;;) {
-        const std::optional<Datagram> datagram = co_await network.receive(sockets, time);
-        if (!datagram) {
-            co_return;
-        }
-        if (replyIn(*datagram, probe)) {
-            note(*datagram);
+    bool isOver = !questions;
+    const auto both = [&](std::size_t index) {
+        return index == 0 ? listen(network, sockets, probe, isOver) : askAll(questions, isOver);
+    };
+    const std::size_t tasks = questions ? 2 : 1;
+    co_await inParallel(network.eventLoop(), tasks, tasks, both);
+}
+
+Task<void> Census::listen(Network& network, const std::vector<BroadcastSocket>& sockets, const Request& probe,
+                          const bool& isOver)
+{
+    for (bool isLast = false; !isLast;) {
+        isLast = isOver;
+        Listening time(after(listening));
+        std::optional<Datagram> datagram = co_await network.receive(sockets, time);
+        while (datagram) {
+            if (replyIn(*datagram, probe)) {
+                note(*datagram);
+            }
+            datagram = co_await network.receive(sockets, time);
         }
     }
 }

@@ -5,6 +5,7 @@
 #include "client/engine/Task.h"
 #include "client/wire/Network.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -19,8 +20,10 @@ using Sender = std::pair<std::string, std::string>; // an address, and the inter
 class Census
 {
 public:
-    // Broadcasts one probe on each interface and listens for a moment.
-    Task<void> take(Network& network);
+    // Broadcasts one probe on each interface and listens for a moment; with questions behind it until they are over,
+    // and for a moment then. A card takes what it is asked in its order: who has answered such a question, however
+    // late, has answered the probe, if it ever does.
+    Task<void> take(Network& network, std::function<Task<void>()> questions = {});
     void note(const Datagram& answer) { ++answers[{answer.address, answer.interface}]; }
 
     // The most that one interface heard.
@@ -37,5 +40,8 @@ public:
     [[nodiscard]] Verdict judge(const Endpoint& endpoint, const std::set<Sender>& known) const;
 
 private:
+    Task<void> listen(Network& network, const std::vector<BroadcastSocket>& sockets, const Request& probe,
+                      const bool& isOver);
+
     std::map<Sender, int> answers;
 };

@@ -13,7 +13,24 @@
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <functional>
 #include <set>
+
+namespace
+{
+
+std::vector<std::string> slowNames(const std::vector<Identified>& cards)
+{
+    std::set<std::string> names;
+    for (const Identified& card : cards) {
+        if (card.isSlow && !card.refusal) {
+            names.insert(card.target.name);
+        }
+    }
+    return {names.begin(), names.end()};
+}
+
+} // namespace
 
 Identification::Identification(Network& newNetwork, Way newWay, Caution newCaution)
     : network(newNetwork), way(newWay), caution(newCaution)
@@ -47,12 +64,25 @@ Task<void> Identification::probe(std::vector<Identified>& cards) const
     if (std::ranges::none_of(cards, [](const Identified& card) { return !card.refusal; })) {
         co_return; // it costs every card a warning
     }
+    const TimePoint start = Clock::now();
+    const std::vector<std::string> names = slowNames(cards);
+    Lookup behindProbe(network, names);
+    std::function<Task<void>()> questions;
+    if (!names.empty()) {
+        questions = [&behindProbe] { return behindProbe.hearOut(); };
+    }
     Census census;
-    const std::optional<Failure> failure = co_await failureOf(census.take(network));
+    const std::optional<Failure> failure = co_await failureOf(census.take(network, questions));
     if (failure) {
         takeDeafness(cards, *failure);
     } else {
+        hearAgain(cards, behindProbe);
         check(cards, census);
+    }
+    // Else one slow card would make all names old, which are then asked for again, and it again.
+    const auto spent = Clock::now() - start;
+    for (Identified& card : cards) {
+        card.asOf += spent;
     }
 }
 
@@ -109,6 +139,7 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
             co_return;
         }
         Target noted = card.target;
+        card.isSlow = lookup.isSlow(card.target.name);
         hear(card, std::move(answers));
         co_await confirm(card, std::move(noted));
     } catch (const Failure& failure) {

@@ -28,7 +28,7 @@ enum class Way { byName, overTcp, byNameUnheard };
 struct Identified {
     Target given;                       // as the user wrote it
     Target target;                      // over TCP with its endpoint
-    TimePoint asOf;                     // when its name was listened to
+    TimePoint asOf;                     // when its name was listened to; the time of the probe is not counted
     std::vector<std::string> heardFrom; // addresses that it answered from
     std::set<Sender> heardAt;           // the same with the interfaces
     std::vector<std::string> stated;    // addresses in its settings
@@ -36,6 +36,7 @@ struct Identified {
     Row silence;                        // what is known of a name that was not heard
     std::optional<std::size_t> sameAs;  // the earlier target that is the same card
     std::vector<std::string> warnings;  // what --force went over
+    bool isSlow = false;                // it may answer the probe when nobody listens any more
     bool checked = false;               // its address was seen to be that of one card only
     std::vector<Identified> again;      // later targets that are the same card
 };
@@ -60,6 +61,8 @@ public:
     void hear(Identified& card, std::vector<CardReply> answers) const;
     // An address that may be that of two cards is refused, and any other is reached where it answered.
     void check(std::vector<Identified>& cards, const Census& census) const;
+    // What slow cards, who were asked again behind the probe, answered: whoever did is slow no more.
+    void hearAgain(std::vector<Identified>& cards, Lookup& behindProbe) const;
 
 private:
     [[nodiscard]] bool asksFor(const Target& target) const;

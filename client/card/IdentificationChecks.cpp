@@ -3,8 +3,11 @@
 // What targets are to each other, once it is known of each who answers.
 #include "client/card/Identification.h"
 
+#include "client/card/Ambiguity.h"
 #include "client/card/SameCard.h"
+#include "client/model/Contains.h"
 
+#include <algorithm>
 #include <fmt/core.h>
 #include <utility>
 
@@ -37,6 +40,27 @@ void Identification::compare(std::vector<Identified>& cards) const
     markTwice(cards);
 }
 
+void Identification::hearAgain(std::vector<Identified>& cards, Lookup& behindProbe) const
+{
+    for (Identified& card : cards) {
+        if (!card.isSlow || card.refusal) {
+            continue;
+        }
+        try {
+            const std::vector<CardReply>& answers = behindProbe.answersTo(card.target.name);
+            card.isSlow = std::ranges::none_of(answers, [&](const CardReply& answer) {
+                return answer.address == card.target.endpoint->address &&
+                       answer.interface == card.target.endpoint->interface;
+            });
+            std::optional<std::string> why = ambiguityOf(answers);
+            if (why && !contains(card.warnings, *why)) {
+                object(card, *std::move(why));
+            }
+        } catch (const Failure&) { // it could not be asked again
+        }
+    }
+}
+
 void Identification::check(std::vector<Identified>& cards, const Census& census) const
 {
     // First: an address that turns out to be another card's must not make two targets one.
@@ -55,7 +79,9 @@ void Identification::check(std::vector<Identified>& cards, const Census& census)
             object(card, *std::move(verdict.objection));
         } else if (!card.refusal && !verdict.interface.empty()) {
             card.target.endpoint->interface = std::move(verdict.interface);
-            card.checked = true;
+            // The one answer may be that of another, which is faster.
+            card.checked = std::ranges::none_of(
+                cards, [&](const Identified& other) { return other.isSlow && isOneCard(card, other); });
         }
     }
     markTwice(cards);

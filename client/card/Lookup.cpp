@@ -22,7 +22,7 @@ Lookup::Lookup(Network& newNetwork, const std::vector<std::string>& names, std::
 
 void Lookup::add(const std::string& name)
 {
-    asked.emplace_back(Asked{.name = name, .requests = {}, .answers = {}, .isOver = Signal(network.eventLoop())});
+    asked.emplace_back(Asked{.name = name, .questions = {}, .answers = {}, .isOver = Signal(network.eventLoop())});
 }
 
 Task<void> Lookup::run(std::size_t enough)

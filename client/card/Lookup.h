@@ -38,6 +38,9 @@ public:
     // All answers to that name, when the asking is over. Throws what ended it early.
     const std::vector<CardReply>& answersTo(const std::string& name);
 
+    // Did one of them come so late that a card which works like that may answer a probe when nobody listens any more?
+    [[nodiscard]] bool isSlow(const std::string& name) { return entryOf(name).isSlow; }
+
     // What the card of that name answered to an IP configuration get, be it a refusal; nothing if nobody did in time.
     // Throws what ended the asking early. The name must be one of those that were given.
     Task<std::optional<CardReply>> answerOf(std::string name);
@@ -57,12 +60,18 @@ public:
     std::vector<std::string> secondAnswers();
 
 private:
+    struct Question {
+        Request request;
+        TimePoint asked;
+    };
+
     struct Asked {
         std::string name;
-        std::vector<Request> requests; // each with a sequence number of its own
+        std::vector<Question> questions; // each with a sequence number of its own
         std::vector<CardReply> answers;
         Signal isOver;
         bool hasWay = false; // to where it was last heard, as remembered
+        bool isSlow = false;
     };
 
     void add(const std::string& name);
@@ -72,7 +81,7 @@ private:
     Task<void> listen(TimePoint deadline);
     Task<void> listenOut();
     void take(const Datagram& datagram);
-    void note(Asked& one, CardReply answer);
+    void note(Asked& one, TimePoint since, CardReply answer);
     void remember(Asked& one, const CardReply& answer);
     void save();
     [[nodiscard]] std::string interfaceOf(const LastHeard::Hearing& hearing) const;

@@ -35,7 +35,7 @@ void Lookup::ask(Asked& one)
     if (here) {
         notAsked = std::move(here);
     }
-    one.requests.push_back(std::move(request));
+    one.questions.push_back({std::move(request), Clock::now()});
 }
 
 Task<void> Lookup::askAll()
@@ -110,17 +110,18 @@ void Lookup::take(const Datagram& datagram)
         return;
     }
     Asked& one = *found->second;
-    for (const Request& request : one.requests) {
-        std::optional<Reply> reply = replyIn(datagram, request);
+    for (const Question& question : one.questions) {
+        std::optional<Reply> reply = replyIn(datagram, question.request);
         if (reply && (reply->payload.empty() || isFrom(*reply, one.name))) {
-            note(one, {std::move(*reply), datagram.address, datagram.interface});
+            note(one, question.asked, {std::move(*reply), datagram.address, datagram.interface});
             return;
         }
     }
 }
 
-void Lookup::note(Asked& one, CardReply answer)
+void Lookup::note(Asked& one, TimePoint since, CardReply answer)
 {
+    one.isSlow = one.isSlow || Clock::now() - since > listening / 2; // a probe is listened to for as long
     if (one.answers.size() == mostAnswers) {
         return;
     }

@@ -91,6 +91,16 @@ def untouched(whole_rack: list[tarvelsim.Card]) -> Iterator[None]:
 
 
 @pytest.fixture
+def doubled(rack: list[tarvelsim.Card]) -> Iterator[str]:
+    """rack2 has the address of rack1, too."""
+    address = rack[0].address("eth0") or ""
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
+    yield address
+    rack[1].reset()
+
+
+@pytest.fixture
 def twin(lan: tarvelsim.Lan, daemon: list[str], rack: list[tarvelsim.Card]) -> Iterator[tarvelsim.Card]:
     """Another card that is called rack1."""
     with lan.card("twin", command=daemon, hostname="rack1") as card:

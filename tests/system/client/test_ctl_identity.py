@@ -4,7 +4,6 @@
 
 import subprocess
 import time
-from collections.abc import Iterator
 
 import pytest
 from support.ctl import Answer, Ctl
@@ -24,16 +23,6 @@ CHANGES = [
 ]
 
 LONGEST = 5.0  # seconds: what is older is found out again before a change
-
-
-@pytest.fixture
-def doubled(rack: list[Card]) -> Iterator[str]:
-    """rack2 has the address of rack1, too."""
-    address = rack[0].address("eth0") or ""
-    rack[1].inside.run(["ip", "address", "flush", "dev", "eth0"])
-    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth0"])
-    yield address
-    rack[1].reset()
 
 
 def with_file(words: tuple[str, ...], firmware: str) -> list[str]:

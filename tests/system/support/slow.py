@@ -52,3 +52,36 @@ def slowed(card: Card) -> Iterator[None]:
     finally:
         ending.set()
         turns.join()
+
+
+NAP = 1.0  # seconds: longer than a card is listened to
+AWAKE = 0.1
+
+
+def _take_naps(process: int, woken: threading.Event, ending: threading.Event) -> None:
+    woken.wait()
+    while not ending.wait(NAP):
+        os.kill(process, signal.SIGCONT)
+        ending.wait(AWAKE)
+        os.kill(process, signal.SIGSTOP)
+
+
+@contextmanager
+def napping(card: Card) -> Iterator[threading.Event]:
+    """Stops the card's daemon until it is woken, and lets it work now and then from then on.
+
+    Whatever it is asked it answers late, in the order in which it was asked.
+    """
+    process = card.daemon.pid
+    assert process is not None
+    woken, ending = threading.Event(), threading.Event()
+    naps = threading.Thread(target=_take_naps, args=(process, woken, ending))
+    os.kill(process, signal.SIGSTOP)
+    naps.start()
+    try:
+        yield woken
+    finally:
+        ending.set()
+        woken.set()
+        naps.join()
+        os.kill(process, signal.SIGCONT)

@@ -20,6 +20,7 @@ enum Number : std::uint16_t {
     reboot = 9,
     timeGet = 16,
     timeSet = 17,
+    probe = 0x7FF0, // a command that no card knows
 };
 
 constexpr std::uint8_t refused = 2;

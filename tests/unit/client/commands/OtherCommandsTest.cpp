@@ -46,7 +46,7 @@ TEST_F(DiscoverCommandTest, CountsNamesAndListsThoseThatDidNotAnswer)
 TEST_F(DiscoverCommandTest, EndsWithoutProbesWhenEnoughNamesAnswered)
 {
     EXPECT_EQ(run({"--timeout", "60", "discover", "--expect", "1", "--names", "card[1-3]"}), 0);
-    EXPECT_TRUE(card.texts(0x7FF0).empty());
+    EXPECT_TRUE(card.texts(probe).empty());
 }
 
 TEST_F(DiscoverCommandTest, TellsWhichNamesAreSilentIfNoneIsExpected)

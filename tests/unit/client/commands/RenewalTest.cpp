@@ -11,8 +11,6 @@
 namespace
 {
 
-constexpr std::uint16_t probe = 0x7FF0;
-
 class RenewalTest : public ProgramFixture
 {
 protected:

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// SPDX-FileCopyrightText: The tarveld authors
+#include "ProgramFixture.h"
+
+#include "client/card/Identification.h"
+#include "client/engine/EventLoop.h"
+#include "client/wire/Network.h"
+
+#include <cerrno>
+#include <chrono>
+#include <thread>
+
+namespace
+{
+
+constexpr std::chrono::milliseconds slowness{500}; // more than a fast card is listened to for
+
+FakeCard::Behaviour slowly(FakeCard::Answer answer)
+{
+    return [answer = std::move(answer)](const FakeCard::Request&) {
+        std::this_thread::sleep_for(slowness);
+        return answer;
+    };
+}
+
+// A card that needs its time for whatever it is asked, and takes it in the order in which it is.
+class SlowCardTest : public ProgramFixture
+{
+protected:
+    SlowCardTest()
+    {
+        card.behave(ipGet, slowly(says(ipXml("127.0.0.1"))));
+        card.behave(probe, slowly({}));
+    }
+
+    Identified identified()
+    {
+        Identification identification(network, Way::overTcp, {});
+        return loop.run(identification.run({{"card1", "card1", std::nullopt}})).front();
+    }
+
+    EventLoop loop;
+    Network network{loop, NetworkOptions{.policy = {Seconds(60), 0}, .interfaces = {"lo"}}};
+};
+
+TEST_F(SlowCardTest, IsWaitedForBehindTheProbe)
+{
+    const Identified one = identified();
+    EXPECT_FALSE(one.refusal);
+    EXPECT_TRUE(one.checked);
+    EXPECT_EQ(card.texts(probe).size(), 1U);
+    EXPECT_EQ(card.texts(ipGet).size(), 2U);
+}
+
+TEST_F(SlowCardTest, IsRefusedIfAnotherAnswersTheProbeFromItsAddress)
+{
+    card.behave(probe, slowly({.copies = 2}));
+    const Identified one = identified();
+    ASSERT_TRUE(one.refusal);
+    EXPECT_EQ(one.refusal->code, ExitCode::ambiguous);
+    EXPECT_NE(one.refusal->hint.find("two cards share the address 127.0.0.1"), std::string::npos);
+    EXPECT_FALSE(one.checked);
+}
+
+TEST_F(SlowCardTest, IsRefusedIfAnotherOfItsNameAnswersBehindTheProbe)
+{
+    int times = 0; // of the card's thread
+    card.behave(ipGet, [&times](const FakeCard::Request&) {
+        std::this_thread::sleep_for(slowness);
+        FakeCard::Answer answer = says(ipXml("127.0.0.1"));
+        answer.copies = ++times;
+        return answer;
+    });
+    const Identified one = identified();
+    ASSERT_TRUE(one.refusal);
+    EXPECT_NE(one.refusal->hint.find("two cards have this name"), std::string::npos);
+}
+
+// The answer may be that of another, which is faster.
+TEST_F(SlowCardTest, IsNotCheckedIfItIsNotSeenToHaveAnsweredTheProbe)
+{
+    card.answer(probe, {});
+    passNext("sendto", 2); // its name, and the probe
+    failNext("sendto", ENETUNREACH);
+    const Identified one = identified();
+    EXPECT_FALSE(one.refusal);
+    EXPECT_FALSE(one.checked);
+}
+
+TEST_F(SlowCardTest, MakesNoIdentificationOldByTheTimeOfTheProbe)
+{
+    constexpr int waits = 3; // for its name, the probe and its name
+    const TimePoint start = Clock::now();
+    EXPECT_GE(identified().asOf - start, waits * slowness);
+}
+
+} // namespace
