@@ -2,10 +2,13 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/AddressCheck.h"
 
-#include "client/card/Census.h"
+#include "client/card/IpWatch.h"
+#include "client/model/Contains.h"
 #include "client/wire/HostInterfaces.h"
 
+#include <algorithm>
 #include <fmt/core.h>
+#include <functional>
 
 namespace
 {
@@ -14,7 +17,7 @@ constexpr Seconds patience{1}; // chosen: a host tells its link-layer address wi
 
 } // namespace
 
-Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::string> present, Claim claim) const
+Task<AddressFinding> AddressCheck::look(std::string card, std::string address, std::vector<std::string> present) const
 {
     if (isOwnAddress(address)) {
         co_return AddressFinding{"in use", fmt::format("{} is this machine's own address", address)};
@@ -27,23 +30,24 @@ Task<AddressFinding> AddressCheck::look(std::string address, std::vector<std::st
     if (!network.admitsProbes()) { // without an objection: a dry run is to show what would be sent
         co_return AddressFinding{"not checked", ""};
     }
-    AddressFinding finding = co_await lookForHosts(address, present, claim);
+    AddressFinding finding = co_await lookForHosts(card, address, present);
     co_return finding;
 }
 
-// The host at an address that the card only states need not be the card.
-Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector<std::string> present,
-                                                Claim claim) const
+Task<AddressFinding> AddressCheck::lookForHosts(std::string card, std::string address,
+                                                std::vector<std::string> present) const
 {
     // Counted first: the table of neighbours has one host for an address, however many have it.
-    const int answers = co_await answersFrom(address);
-    if (answers > (claim == Claim::heard ? 1 : 0)) {
+    Heard heard;
+    co_await listen(card, address, contains(present, address), heard);
+    const auto isOther = [&](const std::string& interface) { return !contains(heard.card, interface); };
+    if (heard.census.answersFrom(address) > 1 || std::ranges::any_of(heard.census.hearersOf(address), isOther)) {
         co_return AddressFinding{"in use", fmt::format("another card has {} already", address)};
     }
-    if (claim == Claim::heard) {
+    if (!heard.card.empty()) {
         co_return AddressFinding{"its own", ""};
     }
-    // Else whoever has it would be taken for the card.
+    // Else whoever has it would be taken for the card: the host at an address that it only states need not be it.
     std::erase(present, address);
     const Neighbour host = co_await network.seekNeighbour(address, present, patience);
     if (host.state == Neighbour::State::present) {
@@ -56,12 +60,16 @@ Task<AddressFinding> AddressCheck::lookForHosts(std::string address, std::vector
     co_return AddressFinding{"free", ""};
 }
 
-Task<int> AddressCheck::answersFrom(std::string address) const
+// The card is asked behind the probe: once it has answered, so has been the probe, however slow it is.
+Task<void> AddressCheck::listen(std::string card, std::string address, bool isClaimed, Heard& heard) const
 {
-    if (!probe) {
-        co_return 0;
+    std::function<Task<void>()> questions;
+    if (isClaimed) {
+        questions = [&] { return findHearers(network, card, address, heard.card); };
     }
-    Census census;
-    co_await census.take(network);
-    co_return census.answersFrom(address);
+    if (probe) {
+        co_await heard.census.take(network, questions);
+    } else if (isClaimed) {
+        co_await questions();
+    }
 }

@@ -4,6 +4,7 @@
 
 #include "client/card/Identity.h"
 #include "client/card/IpEvidence.h"
+#include "client/model/Contains.h"
 
 #include <algorithm>
 
@@ -92,14 +93,14 @@ bool IpWatch::judge(const Datagram& datagram, const Hear& hear)
     return false;
 }
 
-Task<bool> isHeardFrom(Network& network, std::string card, std::string address)
+Task<void> findHearers(Network& network, std::string card, std::string address, std::vector<std::string>& interfaces)
 {
     IpWatch watch(network, std::move(card), Seconds(0));
-    bool isHeard = false;
     const auto hear = [&](int question, const std::optional<CardIp>& answer) {
-        isHeard = isHeard || (answer && answer->address == address);
-        return isHeard || question >= enoughQuestions;
+        if (answer && answer->address == address && !contains(interfaces, answer->interface)) {
+            interfaces.push_back(answer->interface);
+        }
+        return question >= enoughQuestions;
     };
     co_await watch.run(hear, network.deadline());
-    co_return isHeard;
 }

@@ -41,5 +41,6 @@ private:
     TimePoint nextQuestion;
 };
 
-// Does the card of that name answer from this address? It is asked until it has had its turn over each interface.
-Task<bool> isHeardFrom(Network& network, std::string card, std::string address);
+// Collects the interfaces on which the card of that name answers from this address. It is asked until it has had its
+// turn over each of them.
+Task<void> findHearers(Network& network, std::string card, std::string address, std::vector<std::string>& interfaces);

@@ -3,7 +3,6 @@
 #include "client/commands/AddressCare.h"
 
 #include "client/card/AddressCheck.h"
-#include "client/card/IpWatch.h"
 #include "client/cli/Context.h"
 #include "client/cli/GlobalOptions.h"
 #include "client/model/Contains.h"
@@ -39,19 +38,6 @@ std::string otherWith(const std::string& address, const std::optional<IpConfigur
     return "";
 }
 
-// The settings alone would tell it also of a card whose cable is out, and whose address another has meanwhile.
-Task<Claim> claimOf(Network& network, std::string card, std::string address, std::vector<std::string> present)
-{
-    if (!contains(present, address)) {
-        co_return Claim::none;
-    }
-    if (!network.admitsProbes()) {
-        co_return Claim::stated;
-    }
-    const bool isHeard = co_await isHeardFrom(network, std::move(card), std::move(address));
-    co_return isHeard ? Claim::heard : Claim::stated;
-}
-
 Task<AddressFinding> lookAt(Context& context, std::string card, InterfaceConfig wanted,
                             std::optional<IpConfiguration> now)
 {
@@ -62,8 +48,7 @@ Task<AddressFinding> lookAt(Context& context, std::string card, InterfaceConfig 
     }
     const std::vector<std::string> present = presentAddresses(now, wanted.name);
     const AddressCheck check(context.network, !context.options.noProbe);
-    const Claim claim = co_await claimOf(context.network, std::move(card), *wanted.address, present);
-    AddressFinding finding = co_await check.look(*wanted.address, present, claim);
+    AddressFinding finding = co_await check.look(std::move(card), *wanted.address, present);
     co_return finding;
 }
 

@@ -138,6 +138,24 @@ def test_a_card_keeps_its_address(ctl: Ctl, scratch: Card) -> None:
     assert (answer.code, answer.result["address_state"]) == (0, "its own")
 
 
+def test_a_card_keeps_its_address_that_it_answers_from_on_both_networks(ctl: Ctl, scratch: Card) -> None:
+    scratch.inside.run(["ip", "address", "flush", "dev", "eth1"])
+    answer = set_eth1(ctl, scratch.address("eth0") or "", gateway=",10.0.0.1")
+    assert (answer.code, answer.result["address_state"]) == (0, "its own")
+
+
+def test_an_address_that_another_card_answers_from_on_the_other_network_is_in_use(ctl: Ctl, rack: list[Card]) -> None:
+    address = rack[0].address("eth0") or ""
+    rack[1].inside.run(["ip", "address", "flush", "dev", "eth1"])
+    rack[1].inside.run(["ip", "address", "add", f"{address}/24", "dev", "eth1"])
+    before = Snapshot(rack)
+    try:
+        expect_refused(set_eth1(ctl, address, gateway=",10.0.0.1"), "in use", "another card has")
+        assert Snapshot(rack) == before
+    finally:
+        rack[1].reset()
+
+
 @pytest.fixture
 def taken_over(scratch: Card, rack: list[Card]) -> Iterator[str]:
     """The address of a card whose cable is out, which another has meanwhile."""

@@ -36,3 +36,13 @@ def test_nothing_is_changed_at_an_address_that_a_fast_card_has_too(
 def test_the_address_of_a_slow_card_alone_was_checked(ctl: Ctl, rack: list[Card], scratch: Card) -> None:
     answer = answer_of_slow(ctl, rack, "time", "set", "--ntp", "10.0.0.99")
     assert (answer.code, answer.result["checked"]) == (0, True)
+
+
+def test_its_present_address_is_not_a_slow_cards_own_if_a_fast_one_has_it_too(
+    ctl: Ctl, rack: list[Card], doubled: str
+) -> None:
+    before = Snapshot(rack)
+    answer = answer_of_slow(ctl, rack, "ip", "set", "--if", "VemkEth1", "--static", f"{doubled}/24,10.0.0.1")
+    assert (answer.code, answer.result["address_state"]) == (2, "in use")
+    assert f"another card has {doubled} already" in answer.result["hint"]
+    assert Snapshot(rack) == before

@@ -2,9 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "ProgramFixture.h"
 
+#include "client/card/AddressCheck.h"
 #include "client/card/Identification.h"
 #include "client/engine/EventLoop.h"
 #include "client/wire/Network.h"
+#include "support/FakeInterface.h"
 
 #include <cerrno>
 #include <chrono>
@@ -92,6 +94,39 @@ TEST_F(SlowCardTest, MakesNoIdentificationOldByTheTimeOfTheProbe)
     constexpr int waits = 3; // for its name, the probe and its name
     const TimePoint start = Clock::now();
     EXPECT_GE(identified().asOf - start, waits * slowness);
+}
+
+class AddressOfSlowCardTest : public SlowCardTest
+{
+protected:
+    AddressFinding look(bool probes = true)
+    {
+        failNext("getifaddrs", ENFILE); // else it is found to be this machine's
+        const AddressCheck check(network, probes);
+        return loop.run(check.look("card1", "127.0.0.1", {"127.0.0.1"}));
+    }
+
+    const FakeInterface lan{"lan0", "127.0.0.5", "255.0.0.0"};
+};
+
+TEST_F(AddressOfSlowCardTest, IsItsOwn)
+{
+    EXPECT_EQ(look().state, "its own");
+    EXPECT_EQ(card.texts(probe).size(), 1U);
+}
+
+TEST_F(AddressOfSlowCardTest, IsItsOwnWithoutAProbe)
+{
+    EXPECT_EQ(look(false).state, "its own");
+    EXPECT_TRUE(card.texts(probe).empty());
+}
+
+TEST_F(AddressOfSlowCardTest, IsInUseIfAnotherAnswersTheProbe)
+{
+    card.behave(probe, slowly({.copies = 2}));
+    const AddressFinding finding = look();
+    EXPECT_EQ(finding.state, "in use");
+    EXPECT_EQ(finding.objection, "another card has 127.0.0.1 already");
 }
 
 } // namespace
