@@ -2,13 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/firmware/PackedBytes.h"
 #include "hardening/MemberRules.h"
 
 #include <cstddef>
-#include <cstdint>
-#include <deque>
 #include <functional>
-#include <string>
 
 // The members of an archive in their order, in little room, because there may be hundreds of thousands of them: what a
 // path has in common with the one before it, and a link's target with that of the link before, is not kept again.
@@ -22,10 +20,7 @@ public:
     [[nodiscard]] bool empty() const { return count == 0; }
 
 private:
-    void putNumber(std::uint64_t number);
-    void putText(const std::string& before, const std::string& text);
-
-    std::deque<char> bytes; // grows without being copied
+    PackedBytes bytes;
     ArchiveMember last;
     std::size_t count = 0;
 };

@@ -9,7 +9,7 @@ namespace
 {
 
 constexpr std::size_t fewestSlots = 1024; // all numbers of them are powers of two
-constexpr unsigned halfWord = 32;
+constexpr std::uint32_t kinds = std::variant_size_v<PlaceTable::Entry>;
 
 } // namespace
 
@@ -18,12 +18,7 @@ void PlaceTable::put(const std::string& place, const Entry& entry)
     if (4 * (records.size() + 1) > 3 * slots.size()) {
         grow();
     }
-    Record record{keyOf(place), static_cast<std::uint32_t>(entry.index()), {}};
-    if (const auto* sum = std::get_if<Sha256Sum>(&entry)) {
-        record.sum = *sum;
-    } else if (const auto* link = std::get_if<Link>(&entry)) {
-        record.sum = packed(link->target);
-    }
+    const Record record{keyOf(place), packed(entry)};
     std::uint32_t& slot = slots[slotOf(record.key)];
     if (slot == 0) {
         records.push_back(record);
@@ -39,17 +34,30 @@ std::optional<PlaceTable::Entry> PlaceTable::at(const std::string& place) const
     if (number == 0) {
         return std::nullopt;
     }
-    const Record& record = records[number - 1];
-    if (record.kind == Entry(Sha256Sum()).index()) {
-        return record.sum;
+    const std::uint32_t packed = records[number - 1].entry;
+    const std::uint32_t kind = packed % kinds;
+    if (kind == Entry(Sha256Sum()).index()) {
+        return sums[packed / kinds];
     }
-    if (record.kind == Entry(Link()).index()) {
-        return Link{unpacked(record.sum)};
+    if (kind == Entry(Link()).index()) {
+        return Link{targets.at(packed / kinds)};
     }
-    if (record.kind == Entry(Directory()).index()) {
+    if (kind == Entry(Directory()).index()) {
         return Directory();
     }
     return Nothing();
+}
+
+std::uint32_t PlaceTable::packed(const Entry& entry)
+{
+    std::uint32_t number = 0;
+    if (const auto* sum = std::get_if<Sha256Sum>(&entry)) {
+        number = static_cast<std::uint32_t>(sums.size());
+        sums.push_back(*sum);
+    } else if (const auto* link = std::get_if<Link>(&entry)) {
+        number = targets.add(link->target);
+    }
+    return number * kinds + static_cast<std::uint32_t>(entry.index());
 }
 
 PlaceTable::Key PlaceTable::keyOf(const std::string& place)
@@ -69,21 +77,6 @@ std::size_t PlaceTable::slotOf(const Key& key) const
         slot = (slot + 1) & (slots.size() - 1);
     }
     return slot;
-}
-
-Sha256Sum PlaceTable::packed(const std::string& target)
-{
-    const std::uint64_t start = targets.size();
-    targets.insert(targets.end(), target.begin(), target.end());
-    return {static_cast<std::uint32_t>(start >> halfWord), static_cast<std::uint32_t>(start),
-            static_cast<std::uint32_t>(target.size())};
-}
-
-std::string PlaceTable::unpacked(const Sha256Sum& where) const
-{
-    const std::uint64_t start = (std::uint64_t{where[0]} << halfWord) | where[1];
-    const auto first = targets.begin() + static_cast<std::ptrdiff_t>(start);
-    return {first, first + static_cast<std::ptrdiff_t>(where[2])};
 }
 
 void PlaceTable::grow()

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/firmware/Sha256.h"
+#include "client/firmware/TextList.h"
 
 #include <array>
 #include <cstddef>
@@ -39,17 +40,16 @@ private:
 
     struct Record {
         Key key;
-        std::uint32_t kind; // the index in Entry
-        Sha256Sum sum;      // of a link: where its target begins, in two words, and how long it is
+        std::uint32_t entry; // its kind, and the number of what there is to know of it
     };
 
     [[nodiscard]] static Key keyOf(const std::string& place);
     [[nodiscard]] std::size_t slotOf(const Key& key) const; // its own, or the free one where it belongs
-    [[nodiscard]] Sha256Sum packed(const std::string& target);
-    [[nodiscard]] std::string unpacked(const Sha256Sum& where) const;
+    [[nodiscard]] std::uint32_t packed(const Entry& entry);
     void grow();
 
     std::deque<Record> records;       // grow without being copied
     std::vector<std::uint32_t> slots; // 1 + the number of a record, or 0; never full
-    std::deque<char> targets;
+    std::deque<Sha256Sum> sums;       // of the files
+    TextList targets;                 // of the links
 };

@@ -100,7 +100,10 @@ def limited(ctl: Ctl, *words: str) -> Answer:
     return Answer(done.returncode, "", done.stderr)
 
 
-def test_check_with_a_key_needs_little_memory_for_many_files(ctl: Ctl, tmp_path: Path, maker: Maker) -> None:
+@pytest.mark.parametrize("kind", [tarfile.REGTYPE, tarfile.SYMTYPE], ids=["files", "links"])
+def test_check_with_a_key_needs_little_memory_for_many_members(
+    ctl: Ctl, tmp_path: Path, maker: Maker, kind: bytes
+) -> None:
     if b"__asan_init" in ctl.program.read_bytes():
         pytest.skip("sanitizers need memory of their own")
     lines = [f"{hashlib.sha256(b'').hexdigest()}  {name_of_many(index)}\n" for index in range(MANY)]
@@ -109,7 +112,7 @@ def test_check_with_a_key_needs_little_memory_for_many_files(ctl: Ctl, tmp_path:
         sums = "".join(lines[:listed]).encode()
         path = tmp_path / "many.tar.gz"
         signed = {"SHA256SUMS": sums, "SHA256SUMS.sig": maker.sign(sums)}
-        path.write_bytes(archive_of_many(MANY, tarfile.REGTYPE, signed))
+        path.write_bytes(archive_of_many(MANY, kind, signed))
         answer = limited(ctl, "--quiet", "firmware", "check", "--key", str(maker.public), str(path))
         assert answer.code == 10
         assert refusal in answer.err
