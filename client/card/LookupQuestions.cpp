@@ -121,7 +121,8 @@ void Lookup::take(const Datagram& datagram)
 
 void Lookup::note(Asked& one, TimePoint since, CardReply answer)
 {
-    one.isSlow = one.isSlow || Clock::now() - since > listening / 2; // a probe is listened to for as long
+    const Seconds took = Clock::now() - since;
+    one.isSlow = one.isSlow || took > listening / 2; // a probe is listened to for as long
     if (one.answers.size() == mostAnswers) {
         return;
     }
@@ -131,6 +132,6 @@ void Lookup::note(Asked& one, TimePoint since, CardReply answer)
         return;
     }
     ++heard;
-    heardOut = after(listening);
+    heardOut = std::max(heardOut, after(std::max(listening, took))); // another may be as slow, and slower
     one.isOver.set();
 }

@@ -4,6 +4,7 @@
 
 #include "client/card/AddressCheck.h"
 #include "client/card/Identification.h"
+#include "client/card/Lookup.h"
 #include "client/engine/EventLoop.h"
 #include "client/wire/Network.h"
 #include "support/FakeInterface.h"
@@ -44,6 +45,15 @@ protected:
     EventLoop loop;
     Network network{loop, NetworkOptions{.policy = {Seconds(60), 0}, .interfaces = {"lo"}}};
 };
+
+// Another of its name may be as slow.
+TEST_F(SlowCardTest, IsListenedToAsLongAgainAsItTook)
+{
+    const TimePoint start = Clock::now();
+    Lookup lookup(network, {"card1"});
+    loop.run(lookup.hearOut());
+    EXPECT_GE(Clock::now() - start, 2 * slowness);
+}
 
 TEST_F(SlowCardTest, IsWaitedForBehindTheProbe)
 {
