@@ -3,10 +3,10 @@
 
 find_program(SCDOC scdoc DOC "Makes manual pages; without it there are none")
 
-# manual_page(<name>.<section> <folder>)
+# manual_page(<name>.<section> <folder> <component>)
 #
-# Makes the page from <name>.<section>.scd in the folder and installs it, where scdoc is at hand.
-function(manual_page page folder)
+# Makes the page from <name>.<section>.scd in the folder and installs it with that component, where scdoc is at hand.
+function(manual_page page folder component)
     if(NOT SCDOC)
         return()
     endif()
@@ -19,5 +19,5 @@ function(manual_page page folder)
         DEPENDS ${source}
         VERBATIM)
     add_custom_target(manual_${page} ALL DEPENDS ${made})
-    install(FILES ${made} TYPE MAN RENAME man${section}/${page})
+    install(FILES ${made} TYPE MAN RENAME man${section}/${page} COMPONENT ${component})
 endfunction()

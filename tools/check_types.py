@@ -27,6 +27,7 @@ SEARCH_PATHS: dict[str, list[str]] = {
     "tests/hostile": ["tests", "tests/system", "sim"],
     "tests/integrations": ["tests/integrations", "tests/system", "sim", "packaging/ansible"],
     "tests/model": ["tests", "tests/system"],
+    "tests/packages": ["tests/packages"],
     "tests/system": ["tests/system", "sim"],
     "tests/tools": ["tests/tools", "tools", "tools/target", "tests", "tests/system", "sim", "bench/count"],
     "tests/twin": ["tests", "tests/system", "sim"],

@@ -120,6 +120,11 @@ integrations() {
     on_lan release tests/integrations
 }
 
+# What is installed, in folders of its own.
+packages() {
+    /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/packages
+}
+
 # Leaves in build/coverage/lines how often each line was reached. The programs themselves are for what no test links.
 coverage_tests() {
     local folder=build/coverage program objects=()
