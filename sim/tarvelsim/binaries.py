@@ -8,20 +8,20 @@ import shutil
 from pathlib import Path
 
 from .errors import SimError
+from .places import INSTALLED_DAEMON, ROOT
 
-ROOT = Path(__file__).resolve().parents[2]
 _ELF_IDENTITY = slice(4, 6)  # 32 or 64 bits, byte order
 _ELF_MACHINE = slice(18, 20)
 
 
 def daemon_command() -> list[str]:
-    """The daemon's command line: TARVELD from the environment, else the plain build's program, else the demo's."""
+    """The daemon's command line: TARVELD from the environment, else the installed program, the plain build's, the demo's."""
     words = shlex.split(os.environ.get("TARVELD", "")) or [str(_built_daemon())]
     return [str(Path(word).resolve()) if "/" in word else word for word in words]
 
 
 def _built_daemon() -> Path:
-    for program in (ROOT / "build/tarveld", ROOT / "build/release/tarveld"):
+    for program in (INSTALLED_DAEMON, ROOT / "build/tarveld", ROOT / "build/release/tarveld"):
         if program.exists():
             return program
     raise SimError("the daemon is not built: cmake -B build -DTARVELD_SIM=ON && cmake --build build first")

@@ -9,7 +9,7 @@ import subprocess
 from types import TracebackType
 from typing import TYPE_CHECKING, Any
 
-from . import binaries, namespaces, plan
+from . import namespaces, places, plan
 from .daemon import Daemon
 from .errors import SimError
 from .inside import Inside
@@ -22,7 +22,7 @@ from .waiting import wait_for
 if TYPE_CHECKING:
     from .lan import Lan
 
-_INIT = binaries.ROOT / "sim/card"
+_INIT = places.ROOT / "sim/card"
 
 
 class Card:

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""scripts/card: simulated cards for experiments, and ways to look into them."""
+"""Simulated cards for experiments, and ways to look into them: scripts/card, tarvel-card where it is installed."""
 
 import argparse
 import os
@@ -14,6 +14,7 @@ from .errors import SimError
 from .lan import Lan
 from .launch import run_in_lan
 from .options import FAST_DELAYS, REAL_DELAYS
+from .places import CARD_PROGRAM
 
 
 _DELAYS = {"fast": FAST_DELAYS, "real": REAL_DELAYS}
@@ -43,7 +44,8 @@ def _run(options: argparse.Namespace) -> int:
     try:
         cards = _start_cards(names, _DELAYS[options.delays])
         which = f" --lan {options.lan}" if options.lan else ""
-        print(f"Try: scripts/card shell{which} {names[0]}, scripts/card client{which}. Ctrl-C ends it all.", flush=True)
+        look = f"{CARD_PROGRAM} shell{which} {names[0]}, {CARD_PROGRAM} client{which}"
+        print(f"Try: {look}. Ctrl-C ends it all.", flush=True)
         signal.pause()
     except KeyboardInterrupt:
         print()
@@ -83,7 +85,7 @@ def _list(options: argparse.Namespace) -> int:
 
 
 def _parser() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(prog="scripts/card", description=__doc__)
+    parser = argparse.ArgumentParser(prog=CARD_PROGRAM, description="Simulated cards for experiments, and ways to look into them.")
     verbs = parser.add_subparsers(required=True, metavar="COMMAND")
 
     run = verbs.add_parser("run", help="start cards on a LAN and keep them until Ctrl-C")
@@ -123,5 +125,5 @@ def main() -> int:
         status: int = options.act(options)
         return status
     except (SimError, OSError) as error:
-        print(f"scripts/card: {error}", file=sys.stderr)
+        print(f"{CARD_PROGRAM}: {error}", file=sys.stderr)
         return 1

@@ -14,6 +14,7 @@ from . import plan
 from .card import Card
 from .errors import NotInLan, SimError
 from .options import CardOptions
+from .places import LAN_PROGRAM
 
 
 class Lan:
@@ -27,7 +28,7 @@ class Lan:
     def current() -> "Lan":
         """The LAN that this process was started in by `sim/lan`."""
         if "TARVEL_LAN" not in os.environ:
-            raise NotInLan("this program must be started by sim/lan, for example: sim/lan python3 -m pytest")
+            raise NotInLan(f"this program must be started by {LAN_PROGRAM}, for example: {LAN_PROGRAM} python3 -m pytest")
         return Lan(Path(os.environ["TARVEL_LAN"]))
 
     def address(self, device: str) -> str:

@@ -13,6 +13,7 @@ from pathlib import Path
 
 if __package__ is None:
     sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+from tarvelsim.places import LAN_PROGRAM  # noqa: E402
 from tarvelsim.plan import SEGMENTS, Segment  # noqa: E402
 
 # What the machine's own settings must not decide: no address of version 6, no check of the senders' route (the cards
@@ -82,7 +83,7 @@ def main() -> int:
     try:
         return _run(command, run_dir)
     except OSError as error:
-        print(f"sim/lan: {command[0]}: {error.strerror}", file=sys.stderr)
+        print(f"{LAN_PROGRAM}: {command[0]}: {error.strerror}", file=sys.stderr)
         return 127
 
 

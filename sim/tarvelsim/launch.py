@@ -13,6 +13,7 @@ from pathlib import Path
 
 from . import namespaces
 from .errors import SimError
+from .places import LAN_PROGRAM
 
 PREFIX = "tarvel-lan."
 # Even if this process is killed without warning, the LAN ends with it.
@@ -58,10 +59,10 @@ def run_in_lan(command: Sequence[str]) -> int:
 
 def main(arguments: Sequence[str]) -> int:
     if not arguments or arguments[0].startswith("-"):
-        print("usage: sim/lan COMMAND [ARGUMENT...]\nRuns the command on the client side of a fresh simulated LAN.")
+        print(f"usage: {LAN_PROGRAM} COMMAND [ARGUMENT...]\nRuns the command on the client side of a fresh simulated LAN.")
         return 0 if arguments and arguments[0] in ("-h", "--help") else 2
     try:
         return run_in_lan(arguments)
     except SimError as error:
-        print(f"sim/lan: {error}", file=sys.stderr)
+        print(f"{LAN_PROGRAM}: {error}", file=sys.stderr)
         return 1

@@ -9,7 +9,7 @@ from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
 
-from . import binaries, plan
+from . import binaries, places, plan
 
 SAME_AS_NAME = "\0"
 FAST_DELAYS, REAL_DELAYS = 0.01, 1.0
@@ -56,7 +56,7 @@ class CardOptions:
             "addresses": {segment.card_device: _addresses(segment, number) for segment in plan.SEGMENTS},
             "command": command,
             "environment": dict(self.env),
-            "binds": _needed([binaries.ROOT, *_folders([*command, *programs.values()]), *self.binds]),
+            "binds": _needed([places.ROOT, *_folders([*command, *programs.values()]), *self.binds]),
             "files": {path: _encoded(content) for path, content in self.files.items()},
             "autostart": self.autostart,
             "supervised": self.supervised,

@@ -14,6 +14,7 @@ from pathlib import Path
 from . import namespaces
 from .errors import SimError
 from .launch import PREFIX
+from .places import CARD_PROGRAM
 
 # Holds the name that the LAN was given, if any.
 _BENCH = "bench"
@@ -115,7 +116,7 @@ def lans_to_look_into(name: str | None = None) -> list[RunningLan]:
 def the_lan(name: str | None = None) -> RunningLan:
     lans = lans_to_look_into(name)
     if not lans:
-        raise SimError("no simulated card is running; start one with: scripts/card run")
+        raise SimError(f"no simulated card is running; start one with: {CARD_PROGRAM} run")
     if len(lans) > 1:
         raise SimError(f"several LANs are running; say with --lan which one: {_names(lans)}")
     return lans[0]
