@@ -27,7 +27,7 @@ CEILINGS = [
 
 CODE = {".h", ".c", ".cpp"}
 TABS_ALLOWED = re.compile(
-    r"(.*/)?Makefile|.*\.mk|.*\.init|.*\.scd(\.in)?|.*Config\.in|.*\.patch|packaging/openwrt/.*|tests/system/uci/.*\.t"
+    r"(.*/)?Makefile|debian/rules|.*\.mk|.*\.init|.*\.scd(\.in)?|.*Config\.in|.*\.patch|packaging/openwrt/.*|tests/system/uci/.*\.t"
 )
 
 # What a compiler sees of a source is the rest.
@@ -215,6 +215,7 @@ def differing_versions(root: Path) -> Iterator[str]:
     """What is packaged is read where the tree is not at hand, so it says the version once more."""
     places = {
         "CMakeLists.txt": r"^project\(tarveld VERSION ([0-9.]+)",
+        "debian/changelog": r"\Atarveld \(([0-9.]+)\)",
         "packaging/openwrt/Makefile": r"^PKG_VERSION:=([0-9.]+)",
         "packaging/ansible/ansible_collections/tarvel/cards/galaxy.yml": r"^version: ([0-9.]+)",
     }

@@ -90,18 +90,21 @@ def test_a_source_is_named_where_it_is_built(tmp_path: Path, listing: str, is_na
 
 
 @pytest.mark.parametrize(
-    ("recipe", "galaxy", "complaint"),
+    ("recipe", "galaxy", "changelog", "complaint"),
     [
-        ("PKG_VERSION:=1.2.3\n", "version: 1.2.3\n", None),
-        ("PKG_VERSION:=1.2\n", "version: 1.2.3\n", "packaging/openwrt/Makefile has version 1.2"),
-        ("PKG_NAME:=x\n", "version: 1.2.3\n", "packaging/openwrt/Makefile has version none"),
-        ("PKG_VERSION:=1.2.3\n", "version: 1.2.4\n", "galaxy.yml has version 1.2.4"),
+        ("PKG_VERSION:=1.2.3\n", "version: 1.2.3\n", "tarveld (1.2.3) x\n\ntarveld (1.2.2) x\n", None),
+        ("PKG_VERSION:=1.2\n", "version: 1.2.3\n", "tarveld (1.2.3) x\n", "packaging/openwrt/Makefile has version 1.2"),
+        ("PKG_NAME:=x\n", "version: 1.2.3\n", "tarveld (1.2.3) x\n", "packaging/openwrt/Makefile has version none"),
+        ("PKG_VERSION:=1.2.3\n", "version: 1.2.4\n", "tarveld (1.2.3) x\n", "galaxy.yml has version 1.2.4"),
+        ("PKG_VERSION:=1.2.3\n", "version: 1.2.3\n", "tarveld (1.2.4) x\n", "debian/changelog has version 1.2.4"),
     ],
 )
 def test_what_is_packaged_has_the_version_of_the_project(
-    tmp_path: Path, recipe: str, galaxy: str, complaint: str | None
+    tmp_path: Path, recipe: str, galaxy: str, changelog: str, complaint: str | None
 ) -> None:
     collection = "packaging/ansible/ansible_collections/tarvel/cards"
+    (tmp_path / "debian").mkdir()
+    (tmp_path / "debian/changelog").write_text(changelog, encoding="utf-8")
     (tmp_path / "packaging/openwrt").mkdir(parents=True)
     (tmp_path / collection).mkdir(parents=True)
     (tmp_path / "CMakeLists.txt").write_text("project(tarveld VERSION 1.2.3 DESCRIPTION x)\n", encoding="utf-8")
