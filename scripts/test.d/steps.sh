@@ -120,8 +120,13 @@ integrations() {
     on_lan release tests/integrations
 }
 
-# What is installed, in folders of its own.
+# Built, and tried in folders of their own: nothing of them is installed on this machine.
 packages() {
+    scripts/package --quick
+    lintian --fail-on error,warning build/packages/*.changes
+    # shellcheck source=scripts/test.d/prometheus.sh
+    . scripts/test.d/prometheus.sh
+    need_prometheus
     /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/packages
 }
 
