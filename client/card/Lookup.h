@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #pragma once
 
+#include "client/card/HearingOut.h"
 #include "client/card/LastHeard.h"
 #include "client/card/SilentAddress.h"
 #include "client/engine/Signal.h"
@@ -31,8 +32,8 @@ public:
     Task<void> run(std::size_t enough = SIZE_MAX);
 
     // The same until all have answered, and then until each has been listened to for a moment after its first answer,
-    // or as long again as that took: who may be meant? Each repetition has a sequence number of its own, so that a card
-    // that answers two of them is not taken for two cards.
+    // or as long again as that took, but no longer than one more time-out: who may be meant? Each repetition has a
+    // sequence number of its own, so that a card that answers two of them is not taken for two cards.
     Task<void> hearOut();
 
     // All answers to that name, when the asking is over. Throws what ended it early.
@@ -96,7 +97,7 @@ private:
     std::size_t heard = 0;
     std::size_t wanted = 0;
     bool hearsOut = false;
-    TimePoint heardOut;                 // when the last that answered has been listened to
+    HearingOut listening{policy.timeout};
     std::optional<TimePoint> explained; // until when it is looked what is where silent names were heard
     std::exception_ptr error;
     std::optional<Failure> notAsked; // why somebody was not

@@ -15,7 +15,6 @@ namespace
 // leave room for what others ask.
 constexpr std::size_t mostInBurst = 50;
 constexpr Seconds burstTime{0.1};
-constexpr Seconds listening{0.3}; // chosen: from the first answer on; a card answers within milliseconds
 
 // Of one name: two are one too many already, and who floods shall not fill this machine's memory.
 constexpr std::size_t mostAnswers = 100;
@@ -89,9 +88,10 @@ Task<void> Lookup::listen(TimePoint deadline)
 
 Task<void> Lookup::listenOut()
 {
-    Listening time(heardOut);
+    listening.endAsking(Clock::now());
+    Listening time(listening.end());
     while (hearsOut && heard > 0) {
-        time.end = heardOut;
+        time.end = listening.end();
         const std::optional<Datagram> datagram = co_await network.receive(sockets, time);
         if (!datagram) {
             co_return;
@@ -121,8 +121,8 @@ void Lookup::take(const Datagram& datagram)
 
 void Lookup::note(Asked& one, TimePoint since, CardReply answer)
 {
-    const Seconds took = Clock::now() - since;
-    one.isSlow = one.isSlow || took > listening / 2; // a probe is listened to for as long
+    const TimePoint now = Clock::now();
+    one.isSlow = one.isSlow || now - since > HearingOut::moment / 2; // a probe is listened to for as long
     if (one.answers.size() == mostAnswers) {
         return;
     }
@@ -132,6 +132,6 @@ void Lookup::note(Asked& one, TimePoint since, CardReply answer)
         return;
     }
     ++heard;
-    heardOut = std::max(heardOut, after(std::max(listening, took))); // another may be as slow, and slower
+    listening.hear(since, now);
     one.isOver.set();
 }
