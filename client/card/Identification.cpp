@@ -54,12 +54,12 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
     compare(cards);
     // Behind the comparison: for targets that are refused by now nobody needs to be probed.
     if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
-        co_await probe(cards);
+        co_await probe(cards, lookup);
     }
     co_return cards;
 }
 
-Task<void> Identification::probe(std::vector<Identified>& cards) const
+Task<void> Identification::probe(std::vector<Identified>& cards, Lookup& lookup) const
 {
     if (std::ranges::none_of(cards, [](const Identified& card) { return !card.refusal; })) {
         co_return; // it costs every card a warning
@@ -76,7 +76,7 @@ Task<void> Identification::probe(std::vector<Identified>& cards) const
     if (failure) {
         takeDeafness(cards, *failure);
     } else {
-        hearAgain(cards, behindProbe);
+        hearAgain(cards, lookup, behindProbe);
         check(cards, census);
     }
     // Else one slow card would make all names old, which are then asked for again, and it again.

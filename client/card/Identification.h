@@ -61,8 +61,9 @@ public:
     void hear(Identified& card, std::vector<CardReply> answers) const;
     // An address that may be that of two cards is refused, and any other is reached where it answered.
     void check(std::vector<Identified>& cards, const Census& census) const;
-    // What slow cards, who were asked again behind the probe, answered: whoever did is slow no more.
-    void hearAgain(std::vector<Identified>& cards, Lookup& behindProbe) const;
+    // What slow cards, who were asked again behind the probe, answered beside the first time: whoever did is slow no
+    // more.
+    void hearAgain(std::vector<Identified>& cards, Lookup& first, Lookup& behindProbe) const;
 
 private:
     [[nodiscard]] bool asksFor(const Target& target) const;
@@ -74,7 +75,7 @@ private:
     Task<void> confirm(Identified& card, Target noted) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;
     void object(Identified& card, std::string why) const;
-    Task<void> probe(std::vector<Identified>& cards) const;
+    Task<void> probe(std::vector<Identified>& cards, Lookup& lookup) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;
 
     Network& network;

@@ -40,7 +40,7 @@ void Identification::compare(std::vector<Identified>& cards) const
     markTwice(cards);
 }
 
-void Identification::hearAgain(std::vector<Identified>& cards, Lookup& behindProbe) const
+void Identification::hearAgain(std::vector<Identified>& cards, Lookup& first, Lookup& behindProbe) const
 {
     for (Identified& card : cards) {
         if (!card.isSlow || card.refusal) {
@@ -52,7 +52,10 @@ void Identification::hearAgain(std::vector<Identified>& cards, Lookup& behindPro
                 return answer.address == card.target.endpoint->address &&
                        answer.interface == card.target.endpoint->interface;
             });
-            std::optional<std::string> why = ambiguityOf(answers);
+            // One of two cards may have answered the first time, and the other behind the probe.
+            std::vector<CardReply> all = first.answersTo(card.target.name);
+            all.insert(all.end(), answers.begin(), answers.end());
+            std::optional<std::string> why = ambiguityOf(all);
             if (why && !contains(card.warnings, *why)) {
                 object(card, *std::move(why));
             }

@@ -88,6 +88,19 @@ TEST_F(SlowCardTest, IsRefusedIfAnotherOfItsNameAnswersBehindTheProbe)
     EXPECT_NE(one.refusal->hint.find("two cards have this name"), std::string::npos);
 }
 
+// Each of the two cards answered one of the questions only, and each question once.
+TEST_F(SlowCardTest, IsRefusedIfAnotherOfItsNameAnswersBehindTheProbeInItsPlace)
+{
+    int times = 0; // of the card's thread
+    card.behave(ipGet, [&times](const FakeCard::Request&) {
+        std::this_thread::sleep_for(slowness);
+        return says(ipXml(++times == 1 ? "127.0.0.1" : "127.0.0.2"));
+    });
+    const Identified one = identified();
+    ASSERT_TRUE(one.refusal);
+    EXPECT_NE(one.refusal->hint.find("two cards have this name: different answers"), std::string::npos);
+}
+
 // The answer may be that of another, which is faster.
 TEST_F(SlowCardTest, IsNotCheckedIfItIsNotSeenToHaveAnsweredTheProbe)
 {
