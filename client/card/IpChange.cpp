@@ -5,6 +5,7 @@
 #include "client/card/Identity.h"
 #include "client/card/IpWatch.h"
 #include "client/card/ReadBack.h"
+#include "client/model/CalendarTime.h"
 #include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
@@ -85,6 +86,14 @@ Task<bool> IpChange::send(InterfaceConfig wanted, std::string interface, Seconds
     co_return true;
 }
 
+// Who asks for it when it is silent is told where it was heard last, and not where it was before the change.
+void IpChange::remember(const CardIp& answer)
+{
+    if (isInNetworkOf(answer.interface, answer.address)) {
+        lastHeard.note(card, {answer.address, secondsNow(), answer.interface});
+    }
+}
+
 // Asks until the answers prove the wanted configuration, or the time is over.
 Task<Proof> IpChange::awaitProof(InterfaceConfig wanted, TimePoint deadline)
 {
@@ -93,6 +102,7 @@ Task<Proof> IpChange::awaitProof(InterfaceConfig wanted, TimePoint deadline)
     const auto hear = [&](int question, const std::optional<CardIp>& answer) {
         if (answer) {
             evidence.hear(question, *answer);
+            remember(*answer);
         } else {
             evidence.hearRefusal();
         }
@@ -100,6 +110,7 @@ Task<Proof> IpChange::awaitProof(InterfaceConfig wanted, TimePoint deadline)
     };
     co_await watch.run(hear, deadline);
     if (evidence.lastSeen()) {
+        lastHeard.save();
         seen = evidence.lastSeen();
     }
     co_return evidence.proof();

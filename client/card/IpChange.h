@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/card/IpEvidence.h"
+#include "client/card/LastHeard.h"
 #include "client/card/Observer.h"
 #include "client/engine/EventLoop.h"
 #include "client/engine/Task.h"
@@ -49,6 +50,7 @@ public:
 private:
     Task<bool> send(InterfaceConfig wanted, std::string interface, Seconds time);
     Task<Proof> awaitProof(InterfaceConfig wanted, TimePoint deadline);
+    void remember(const CardIp& answer);
 
     Network& network;
     Observer& observer;
@@ -56,6 +58,7 @@ private:
     std::string onlyInterface;
     IpBefore before;
     std::optional<InterfaceConfig> seen;
+    LastHeard lastHeard;
     std::string refusal;
     bool sent = false;
 };

@@ -9,6 +9,7 @@ from collections import Counter
 import pytest
 from support.ctl import Ctl, interrupt
 from support.fake_card import FakeUdpCard, answer
+from support.stopping import stopped
 from tarvelsim import Card
 from wire import Message, text_payload
 from wire.numbers import Format
@@ -116,6 +117,13 @@ def test_what_was_heard_before_is_never_an_address(ctl: Ctl, rack: list[Card]) -
     assert result["last_address"] == address
     assert result["there_now"] == "answers as a card, but not by this name"
     assert "components" not in result
+
+
+def test_a_card_that_was_moved_is_remembered_where_it_is(ctl: Ctl, scratch: Card) -> None:
+    assert ctl("-i", "lan0", "ip", "set", "--if", "VemkEth1", "--static", "10.0.0.88/24", "rack1").code == 0
+    with stopped(scratch):
+        result = ctl.json("-i", "lan0", "--timeout", "0.5", "versions", "rack1").result
+    assert (result["category"], result["last_address"]) == ("not-heard", "10.0.0.88")
 
 
 @pytest.mark.usefixtures("deaf_interface")

@@ -2,6 +2,7 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/IpChange.h"
 
+#include "support/Environment.h"
 #include "support/SystemTest.h"
 #include "support/VirtualTime.h"
 #include "unit/client/CardAnswers.h"
@@ -61,6 +62,8 @@ protected:
         ASSERT_GT(card.texts(reboot).size(), asked);
     }
 
+    // What the client writes down is of this test alone.
+    const Environment state{"XDG_STATE_HOME", sandbox.path("/tmp/state")};
     static constexpr Seconds patient{60}; // none of the tests that use it waits for its end
     FakeCard card;
     EventLoop loop;
@@ -102,6 +105,17 @@ TEST_F(IpChangeTest, IsAppliedWhenTheCardAnswersFromTheNewAddress)
     EXPECT_EQ(card.texts(ipSet).size(), 1U);
     EXPECT_TRUE(observer.notes.empty());
     EXPECT_TRUE(observer.warnings.empty());
+}
+
+TEST_F(IpChangeTest, RemembersWhereTheCardIsHeardAfterwards)
+{
+    takesChanges();
+    card.answer(ipGet, says(ipXml("10.0.0.9")));
+    LastHeard before;
+    before.note("card1", {"10.0.0.9", 1, "lo"});
+    before.save();
+    EXPECT_EQ(run(plan(elsewhere, former)), IpOutcome::applied);
+    EXPECT_EQ(LastHeard::load().of("card1")->address, "127.0.0.1");
 }
 
 TEST_F(IpChangeTest, IsStoredWhenOnlyTheSettingsOfAnInterfaceThatIsNotHeardSayIt)
