@@ -221,6 +221,7 @@ void TargetCommand::workInBatches(Context& context, Report& report, std::vector<
         for (std::size_t rest = first + count; rest < jobs.size(); ++rest) {
             results[rest].target = jobs[rest].target.label;
             results[rest].fail(untouched(failed->code));
+            tellHowFound(jobs[rest], results[rest]);
             printEarly(context, report, results[rest]);
         }
         return;

@@ -124,5 +124,6 @@ def test_a_batch_with_a_failure_is_the_last(ctl: Ctl, scratches: list[Card], fir
     assert upgraded.code == 7
     assert [result["category"] for result in upgraded.results] == ["unchanged", "untouched", "untouched"]
     assert [result["changed"] for result in upgraded.results[1:]] == [False, False]
+    assert all("checked" in result for result in upgraded.results)
     kernel = {"component": "kernel", "version": "KERN-6.1.0"}
     assert all(kernel in result["components"] for result in ctl.json("versions", "rack[2-3]").results)
