@@ -143,6 +143,15 @@ TEST_F(RawCommandTest, WaitsForTheAnswerAsEveryCommandThatSaysNoMoreOfWhatItDoes
     EXPECT_TRUE(outHas("\"phase\": \"waiting for the answer\""));
 }
 
+// It may be what tells that something is wrong with the probe.
+TEST_F(RawCommandTest, AsksNobodyElseBeforeIt)
+{
+    card.answer(timeSet, done);
+    EXPECT_EQ(run({"raw", "--command", "17", "127.0.0.1"}), 0);
+    EXPECT_TRUE(card.texts(probe).empty());
+    EXPECT_EQ(card.requests().size(), 1U);
+}
+
 TEST_F(RawCommandTest, SendsByBroadcast)
 {
     card.answer(66, done);
