@@ -79,10 +79,18 @@ def addresses(only_card: tarvelsim.Card) -> dict[str, str]:
     return {device: only_card.address(device) or "" for device in ("eth0", "eth1")}
 
 
+def _tell_if_failed(card: tarvelsim.Card, request: pytest.FixtureRequest) -> None:
+    """What a test that failed has left, for who was not there: pytest shows it below the failure."""
+    if request.node.stash.get(FAILED, False):
+        print(f"{card.records.log_tail()}\nits daemon's ends: {card.daemon.exits}\n{card.records.console()[-2000:]}")
+        print(card.inside.run(["sh", "-c", "ip address; ip neighbour; ps -ef"], check=False).stdout)
+
+
 @pytest.fixture
 def card(only_card: tarvelsim.Card, request: pytest.FixtureRequest) -> Iterator[tarvelsim.Card]:
     """A card as new. The test leaves it as it was, or takes `scratch_card`."""
     yield only_card
+    _tell_if_failed(only_card, request)
     survived = not only_card.daemon.exits
     if request.node.stash.get(FAILED, False) or not survived:
         only_card.reset()
@@ -90,9 +98,10 @@ def card(only_card: tarvelsim.Card, request: pytest.FixtureRequest) -> Iterator[
 
 
 @pytest.fixture
-def scratch_card(only_card: tarvelsim.Card) -> Iterator[tarvelsim.Card]:
+def scratch_card(only_card: tarvelsim.Card, request: pytest.FixtureRequest) -> Iterator[tarvelsim.Card]:
     """A card as new, with which the test may do what it likes."""
     yield only_card
+    _tell_if_failed(only_card, request)
     only_card.reset()
 
 
