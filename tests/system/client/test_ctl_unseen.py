@@ -78,6 +78,17 @@ def test_a_second_card_with_the_address_that_is_off_is_not_seen(ctl: Ctl, scratc
         rack[1].reset()
 
 
+def test_a_slow_second_card_with_an_address_that_is_given_is_not_seen(ctl: Ctl, rack: list[Card], doubled: str) -> None:
+    """By a name a slow card is asked again; nobody knows what else would tell of it."""
+    rack[0].inside.run(["ip", "link", "set", "eth0", "arp", "off"])  # connections go to the other
+    try:
+        with stopped(rack[0]):
+            assert ctl.json_checked("-i", "lan0", *NTP, doubled).code == 0
+    finally:
+        rack[0].inside.run(["ip", "link", "set", "eth0", "arp", "on"])
+    assert rack[1].inside.uci("get", "system.ntp.server") == "10.0.0.99"
+
+
 def test_two_addresses_of_one_card_without_its_name_are_two_jobs(ctl: Ctl, scratch: Card, firmware: str) -> None:
     addresses = [scratch.address(device) or "" for device in ("eth0", "eth1")]
     answers = ctl.json("firmware", "upload", firmware, *addresses)
