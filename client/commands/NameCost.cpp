@@ -16,9 +16,10 @@ constexpr std::size_t manyNames = 64; // chosen
 void noteCostOfChange(const Console& console, std::size_t names)
 {
     if (names > manyNames) {
-        console.note(fmt::format("{} names are asked for before anything is changed, which takes a while, and every "
-                                 "card that hears them logs a line for each",
-                                 names));
+        console.note(
+            fmt::format("{} names are asked for before anything is changed, which takes a while, and every "
+                        "card that hears them logs a line for each; addresses avoid that, where they are taken",
+                        names));
     }
 }
 

@@ -38,6 +38,7 @@ TEST_F(RebootCommandTest, TellsWhatManyNamesCostBefore)
 {
     EXPECT_EQ(run({"--timeout", "0.1", "reboot", "nobody[1-65]"}), 5);
     EXPECT_TRUE(errHas("65 names are asked for"));
+    EXPECT_TRUE(errHas("addresses avoid that"));
     EXPECT_EQ(run({"--timeout", "0.1", "reboot", "nobody[1-64]"}), 5);
     EXPECT_FALSE(errHas("names are asked for"));
 }
