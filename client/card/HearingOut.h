@@ -8,7 +8,8 @@
 #include <chrono>
 
 // Until when names are listened to for a second answer: for a moment from the first one on, or as long again as that
-// took, since another card may be as slow. Behind the asking never longer than one more time-out, whoever answers.
+// took, since another card may be as slow. Behind the asking no longer than one more time-out, whoever answers, but for
+// the moment that each answer has.
 class HearingOut
 {
 public:
@@ -19,16 +20,18 @@ public:
     void hear(TimePoint asked, TimePoint now)
     {
         const Seconds took = now - asked;
+        latest = now;
         wanted = std::max(wanted, now + inTicks(std::clamp(took, moment, longest)));
     }
     void endAsking(TimePoint now) { last = now + inTicks(longest); }
 
-    [[nodiscard]] TimePoint end() const { return std::min(wanted, last); }
+    [[nodiscard]] TimePoint end() const { return std::min(wanted, std::max(last, latest + inTicks(moment))); }
 
 private:
     static Clock::duration inTicks(Seconds time) { return std::chrono::ceil<Clock::duration>(time); }
 
     Seconds longest;
     TimePoint wanted;
+    TimePoint latest; // answer
     TimePoint last = TimePoint::max();
 };

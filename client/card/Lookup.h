@@ -32,8 +32,8 @@ public:
     Task<void> run(std::size_t enough = SIZE_MAX);
 
     // The same until all have answered, and then until each has been listened to for a moment after its first answer,
-    // or as long again as that took, but no longer than one more time-out: who may be meant? Each repetition has a
-    // sequence number of its own, so that a card that answers two of them is not taken for two cards.
+    // or as long again as that took, but no longer than one more time-out or that moment: who may be meant? Each
+    // repetition has a sequence number of its own, so that a card that answers two of them is not taken for two cards.
     Task<void> hearOut();
 
     // All answers to that name, when the asking is over. Throws what ended it early.

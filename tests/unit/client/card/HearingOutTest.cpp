@@ -48,6 +48,14 @@ TEST_F(HearingOutTest, IsOneTimeOutBehindTheAskingHoweverManyAnswerThen)
     EXPECT_EQ(time.end(), asked + seconds(10));
 }
 
+TEST_F(HearingOutTest, IsAMomentForWhoeverAnswersAtTheEnd)
+{
+    time.hear(asked, asked + milliseconds(4900));
+    time.endAsking(asked + seconds(5));
+    time.hear(asked, asked + milliseconds(9990));
+    EXPECT_EQ(time.end(), asked + milliseconds(10290));
+}
+
 TEST_F(HearingOutTest, IsAMomentEvenIfTheTimeOutIsShorter)
 {
     HearingOut hasty{Seconds(0.1)};
