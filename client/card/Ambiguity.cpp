@@ -77,7 +77,7 @@ std::string sendersOf(const std::vector<CardReply>& answers)
         const std::string name = fmt::format("{} on {}", answer.address, answer.interface);
         // Twins are named twice, since they are two; a sender that answered several requests is one.
         const bool isTwin = !seen.insert({answer.interface, answer.address, answer.reply.header.sequenceId}).second;
-        if (isTwin || names.count(name) == 0) {
+        if (names.count(name) == 0 || (isTwin && names.count(name) == 1)) {
             names.insert(name);
         }
     }

@@ -101,6 +101,17 @@ TEST_F(SlowCardTest, IsRefusedIfAnotherOfItsNameAnswersBehindTheProbeInItsPlace)
     EXPECT_NE(one.refusal->hint.find("two cards have this name: different answers"), std::string::npos);
 }
 
+TEST_F(SlowCardTest, IsDoubtedOnceIfBothTwinsAnswerBothTimes)
+{
+    FakeCard::Answer twice = says(ipXml("127.0.0.1"));
+    twice.copies = 2;
+    card.behave(ipGet, slowly(twice));
+    Identification identification(network, Way::overTcp, {.force = true});
+    const std::vector<Identified> cards = loop.run(identification.run({{"card1", "card1", std::nullopt}}));
+    ASSERT_EQ(cards.front().warnings.size(), 1U);
+    EXPECT_TRUE(cards.front().warnings.front().ends_with("answered by 127.0.0.1 on lo and 127.0.0.1 on lo"));
+}
+
 // The answer may be that of another, which is faster.
 TEST_F(SlowCardTest, IsNotCheckedIfItIsNotSeenToHaveAnsweredTheProbe)
 {
