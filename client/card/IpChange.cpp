@@ -86,7 +86,7 @@ Task<bool> IpChange::send(InterfaceConfig wanted, std::string interface, Seconds
     co_return true;
 }
 
-// Who asks for it when it is silent is told where it was heard last, and not where it was before the change.
+// Who asks for it when it is silent is told where it was reached last, and not where it was before the change.
 void IpChange::remember(const CardIp& answer)
 {
     if (isInNetworkOf(answer.interface, answer.address)) {
