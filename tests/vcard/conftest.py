@@ -9,7 +9,9 @@ from pathlib import Path
 
 import pytest
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "system"))
+ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests/system"))
+sys.path.append(str(ROOT / "sim"))
 
 from card import CABLES, VirtualCard  # noqa: E402
 

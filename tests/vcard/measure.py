@@ -11,7 +11,7 @@ from functools import partial
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-for lender in ("tests/system", "bench/measure"):
+for lender in ("tests/system", "bench/measure", "sim"):
     sys.path.append(str(ROOT / lender))
 
 import load  # noqa: E402
