@@ -119,19 +119,28 @@ class Answer:
         return self.message.text
 
 
+def _open(device: str, port: int) -> socket.socket:
+    opened = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
+    opened.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
+    opened.setsockopt(socket.SOL_SOCKET, socket.SO_BINDTODEVICE, device.encode() + b"\0")
+    opened.setsockopt(socket.IPPROTO_IP, _IP_PKTINFO, 1)
+    opened.settimeout(PATIENCE)
+    opened.bind(("", port))
+    return opened
+
+
 class UdpPeer:
     """A client on one of the LAN's devices; it talks to one card unless told otherwise."""
 
     def __init__(self, device: str, own_address: str, card_address: str, port: int = 0) -> None:
         self.own_address = own_address
         self.card_address = card_address
-        self.socket = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
-        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_BROADCAST, 1)
-        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_BINDTODEVICE, device.encode() + b"\0")
-        self.socket.setsockopt(socket.IPPROTO_IP, _IP_PKTINFO, 1)
-        self.socket.settimeout(PATIENCE)
-        self.socket.bind(("", port))
+        self.socket = _open(device, port)
         self.port: int = self.socket.getsockname()[1]
+        if port == 0 and self.port == PORT:  # by chance; a hardened card answers nobody who has it
+            first, self.socket = self.socket, _open(device, port)
+            first.close()
+            self.port = self.socket.getsockname()[1]
 
     def send(self, data: bytes, to: str | None = None) -> None:
         self.socket.sendto(data, (to or self.card_address, PORT))
