@@ -3,6 +3,7 @@
 #include "client/card/Census.h"
 
 #include "client/card/Discovery.h"
+#include "client/card/HearingOut.h"
 #include "client/engine/Parallel.h"
 #include "client/model/Contains.h"
 #include "client/model/Remedy.h"
@@ -14,8 +15,6 @@
 
 namespace
 {
-
-constexpr Seconds listening{0.3}; // chosen: a card answers within milliseconds
 
 std::string twoCards(const std::string& address)
 {
@@ -67,7 +66,7 @@ Task<void> Census::listen(Network& network, const std::vector<BroadcastSocket>& 
 {
     for (bool isLast = false; !isLast;) {
         isLast = isOver;
-        Listening time(after(listening));
+        Listening time(after(HearingOut::moment));
         std::optional<Datagram> datagram = co_await network.receive(sockets, time);
         while (datagram) {
             if (replyIn(*datagram, probe)) {

@@ -20,18 +20,18 @@ public:
     void hear(TimePoint asked, TimePoint now)
     {
         const Seconds took = now - asked;
-        latest = now;
+        lastAnswer = now;
         wanted = std::max(wanted, now + inTicks(std::clamp(took, moment, longest)));
     }
-    void endAsking(TimePoint now) { last = now + inTicks(longest); }
+    void endAsking(TimePoint now) { limit = now + inTicks(longest); }
 
-    [[nodiscard]] TimePoint end() const { return std::min(wanted, std::max(last, latest + inTicks(moment))); }
+    [[nodiscard]] TimePoint end() const { return std::min(wanted, std::max(limit, lastAnswer + inTicks(moment))); }
 
 private:
     static Clock::duration inTicks(Seconds time) { return std::chrono::ceil<Clock::duration>(time); }
 
     Seconds longest;
     TimePoint wanted;
-    TimePoint latest; // answer
-    TimePoint last = TimePoint::max();
+    TimePoint lastAnswer;
+    TimePoint limit = TimePoint::max();
 };

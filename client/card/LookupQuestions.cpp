@@ -122,7 +122,7 @@ void Lookup::take(const Datagram& datagram)
 void Lookup::note(Asked& one, TimePoint since, CardReply answer)
 {
     const TimePoint now = Clock::now();
-    one.isSlow = one.isSlow || now - since > HearingOut::moment / 2; // a probe is listened to for as long
+    one.isSlow = one.isSlow || now - since > HearingOut::moment / 2; // a probe is listened to for that moment
     if (one.answers.size() == mostAnswers) {
         return;
     }
