@@ -82,8 +82,8 @@ protected:
     [[nodiscard]] std::vector<Column> columns() const override
     {
         return list ? std::vector<Column>{{"number"}, {"interface"}, {"settings"}, {"time"}, {"age"}}
-                    : std::vector<Column>{{"interface"}, {"now"},           {"wanted"}, {"time"},
-                                          {"age"},       {"address_state"}, {"state"}};
+                    : std::vector<Column>{{"interface"}, {"now"}, {"reachable"},     {"wanted"},
+                                          {"time"},      {"age"}, {"address_state"}, {"state"}};
     }
     [[nodiscard]] Takes takes() const override { return Takes::namesOnly; }
     [[nodiscard]] bool changesCards() const override { return !list; }
@@ -149,6 +149,7 @@ private:
         const std::string now = presentSettings(target, told, settings.name);
         result.add("interface", settings.name);
         result.add("now", now);
+        result.add("reachable", workingAddress(target).has_value());
         result.add("wanted", describe(settings));
         result.add("time", timeCell(wanted));
         result.add("age", ageCell(wanted));

@@ -21,6 +21,7 @@ def test_a_card_that_works_is_left_alone(ctl: Ctl, rack: list[Card]) -> None:
         answer = ctl.json(*words)
         assert (answer.code, answer.result["category"]) == (2, "needs-force")
         assert "address that works here" in answer.result["hint"]
+        assert answer.result["reachable"] is True
     assert Snapshot(rack) == before
 
 
@@ -37,6 +38,7 @@ def test_from_and_to_and_age_are_shown(ctl: Ctl, scratch: Card) -> None:
     former = scratch.address("eth1")
     result = ctl.json("--dry-run", "ip", "rescue", "rack1").result
     assert result["now"] == f"Static {former}/255.255.255.0"
+    assert result["reachable"] is True
     assert result["wanted"] == "Static 10.0.1.71/255.255.255.0"
     assert result["time"] == "2001-09-09T01:46:40Z"
     assert result["age"].endswith("days")
@@ -60,6 +62,7 @@ def test_a_card_without_an_address_here_is_rescued_without_force(ctl: Ctl, stray
     free = "10.0.0.73"
     answer = rescue(ctl, free)
     assert (answer.code, answer.result["state"], answer.result["address_state"]) == (0, "rescued", "free")
+    assert answer.result["reachable"] is False
     strayed.wait_address("eth0", free)
 
 
