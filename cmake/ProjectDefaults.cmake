@@ -18,3 +18,8 @@ endif()
 
 # The redirected copies of the libraries, made in tests/, link what the libraries link.
 set(CMAKE_FIND_PACKAGE_TARGETS_GLOBAL ON)
+
+set(TARVELD_IS_SANITIZED FALSE)
+if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_DEBUG}" MATCHES "-fsanitize")
+    set(TARVELD_IS_SANITIZED TRUE)
+endif()

@@ -43,7 +43,7 @@ endfunction()
 function(add_system_reach_check)
     cmake_parse_arguments(PARSE_ARGV 0 arg "" "" "EXCEPT")
     # A sanitizer's runtime contains such calls itself, to watch them; the other builds have the same objects of ours.
-    if("${CMAKE_CXX_FLAGS} ${CMAKE_CXX_FLAGS_DEBUG}" MATCHES "-fsanitize")
+    if(TARVELD_IS_SANITIZED)
         return()
     endif()
     get_property(programs GLOBAL PROPERTY TARVELD_TEST_PROGRAMS)
