@@ -16,6 +16,7 @@ import filesystem
 import netifd
 import network
 import programs
+from apart import run_apart
 from control import Control, Order
 from ring import Ring
 from settings import DIRECTORY, Settings
@@ -46,9 +47,12 @@ class Card:
         }
 
     def first_boot(self) -> None:
+        run_apart(self._make_new)
+        self._boot(with_extra_files=True)
+
+    def _make_new(self) -> None:
         programs.install(self._settings.programs)
         factory.restore(self._settings)
-        self._boot(with_extra_files=True)
 
     def run(self) -> None:
         """The life of the card; ends with its process."""
@@ -97,19 +101,25 @@ class Card:
     # Booting
 
     def _boot(self, with_extra_files: bool = False) -> None:
-        factory.make_boot_files()
-        if with_extra_files:
-            factory.write_extra_files(self._settings)
+        run_apart(self._write_boot_files, with_extra_files)
         self._reboot_wanted = False  # who asked while the card went down has what he wanted
         self._log.start()
-        configured = netifd.times_configured()
-        netifd.start(self._settings)
-        netifd.wait_until_configured(since=configured)
+        run_apart(self._start_network)
         self._boots += 1
         self._log.note(f"booted ({self._boots})")
         if self._settings.autostart:
             self._daemon.start()
-        programs.run_start_links()
+        run_apart(programs.run_start_links)
+
+    def _write_boot_files(self, with_extra_files: bool) -> None:
+        factory.make_boot_files()
+        if with_extra_files:
+            factory.write_extra_files(self._settings)
+
+    def _start_network(self) -> None:
+        configured = netifd.times_configured()
+        netifd.start(self._settings)
+        netifd.wait_until_configured(since=configured)
 
     def _shut_down(self) -> None:
         self._respawn_at = None

@@ -2,7 +2,8 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The platform's network daemon: a process that puts the configuration on the devices, and asks for leases ever after.
 
-Once the devices are as configured it leaves word in the card's directory.
+Once the devices are as configured it leaves word in the card's directory, and when nothing is left to do it becomes a
+program that only sleeps: many cards on one machine would otherwise be many times this interpreter.
 """
 
 import contextlib
@@ -110,8 +111,7 @@ def _live(settings: Settings) -> None:
     network.run_ip(commands)
     _leave_word(interfaces)
     _ask_for_leases(settings, [interface for interface in interfaces if interface.proto == "dhcp"])
-    while True:
-        signal.pause()
+    os.execvp("sleep", ["netifd", "infinity"])
 
 
 def _leave_word(interfaces: list[Interface]) -> None:

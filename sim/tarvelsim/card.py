@@ -3,17 +3,15 @@
 """A simulated card, made and driven from the client side of its LAN."""
 
 import json
-import os
-import signal
-import subprocess
 from types import TracebackType
 from typing import TYPE_CHECKING, Any
 
-from . import namespaces, places, plan
+from . import plan
 from .daemon import Daemon
 from .errors import SimError
 from .inside import Inside
 from .network import Network
+from .nursery import FirstProcess
 from .options import CardOptions
 from .orders import Orders
 from .records import Records
@@ -21,8 +19,6 @@ from .waiting import wait_for
 
 if TYPE_CHECKING:
     from .lan import Lan
-
-_INIT = places.ROOT / "sim/card"
 
 
 class Card:
@@ -39,8 +35,7 @@ class Card:
         self.network = Network(self.directory)
         self._lan = lan
         self._options = options
-        self._unshare: subprocess.Popen[str] | None = None
-        self._init_pid: int | None = None
+        self._first: FirstProcess | None = None
         self._orders = Orders(name, self.directory)
         self.records = Records(name, self.directory)
         self.inside = Inside(name, self.directory, lambda: self.init_pid)
@@ -54,62 +49,34 @@ class Card:
             raise SimError(f"{self.name} runs already")
         self.directory.mkdir()
         self.daemon.will_start(since=0)
-        with open(self.directory / "init.log", "w", encoding="utf-8") as complaints:
-            self._unshare = subprocess.Popen(
-                namespaces.card_command([namespaces.PYTHON, "-IS", str(_INIT)]),
-                stdin=subprocess.PIPE,
-                stdout=subprocess.PIPE,
-                stderr=complaints,
-                text=True,
-                start_new_session=True,
-            )
         try:
-            self._boot(self._unshare, timeout)
+            self._first = self._lan.nursery.make(self.name, self.directory)
+            self._connect()
+            self._first.boot(json.dumps(self._options.settings(self.name, self.number, self.directory)))
+            self._lan.note_card(self)
         except BaseException:
             self.stop()
             raise
         if wait and self._options.autostart:
             self.daemon.wait_ready(timeout)
 
-    def _boot(self, unshare: "subprocess.Popen[str]", timeout: float) -> None:
-        self._init_pid = wait_for(lambda: self._first_process(unshare), timeout, lambda: f"{self.name} does not start")
-        self._connect()
-        assert unshare.stdin is not None and unshare.stdout is not None
-        unshare.stdin.write(json.dumps(self._options.settings(self.name, self.number, self.directory)))
-        unshare.stdin.close()
-        if unshare.stdout.readline() != "up\n":
-            unshare.wait()
-            raise SimError(f"{self.name} does not boot: {(self.directory / 'init.log').read_text()}")
-        self._lan.note_card(self)
-
-    def _first_process(self, unshare: "subprocess.Popen[str]") -> int | None:
-        if unshare.poll() is not None:
-            raise SimError(f"{self.name} does not start: {(self.directory / 'init.log').read_text()}")
-        return namespaces.only_child(unshare.pid)
-
     def _connect(self) -> None:
         """Plugs a cable into each device: a pair of ends, one in the card and one at the LAN's bridge."""
         commands = []
         for segment in self._options.segments():
             port, mac = segment.port(self.number), segment.card_mac(self.number)
-            device = f"name {segment.card_device} address {mac} netns {self._init_pid}"
+            device = f"name {segment.card_device} address {mac} netns {self.init_pid}"
             commands.append(f"link add name {port} type veth peer {device}")
             commands.append(f"link set {port} master {segment.client_device} up")
         self._lan.ip(commands)
 
     def stop(self) -> None:
         """The card vanishes, with all of its processes. Its log stays until the LAN ends or the name is used again."""
-        if self._unshare is None:
+        if self._first is None:
             self._lan.forget_card(self, ports=[])
             return
-        if self._init_pid is not None and self._unshare.poll() is None:
-            os.kill(self._init_pid, signal.SIGKILL)
-        self._unshare.kill()
-        self._unshare.wait()
-        for stream in (self._unshare.stdin, self._unshare.stdout):
-            if stream is not None:
-                stream.close()
-        self._unshare, self._init_pid = None, None
+        self._first.end()
+        self._first = None
         self._lan.forget_card(self, [segment.port(self.number) for segment in self._options.segments()])
 
     def reset(self, wait: bool = True, timeout: float = 10) -> None:
@@ -132,13 +99,13 @@ class Card:
 
     @property
     def running(self) -> bool:
-        return self._unshare is not None and self._unshare.poll() is None
+        return self._first is not None and self._first.runs
 
     @property
     def init_pid(self) -> int:
-        if self._init_pid is None:
+        if self._first is None:
             raise SimError(f"{self.name} does not run")
-        return self._init_pid
+        return self._first.pid
 
     def __enter__(self) -> "Card":
         self.start()

@@ -13,6 +13,7 @@ from typing import Any
 from . import plan
 from .card import Card
 from .errors import NotInLan, SimError
+from .nursery import Nursery
 from .options import CardOptions
 from .places import LAN_PROGRAM
 
@@ -23,6 +24,7 @@ class Lan:
     def __init__(self, run_dir: Path) -> None:
         self.run_dir = run_dir
         self._cards: dict[str, Card] = {}
+        self.nursery = Nursery(run_dir)  # for cards only
 
     @staticmethod
     def current() -> "Lan":

@@ -17,12 +17,6 @@ def lan_command(command: Sequence[str]) -> list[str]:
     return ["unshare", *made, "--", *_WITHOUT_DANGER, *command]
 
 
-def card_command(command: Sequence[str]) -> list[str]:
-    """The same for a card inside a LAN, which shares the LAN's user namespace."""
-    made = ["--net", "--mount", "--uts", "--ipc", "--pid", "--fork", "--kill-child", "--mount-proc"]
-    return ["unshare", *made, "--", *command]
-
-
 def enter_lan_command(pid: int, command: Sequence[str]) -> list[str]:
     joined = ["--user", "--preserve-credentials", "--net", "--mount", "--pid"]
     return ["nsenter", "--target", str(pid), *joined, "--", *_WITHOUT_DANGER, *command]
