@@ -3,6 +3,7 @@
 """The files that a new card comes with, and those that its start scripts make at each boot."""
 
 import base64
+import ipaddress
 from pathlib import Path
 
 import filesystem
@@ -15,11 +16,11 @@ _FLASH_SIZE = 1024
 _INTERFACES = {"eth0": "lanvemt2eth1", "eth1": "lanvemt2eth2"}
 
 
-def _system_config(hostname: str | None) -> str:
+def _system_config(hostname: str | None, server: str) -> str:
     option = f"\toption hostname '{hostname}'\n" if hostname is not None else ""
     return (
         f"\nconfig system\n{option}\toption timezone 'UTC'\n"
-        "\nconfig timeserver 'ntp'\n\toption server '10.0.0.1'\n\n"
+        f"\nconfig timeserver 'ntp'\n\toption server '{server}'\n\n"
     )
 
 
@@ -28,7 +29,9 @@ def _network_config(settings: Settings) -> str:
     text += "\toption ipaddr '127.0.0.1'\n\toption netmask '255.0.0.0'\n"
     for device, section in _INTERFACES.items():
         text += f"\nconfig interface '{section}'\n\toption ifname '{device}'\n\toption proto 'static'\n"
-        text += f"\toption ipaddr '{settings.addresses[device]['static']}'\n\toption netmask '255.255.255.0'\n"
+        addresses = settings.addresses[device]
+        netmask = ipaddress.ip_network(f"0.0.0.0/{addresses['prefix']}").netmask
+        text += f"\toption ipaddr '{addresses['static']}'\n\toption netmask '{netmask}'\n"
     return text + "\n"
 
 
@@ -49,7 +52,7 @@ def restore(settings: Settings) -> None:
     """Puts everything that outlives a reboot back to what it is on a new card."""
     for directory in ("/etc/config", "/etc/pnr", "/etc/rc.d"):
         filesystem.clear(directory)
-    Path("/etc/config/system").write_text(_system_config(settings.hostname))
+    Path("/etc/config/system").write_text(_system_config(settings.hostname, settings.addresses["eth0"]["router"]))
     Path("/etc/config/network").write_text(_network_config(settings))
     for name, number in _PART_NUMBERS.items():
         Path("/etc/pnr", name).write_text(number + "\n")

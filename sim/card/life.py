@@ -5,6 +5,7 @@
 import os
 import signal
 import socket
+from pathlib import Path
 
 import delays
 import filesystem
@@ -51,6 +52,8 @@ def live(connection: socket.socket) -> None:
 
 
 def _furnish(settings: Settings) -> None:
+    if any("router_mac" in addresses for addresses in settings.addresses.values()):
+        _forgo_version_6()
     socket.sethostname(settings.name)
     filesystem.prepare(settings.directory, settings.binds)
     programs.protect(settings.programs)
@@ -59,3 +62,11 @@ def _furnish(settings: Settings) -> None:
         os.makedirs(DIRECTORY / "control" / name, exist_ok=True)
     settings.save()
     delays.publish(settings)
+
+
+def _forgo_version_6() -> None:
+    """What that asks of its neighbours whenever a device comes up is too much of a LAN with many cards."""
+    for which in ("all", "default"):
+        path = Path("/proc/sys/net/ipv6/conf", which, "disable_ipv6")
+        if path.exists():
+            path.write_text("1")

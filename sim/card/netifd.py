@@ -107,7 +107,7 @@ def _live(settings: Settings) -> None:
     interfaces = network.configured(settings)
     commands = ["link set lo up"]
     for interface in interfaces:
-        commands += network.bring_up(interface)
+        commands += network.bring_up(interface, settings)
     network.run_ip(commands)
     _leave_word(interfaces)
     _ask_for_leases(settings, [interface for interface in interfaces if interface.proto == "dhcp"])
@@ -129,6 +129,6 @@ def _ask_for_leases(settings: Settings, interfaces: list[Interface]) -> None:
         if not _NO_DHCP_SERVER.exists():
             for interface in interfaces:
                 lease = settings.addresses[interface.device]
-                interface.addresses, interface.gateway = [f"{lease['lease']}/24"], lease["router"]
-                network.run_ip(network.bring_up(interface))
+                interface.addresses, interface.gateway = [f"{lease['lease']}/{lease['prefix']}"], lease["router"]
+                network.run_ip(network.bring_up(interface, settings))
             interfaces = []

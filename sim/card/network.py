@@ -37,9 +37,13 @@ def present_devices(settings: Settings) -> list[str]:
     return [device for device in settings.addresses if device in present]
 
 
-def bring_up(interface: Interface) -> list[str]:
+def bring_up(interface: Interface, settings: Settings) -> list[str]:
     """Commands for a device that is down and has no address. A later default route replaces an earlier one."""
     commands = [f"link set {interface.device} up"]
+    known = settings.addresses[interface.device]
+    if "router_mac" in known:
+        router = f"{known['router']} lladdr {known['router_mac']} dev {interface.device}"
+        commands.append(f"neighbour replace {router} nud stale extern_learn")
     commands += [f"address add {address} broadcast + dev {interface.device}" for address in interface.addresses]
     if interface.gateway is not None:
         commands.append(f"route replace default via {interface.gateway} dev {interface.device}")

@@ -6,7 +6,7 @@ import json
 from types import TracebackType
 from typing import TYPE_CHECKING, Any
 
-from . import plan
+from . import switches
 from .daemon import Daemon
 from .errors import SimError
 from .inside import Inside
@@ -14,11 +14,24 @@ from .network import Network
 from .nursery import FirstProcess
 from .options import CardOptions
 from .orders import Orders
+from .plan import Place, Segment
 from .records import Records
 from .waiting import wait_for
 
 if TYPE_CHECKING:
     from .lan import Lan
+
+
+def _addresses(segment: Segment, number: int) -> dict[str, str]:
+    """What a card is told about one of its networks."""
+    # All cards' answers to who the client is would go into one table of the kernel, which is not large.
+    known = {"router_mac": segment.client_mac} if segment.is_large else {}
+    return known | {
+        "static": segment.static_address(number),
+        "lease": segment.leased_address(number),
+        "router": segment.client_address,
+        "prefix": str(segment.prefix),
+    }
 
 
 class Card:
@@ -27,14 +40,16 @@ class Card:
     `records` is what it has written down, `inside` its files and programs, `daemon` the daemon on it.
     """
 
-    def __init__(self, lan: "Lan", name: str, number: int, options: CardOptions) -> None:
+    def __init__(self, lan: "Lan", name: str, place: Place, options: CardOptions) -> None:
         self.name = name
-        self.number = number
+        self.place = place
+        self.number = place.number
         self.hostname = options.hostname_of(name)
         self.directory = lan.run_dir / name
         self.network = Network(self.directory)
         self._lan = lan
         self._options = options
+        self._segments = [each for each in lan.plan.segments(place.lan) if each.card_device in options.devices]
         self._first: FirstProcess | None = None
         self._orders = Orders(name, self.directory)
         self.records = Records(name, self.directory)
@@ -52,7 +67,7 @@ class Card:
         try:
             self._first = self._lan.nursery.make(self.name, self.directory)
             self._connect()
-            self._first.boot(json.dumps(self._options.settings(self.name, self.number, self.directory)))
+            self._first.boot(json.dumps(self._settings()))
             self._lan.note_card(self)
         except BaseException:
             self.stop()
@@ -60,15 +75,20 @@ class Card:
         if wait and self._options.autostart:
             self.daemon.wait_ready(timeout)
 
+    def _settings(self) -> dict[str, Any]:
+        segments = self._lan.plan.segments(self.place.lan)
+        addresses = {segment.card_device: _addresses(segment, self.number) for segment in segments}
+        return {"addresses": addresses, **self._options.settings(self.name, self.directory)}
+
     def _connect(self) -> None:
         """Plugs a cable into each device: a pair of ends, one in the card and one at the LAN's bridge."""
         commands = []
-        for segment in self._options.segments():
+        for segment in self._segments:
             port, mac = segment.port(self.number), segment.card_mac(self.number)
             device = f"name {segment.card_device} address {mac} netns {self.init_pid}"
             commands.append(f"link add name {port} type veth peer {device}")
-            commands.append(f"link set {port} master {segment.client_device} up")
-        self._lan.ip(commands)
+            commands.append(f"link set {port} master {switches.bridge_of(segment)} up")
+        self._lan.run_ip(commands)
 
     def stop(self) -> None:
         """The card vanishes, with all of its processes. Its log stays until the LAN ends or the name is used again."""
@@ -77,7 +97,7 @@ class Card:
             return
         self._first.end()
         self._first = None
-        self._lan.forget_card(self, [segment.port(self.number) for segment in self._options.segments()])
+        self._lan.forget_card(self, [segment.port(self.number) for segment in self._segments])
 
     def reset(self, wait: bool = True, timeout: float = 10) -> None:
         """A card as new, at its number and with its settings; faster than another one. All marks are void."""
@@ -118,16 +138,19 @@ class Card:
 
     # Devices
 
+    def _segment(self, device: str) -> Segment:
+        return next(segment for segment in self._lan.plan.segments(self.place.lan) if segment.card_device == device)
+
     def mac(self, device: str) -> str:
-        return plan.segment_of(device).card_mac(self.number)
+        return self._segment(device).card_mac(self.number)
 
     def planned_addresses(self) -> dict[str, str]:
         """What the devices have as long as nobody changes it."""
-        return {segment.card_device: segment.static_address(self.number) for segment in self._options.segments()}
+        return {segment.card_device: segment.static_address(self.number) for segment in self._segments}
 
     def lease(self, device: str) -> str:
         """The address that the device gets when it asks by DHCP."""
-        return plan.segment_of(device).leased_address(self.number)
+        return self._segment(device).leased_address(self.number)
 
     def addresses(self, device: str) -> list[str]:
         """What the device has now, with prefix lengths."""
@@ -147,4 +170,4 @@ class Card:
 
     def set_link(self, device: str, up: bool) -> None:
         """Plugs the cable in or pulls it."""
-        self._lan.ip([f"link set {plan.segment_of(device).port(self.number)} {'up' if up else 'down'}"])
+        self._lan.run_ip([f"link set {self._segment(device).port(self.number)} {'up' if up else 'down'}"])

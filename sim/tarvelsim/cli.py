@@ -8,26 +8,47 @@ import signal
 import sys
 from collections.abc import Sequence
 
-from . import namespaces, running
+from . import fleet, namespaces, running
 from .card import Card
 from .errors import SimError
 from .lan import Lan
 from .launch import run_in_lan
 from .options import FAST_DELAYS, REAL_DELAYS
 from .places import CARD_PROGRAM
-
+from .plan import Plan
 
 _DELAYS = {"fast": FAST_DELAYS, "real": REAL_DELAYS}
+_FEW = 50  # cards that are told of one by one
 
 
-def _start_cards(names: Sequence[str], delays: float) -> list[Card]:
+def _tell(card: Card) -> None:
+    addresses = ", ".join(f"{device} {address}" for device, address in card.planned_addresses().items())
+    print(f"{card.name}: {addresses}\n  log: {card.records.log_path}", flush=True)
+
+
+def _tell_of_lans(lan: Lan, cards: Sequence[Card]) -> None:
+    for number in range(lan.plan.lans):
+        there = [card for card in cards if card.place.lan == number]
+        devices = " and ".join(segment.client_device for segment in lan.plan.segments(number))
+        if there:
+            print(f"{there[0].name} to {there[-1].name}: on {devices}, from {there[0].planned_addresses()['eth0']}")
+
+
+def _start_cards(options: argparse.Namespace) -> list[Card]:
     lan = Lan.current()
-    cards = [lan.card(name, delays=delays) for name in names]
-    for card in cards:
-        card.start()
-        addresses = ", ".join(f"{device} {address}" for device, address in card.planned_addresses().items())
-        print(f"{card.name}: {addresses}\n  log: {card.records.log_path}", flush=True)
+    cards = fleet.cards(lan, _names(options), delays=_DELAYS[options.delays])
+    for count, card in enumerate(fleet.start(cards), 1):
+        if len(cards) <= _FEW:
+            _tell(card)
+        elif count % _FEW == 0:
+            print(f"{count} of {len(cards)} cards run", file=sys.stderr)
+    if len(cards) > _FEW:
+        _tell_of_lans(lan, cards)
     return cards
+
+
+def _names(options: argparse.Namespace) -> list[str]:
+    return options.names or [f"card{number}" for number in range(1, options.cards + 1)]
 
 
 def _run(options: argparse.Namespace) -> int:
@@ -35,22 +56,18 @@ def _run(options: argparse.Namespace) -> int:
     if "TARVEL_LAN" not in os.environ:
         if options.lan is not None:
             running.require_unused(options.lan)
-        return run_in_lan([namespaces.PYTHON, *sys.argv])
+        return run_in_lan([namespaces.PYTHON, *sys.argv], Plan.for_fleet(len(_names(options)), options.lans))
     running.mark_as_bench(Lan.current().run_dir, options.lan or "")
-    names = options.names or [f"card{number}" for number in range(1, options.cards + 1)]
     # Scripts end it that way, and a shell that starts it in the background has it ignore Ctrl-C.
     signal.signal(signal.SIGTERM, lambda *_: signal.raise_signal(signal.SIGINT))
-    cards: list[Card] = []
     try:
-        cards = _start_cards(names, _DELAYS[options.delays])
+        cards = _start_cards(options)
         which = f" --lan {options.lan}" if options.lan else ""
-        look = f"{CARD_PROGRAM} shell{which} {names[0]}, {CARD_PROGRAM} client{which}"
+        look = f"{CARD_PROGRAM} shell{which} {cards[0].name}, {CARD_PROGRAM} client{which}"
         print(f"Try: {look}. Ctrl-C ends it all.", flush=True)
         signal.pause()
     except KeyboardInterrupt:
         print()
-    for card in cards:
-        card.stop()
     return 0
 
 
@@ -90,6 +107,7 @@ def _parser() -> argparse.ArgumentParser:
 
     run = verbs.add_parser("run", help="start cards on a LAN and keep them until Ctrl-C")
     run.add_argument("--cards", type=int, default=1, metavar="N", help="how many, if no name is given")
+    run.add_argument("--lans", type=int, default=1, metavar="N", help="share the cards out over so many LANs")
     run.add_argument(
         "--delays", choices=_DELAYS, default="fast", help="whether restarts and the like take as long as on a real card"
     )

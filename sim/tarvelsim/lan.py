@@ -5,24 +5,28 @@
 import json
 import os
 import shutil
-import subprocess
 from collections.abc import Sequence
 from pathlib import Path
 from typing import Any
 
-from . import plan
+from . import switches
 from .card import Card
 from .errors import NotInLan, SimError
 from .nursery import Nursery
 from .options import CardOptions
 from .places import LAN_PROGRAM
+from .plan import Place, Plan
 
 
 class Lan:
-    """Made by current(). Cards are numbered from 2, but for card1; a number is free again when its card has stopped."""
+    """Made by current(). Cards are numbered from 2, but for card1; a number is free again when its card has stopped.
+
+    Where there are several LANs side by side this is all of them: the client sits on each.
+    """
 
     def __init__(self, run_dir: Path) -> None:
         self.run_dir = run_dir
+        self.plan = Plan.load(run_dir)
         self._cards: dict[str, Card] = {}
         self.nursery = Nursery(run_dir)  # for cards only
 
@@ -34,15 +38,16 @@ class Lan:
         return Lan(Path(os.environ["TARVEL_LAN"]))
 
     def address(self, device: str) -> str:
-        """The client's own address on lan0 or lan1."""
-        return plan.segment_of(device).client_address
+        """The client's own address on lan0, lan1, and so on."""
+        return self.plan.segment_of_client(device).client_address
 
-    def card(self, name: str = "card1", **options: Any) -> Card:
-        """A new card; it does not run yet. The options are those of CardOptions."""
+    def card(self, name: str = "card1", place: Place | None = None, **options: Any) -> Card:
+        """A new card; it does not run yet. The options are those of CardOptions. Who gives it a place sees to it that no
+        other card has that."""
         if name in self._cards or (self.run_dir / name / "card.json").exists():
             raise SimError(f"there is a card {name} already")
         shutil.rmtree(self.run_dir / name, ignore_errors=True)
-        card = Card(self, name, self._free_number(name), CardOptions(**options))
+        card = Card(self, name, place or Place(0, self._free_number(name)), CardOptions(**options))
         self._cards[name] = card
         return card
 
@@ -56,19 +61,16 @@ class Lan:
             return 1
         others = (json.loads(note.read_text())["number"] for note in self.run_dir.glob("*/card.json"))
         used = {card.number for card in self._cards.values()} | set(others)
-        number = next(number for number in range(2, plan.MOST_CARDS + 2) if number not in used)
-        if number > plan.MOST_CARDS:
+        number = next(number for number in range(2, self.plan.most_cards + 2) if number not in used)
+        if number > self.plan.most_cards:
             raise SimError("too many cards")
         return number
 
     # For cards only
 
-    def ip(self, commands: Sequence[str]) -> None:
-        done = subprocess.run(
-            ["ip", "-batch", "-"], input="\n".join(commands) + "\n", text=True, capture_output=True, check=False
-        )
-        if done.returncode != 0:
-            raise SimError(f"ip: {list(commands)}: {done.stderr.strip()}")
+    def run_ip(self, commands: Sequence[str]) -> None:
+        """Where the LAN's ends of cables are."""
+        switches.run_ip(self.plan, self.run_dir, commands)
 
     def note_card(self, card: Card) -> None:
         """Leaves word for those who look at the LAN from outside."""
@@ -80,5 +82,5 @@ class Lan:
         (card.directory / "card.json").unlink(missing_ok=True)
         self._cards.pop(card.name, None)
         for port in ports:
-            # The kernel removes a vanished card's cable in its own time; the next card may want the name at once.
-            subprocess.run(["ip", "link", "delete", port], capture_output=True, check=False)
+            # The next card may want the name at once.
+            switches.remove_port(self.plan, self.run_dir, port)

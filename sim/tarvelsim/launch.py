@@ -14,6 +14,7 @@ from pathlib import Path
 from . import namespaces
 from .errors import SimError
 from .places import LAN_PROGRAM
+from .plan import Plan
 
 PREFIX = "tarvel-lan."
 # Even if this process is killed without warning, the LAN ends with it.
@@ -34,11 +35,12 @@ def _await_first_process(unshare: subprocess.Popen[bytes], run_dir: Path) -> Non
     (run_dir / "pid").write_text(f"{pid}\n")
 
 
-def run_in_lan(command: Sequence[str]) -> int:
+def run_in_lan(command: Sequence[str], plan: Plan = Plan()) -> int:
     """The exit status is the command's. All processes of the LAN are gone afterwards, and its directory too."""
     os.environ["PATH"] = namespaces.with_system_path(os.environ.get("PATH", ""))
     _check_namespaces()
     run_dir = Path(tempfile.mkdtemp(prefix=PREFIX))
+    plan.save(run_dir)
     inside = [namespaces.PYTHON, str(Path(__file__).with_name("lan_init.py")), str(run_dir), *command]
     unshare = None
     try:

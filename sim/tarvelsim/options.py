@@ -41,11 +41,8 @@ class CardOptions:
     # The factor of the platform's own delays: FAST_DELAYS or REAL_DELAYS. Their order and outcomes are always the same.
     delays: float = FAST_DELAYS
 
-    def segments(self) -> list[plan.Segment]:
-        return [segment for segment in plan.SEGMENTS if segment.card_device in self.devices]
-
-    def settings(self, name: str, number: int, directory: Path) -> dict[str, Any]:
-        """What the card's first process must know."""
+    def settings(self, name: str, directory: Path) -> dict[str, Any]:
+        """What the card's first process must know, beside its addresses."""
         programs = binaries.sim_programs()
         command = list(self.command or binaries.daemon_command())
         return {
@@ -53,7 +50,6 @@ class CardOptions:
             "hostname": self.hostname_of(name),
             "directory": str(directory),
             "programs": programs,
-            "addresses": {segment.card_device: _addresses(segment, number) for segment in plan.SEGMENTS},
             "command": command,
             "environment": dict(self.env),
             "binds": _needed([places.ROOT, *_folders([*command, *programs.values()]), *self.binds]),
@@ -66,11 +62,6 @@ class CardOptions:
 
     def hostname_of(self, name: str) -> str | None:
         return name if self.hostname == SAME_AS_NAME else self.hostname
-
-
-def _addresses(segment: plan.Segment, number: int) -> dict[str, str]:
-    static, lease = segment.static_address(number), segment.leased_address(number)
-    return {"static": static, "lease": lease, "router": segment.client_address}
 
 
 def _folders(words: Iterable[str]) -> list[str]:
