@@ -7,6 +7,7 @@ from .daemon import Exit
 from .errors import CommandFailed, NotInLan, SimError, WaitTimeout
 from .lan import Lan
 from .launch import run_in_lan
+from .link import Link
 from .options import FAST_DELAYS, REAL_DELAYS, CardOptions
 from .records import LogLine
 
@@ -17,6 +18,7 @@ __all__ = [
     "Exit",
     "FAST_DELAYS",
     "Lan",
+    "Link",
     "LogLine",
     "NotInLan",
     "REAL_DELAYS",

@@ -89,6 +89,10 @@ class Card:
             commands.append(f"link add name {port} type veth peer {device}")
             commands.append(f"link set {port} master {switches.bridge_of(segment)} up")
         self._lan.run_ip(commands)
+        if not self._options.link.is_perfect:
+            self._lan.shape(self._options.link, [segment.port(self.number) for segment in self._segments])
+            inside = ["nsenter", f"--net=/proc/{self.init_pid}/ns/net", "--"]
+            self._options.link.shape([segment.card_device for segment in self._segments], inside)
 
     def stop(self) -> None:
         """The card vanishes, with all of its processes. Its log stays until the LAN ends or the name is used again."""

@@ -13,6 +13,7 @@ from .card import Card
 from .errors import SimError
 from .lan import Lan
 from .launch import run_in_lan
+from .link import Link
 from .options import FAST_DELAYS, REAL_DELAYS
 from .places import CARD_PROGRAM
 from .plan import Plan
@@ -36,7 +37,8 @@ def _tell_of_lans(lan: Lan, cards: Sequence[Card]) -> None:
 
 def _start_cards(options: argparse.Namespace) -> list[Card]:
     lan = Lan.current()
-    cards = fleet.cards(lan, _names(options), delays=_DELAYS[options.delays])
+    link = Link(options.loss, options.latency, options.rate)
+    cards = fleet.cards(lan, _names(options), delays=_DELAYS[options.delays], link=link)
     for count, card in enumerate(fleet.start(cards), 1):
         if len(cards) <= _FEW:
             _tell(card)
@@ -101,6 +103,13 @@ def _list(options: argparse.Namespace) -> int:
     return 0
 
 
+def _declare_link(run: argparse.ArgumentParser) -> None:
+    needs = "each way on all cards' cables; needs tc, and netem in the kernel"
+    run.add_argument("--loss", type=float, default=0, metavar="PERCENT", help=f"packets that are lost, {needs}")
+    run.add_argument("--latency", type=float, default=0, metavar="MS", help=f"milliseconds of delay, {needs}")
+    run.add_argument("--rate", type=float, default=0, metavar="KBIT", help=f"kilobits a second, {needs}")
+
+
 def _parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(prog=CARD_PROGRAM, description="Simulated cards for experiments, and ways to look into them.")
     verbs = parser.add_subparsers(required=True, metavar="COMMAND")
@@ -111,6 +120,7 @@ def _parser() -> argparse.ArgumentParser:
     run.add_argument(
         "--delays", choices=_DELAYS, default="fast", help="whether restarts and the like take as long as on a real card"
     )
+    _declare_link(run)
     run.add_argument("names", nargs="*", metavar="NAME", help="host names of the cards")
     run.set_defaults(act=_run)
 

@@ -12,6 +12,7 @@ from typing import Any
 from . import switches
 from .card import Card
 from .errors import NotInLan, SimError
+from .link import Link
 from .nursery import Nursery
 from .options import CardOptions
 from .places import LAN_PROGRAM
@@ -71,6 +72,9 @@ class Lan:
     def run_ip(self, commands: Sequence[str]) -> None:
         """Where the LAN's ends of cables are."""
         switches.run_ip(self.plan, self.run_dir, commands)
+
+    def shape(self, link: Link, ports: Sequence[str]) -> None:
+        link.shape(ports, switches.enter(self.plan, self.run_dir))
 
     def note_card(self, card: Card) -> None:
         """Leaves word for those who look at the LAN from outside."""

@@ -10,6 +10,7 @@ from pathlib import Path
 from typing import Any
 
 from . import binaries, places, plan
+from .link import Link
 
 SAME_AS_NAME = "\0"
 FAST_DELAYS, REAL_DELAYS = 0.01, 1.0
@@ -32,6 +33,8 @@ class CardOptions:
     devices: Sequence[str] = plan.CARD_DEVICES
     # None: the card has no host name in its settings.
     hostname: str | None = SAME_AS_NAME
+    # What the card's cables do to what goes through them.
+    link: Link = Link()
     # Written before the daemon starts for the first time; None removes the file.
     files: Mapping[str, bytes | str | None] = field(default_factory=dict)
     # Further paths that the card must see although they are below a directory that it has for itself, like /tmp.

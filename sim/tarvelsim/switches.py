@@ -37,8 +37,12 @@ def build(plan: Plan, run_dir: Path) -> None:
 
 def run_ip(plan: Plan, run_dir: Path, commands: Sequence[str]) -> None:
     """Commands about the LAN's ends of cables."""
-    there = ["nsenter", f"--net={run_dir / _NAMESPACE}", "--"] if plan.is_large else []
-    _run([*there, "ip", "-batch", "-"], commands)
+    _run([*enter(plan, run_dir), "ip", "-batch", "-"], commands)
+
+
+def enter(plan: Plan, run_dir: Path) -> list[str]:
+    """What stands before a command that is for where the LAN's ends of cables are."""
+    return ["nsenter", f"--net={run_dir / _NAMESPACE}", "--"] if plan.is_large else []
 
 
 def introduce(places: Sequence[Place], plan: Plan) -> None:
