@@ -20,6 +20,7 @@ from apart import run_apart
 from control import Control, Order
 from ring import Ring
 from settings import DIRECTORY, Settings
+from standstill import Standstill
 from systemlog import SystemLog
 
 _NO_PATIENCE = 0.5  # seconds
@@ -33,6 +34,7 @@ class Card:
         self._control = Control(DIRECTORY / "control.socket")
         self._daemon = daemon.Daemon(settings.command, settings.environment, DIRECTORY / "console")
         self._is_supervised = settings.supervised
+        self._standstill = Standstill(self._daemon, settings.standstill)
         self._respawn_at: float | None = None
         self._boots = 0
         self._reboot_wanted = False
@@ -66,7 +68,7 @@ class Card:
         selector.register(wakeup, selectors.EVENT_READ)
         self._reap()
         while True:
-            for key, _ in selector.select(self._time_to_respawn()):
+            for key, _ in selector.select(self._time_until_due()):
                 if key.fd == wakeup:
                     os.read(wakeup, 512)
                     self._reap()
@@ -86,9 +88,11 @@ class Card:
         if self._respawn_at is not None and time.monotonic() >= self._respawn_at:
             self._respawn_at = None
             self._daemon.start()
+        self._standstill.turn()
 
-    def _time_to_respawn(self) -> float | None:
-        return None if self._respawn_at is None else max(0.0, self._respawn_at - time.monotonic())
+    def _time_until_due(self) -> float | None:
+        respawn = None if self._respawn_at is None else max(0.0, self._respawn_at - time.monotonic())
+        return min((left for left in (respawn, self._standstill.time_left()) if left is not None), default=None)
 
     def _reap(self) -> None:
         try:
@@ -123,15 +127,19 @@ class Card:
 
     def _shut_down(self) -> None:
         self._respawn_at = None
-        self._daemon.stop()
+        self._stop_daemon()
         netifd.end()
         daemon.end_all_others(self._settings)
         network.take_down(self._settings)
         filesystem.empty_volatile()
 
+    def _stop_daemon(self, patience: float = daemon.PATIENCE) -> None:
+        self._standstill.wake()  # it would not hear that it is to end
+        self._daemon.stop(patience)
+
     def _run_stop_scripts(self) -> None:
         stops: dict[str, Callable[[], None]] = {
-            "K10tarveld": self._daemon.stop,
+            "K10tarveld": self._stop_daemon,
             "K65ntpd": lambda: programs.run_init_script("ntpd", "stop"),
             "K89log": self._log.stop,
             "K90network": lambda: programs.run_init_script("network", "stop"),
@@ -173,12 +181,11 @@ class Card:
 
     def _stop(self, order: Order) -> Order:
         self._respawn_at = None
-        self._daemon.stop()
+        self._stop_daemon()
         return self._state(order)
 
     def _kill(self, order: Order) -> Order:
-        if self._daemon.pid is not None:
-            os.kill(self._daemon.pid, order["signal"])
+        self._daemon.signal(order["signal"])
         return {}
 
     def _supervise(self, order: Order) -> Order:
@@ -189,7 +196,7 @@ class Card:
 
     def _reset(self, order: Order) -> Order:
         """A card as new, without the time that making one takes."""
-        self._daemon.stop(patience=_NO_PATIENCE)
+        self._stop_daemon(patience=_NO_PATIENCE)
         self._shut_down()
         for name in ("commands", "calls", "delays", "console", "log"):
             (DIRECTORY / name).write_bytes(b"")

@@ -12,7 +12,7 @@ import delays
 import programs
 from settings import Settings
 
-_PATIENCE = 5.0  # seconds between asking the daemon to end and making it
+PATIENCE = 5.0  # seconds between asking the daemon to end and making it
 _NAP = 0.002
 # Ignored signals are inherited, and the real supervisor ignores none.
 _IGNORED_BY_PYTHON = (signal.SIGPIPE, signal.SIGXFSZ)
@@ -64,7 +64,7 @@ class Daemon:
             setsigdef=_IGNORED_BY_PYTHON,
         )
 
-    def stop(self, patience: float = _PATIENCE) -> None:
+    def stop(self, patience: float = PATIENCE) -> None:
         """Asks the process to end, makes it end if it does not, and waits until it has."""
         if self.pid is None:
             return
@@ -79,6 +79,10 @@ class Daemon:
             os.kill(pid, signal.SIGKILL)
             ended = os.waitpid(pid, 0)
         self.note_exit(*ended)
+
+    def signal(self, number: int) -> None:
+        if self.pid is not None:
+            os.kill(self.pid, number)
 
     def note_exit(self, pid: int, wait_status: int) -> bool:
         """Takes notice of an ended process; False if it was not the daemon."""

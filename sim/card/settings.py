@@ -28,6 +28,7 @@ class Settings:
     supervised: bool = True
     reboot_time: float = 2
     delays: float = 1
+    standstill: float = 0
 
     @staticmethod
     def parse(text: str) -> "Settings":

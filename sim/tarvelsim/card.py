@@ -78,6 +78,8 @@ class Card:
     def _settings(self) -> dict[str, Any]:
         segments = self._lan.plan.segments(self.place.lan)
         addresses = {segment.card_device: _addresses(segment, self.number) for segment in segments}
+        for device, address in self._options.static.items():
+            addresses[device]["static"] = address
         return {"addresses": addresses, **self._options.settings(self.name, self.directory)}
 
     def _connect(self) -> None:
@@ -150,7 +152,8 @@ class Card:
 
     def planned_addresses(self) -> dict[str, str]:
         """What the devices have as long as nobody changes it."""
-        return {segment.card_device: segment.static_address(self.number) for segment in self._segments}
+        planned = {segment.card_device: segment.static_address(self.number) for segment in self._segments}
+        return planned | {device: address for device, address in self._options.static.items() if device in planned}
 
     def lease(self, device: str) -> str:
         """The address that the device gets when it asks by DHCP."""

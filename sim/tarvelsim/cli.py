@@ -8,7 +8,7 @@ import signal
 import sys
 from collections.abc import Sequence
 
-from . import fleet, namespaces, running
+from . import fleet, namespaces, running, troubles
 from .card import Card
 from .errors import SimError
 from .lan import Lan
@@ -16,7 +16,8 @@ from .launch import run_in_lan
 from .link import Link
 from .options import FAST_DELAYS, REAL_DELAYS
 from .places import CARD_PROGRAM
-from .plan import Plan
+from .plan import Plan, places
+from .troubles import Troubles
 
 _DELAYS = {"fast": FAST_DELAYS, "real": REAL_DELAYS}
 _FEW = 50  # cards that are told of one by one
@@ -35,10 +36,24 @@ def _tell_of_lans(lan: Lan, cards: Sequence[Card]) -> None:
             print(f"{there[0].name} to {there[-1].name}: on {devices}, from {there[0].planned_addresses()['eth0']}")
 
 
+def _troubles(seed: str | None, names: Sequence[str], lans: int) -> Troubles:
+    """Printed, too: whoever looks for them may look them up."""
+    if seed is None:
+        return {}
+    found = troubles.plan(seed, places(len(names), lans))
+    print(f"Troubles of seed {seed}:")
+    for line in troubles.description(found, names):
+        print(f"  {line}", flush=True)
+    return found
+
+
 def _start_cards(options: argparse.Namespace) -> list[Card]:
+    """Those that are switched on."""
     lan = Lan.current()
+    names = _names(options)
+    found = _troubles(options.troubles, names, lan.plan.lans)
     link = Link(options.loss, options.latency, options.rate)
-    cards = fleet.cards(lan, _names(options), delays=_DELAYS[options.delays], link=link)
+    cards = fleet.switched_on(fleet.cards(lan, names, found, delays=_DELAYS[options.delays], link=link), found)
     for count, card in enumerate(fleet.start(cards), 1):
         if len(cards) <= _FEW:
             _tell(card)
@@ -119,6 +134,11 @@ def _parser() -> argparse.ArgumentParser:
     run.add_argument("--lans", type=int, default=1, metavar="N", help="share the cards out over so many LANs")
     run.add_argument(
         "--delays", choices=_DELAYS, default="fast", help="whether restarts and the like take as long as on a real card"
+    )
+    run.add_argument(
+        "--troubles",
+        metavar="SEED",
+        help="some cards are off, without a daemon, slow, mis-addressed, or share a name or addresses; the seed says which",
     )
     _declare_link(run)
     run.add_argument("names", nargs="*", metavar="NAME", help="host names of the cards")

@@ -33,6 +33,10 @@ class CardOptions:
     devices: Sequence[str] = plan.CARD_DEVICES
     # None: the card has no host name in its settings.
     hostname: str | None = SAME_AS_NAME
+    # The addresses that the devices have from the factory; for a device that is not there it is that of the plan.
+    static: Mapping[str, str] = field(default_factory=dict)
+    # A slow card's daemon runs for half a second, stands still for so many seconds, and so on.
+    standstill: float = 0
     # What the card's cables do to what goes through them.
     link: Link = Link()
     # Written before the daemon starts for the first time; None removes the file.
@@ -61,6 +65,7 @@ class CardOptions:
             "supervised": self.supervised,
             "reboot_time": self.reboot_time,
             "delays": self.delays,
+            "standstill": self.standstill,
         }
 
     def hostname_of(self, name: str) -> str | None:
