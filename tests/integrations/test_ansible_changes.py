@@ -6,7 +6,7 @@ from typing import Any
 
 import pytest
 from ansible_collections.tarvel.cards.plugins.modules import firmware, ip, time
-from fake_module import GOOD, FakeModule, ended
+from fake_module import BAD, GOOD, FakeModule, ended
 
 
 @pytest.mark.parametrize(
@@ -55,10 +55,35 @@ def test_a_clock_is_set_if_it_is_surely_off_or_follows_a_server(clock: dict[str,
     assert (module.end["diff"]["before"] == module.end["diff"]["after"]) is not sets
 
 
+FIRMWARE: dict[str, Any] = {"src": "/f", "expect": {"kernel": "K"}, "key": None, "patience": None, "max_size": None}
+UPGRADE = ["firmware", "upgrade", "--expect=/dev/stdin"]
+
+
 def test_without_a_diff_the_versions_are_not_read_before() -> None:
-    params = {"src": "/f", "expect": {"kernel": "K"}, "patience": 9, "max_size": None}
-    module = FakeModule(params, GOOD)
-    assert "diff" not in ended(module, firmware.work)
-    words = ["firmware", "upgrade", "--expect=/dev/stdin", "--patience=9", "/f", "card1"]
+    module = FakeModule({**FIRMWARE, "patience": 9}, GOOD)
+    end = ended(module, firmware.work)
+    assert "diff" not in end
+    assert "signed_by" not in end
     assert module.inputs == ["kernel K\n"]
-    assert module.commands == [["tarvelctl", "-o", "json", *words]]
+    assert module.commands == [["tarvelctl", "-o", "json", *UPGRADE, "--patience=9", "/f", "card1"]]
+
+
+SIGNED = {**GOOD, "target": "/f", "changed": False, "signed_by": "/k"}
+
+
+@pytest.mark.parametrize("check", [False, True])
+def test_a_signature_is_looked_at_before_the_card_is_asked(check: bool) -> None:
+    module = FakeModule({**FIRMWARE, "key": "/k", "max_size": 7, "groups_file": "/g"}, SIGNED, GOOD, check=check)
+    assert ended(module, firmware.work)["signed_by"] == "/k"
+    rehearsal = ["--dry-run"] if check else []
+    assert [command[3:] for command in module.commands] == [
+        ["firmware", "check", "--key=/k", "--max-size=7", "/f"],
+        ["--groups=/g", *rehearsal, *UPGRADE, "--max-size=7", "/f", "card1"],
+    ]
+    assert module.warnings == ["card1: mind the gap"]
+
+
+def test_what_is_not_signed_reaches_no_card() -> None:
+    module = FakeModule({**FIRMWARE, "key": "/k"}, {**BAD, "code": 10, "category": "bad-archive"})
+    end = ended(module, firmware.work)
+    assert (end["failed"], end["changed"], end["rc"], len(module.commands)) == (True, False, 10, 1)

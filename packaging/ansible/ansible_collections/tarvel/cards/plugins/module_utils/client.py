@@ -4,7 +4,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Callable, Mapping
+from collections.abc import Callable, Iterable, Mapping
 from typing import Any
 
 from ansible.module_utils.basic import AnsibleModule  # type: ignore[import]
@@ -49,6 +49,11 @@ class Card:
         self._name = answer.one_card(module.params["card"])
         self._program = module.get_bin_path(module.params["executable"], required=True)
         self._diff: dict[str, str] = {}
+        self._warned: set[str] = set()
+
+    def look_at_file(self, *words: str) -> dict[str, Any]:
+        """What a command tells that asks no card."""
+        return self._run(words, None)
 
     def read(self, *words: str, expect: Mapping[str, Any] | None = None) -> dict[str, Any]:
         """What a command tells that changes nothing."""
@@ -73,12 +78,20 @@ class Card:
 
     def _ask(self, options: list[str], words: tuple[str, ...], expect: Mapping[str, Any] | None) -> dict[str, Any]:
         versions = None if expect is None else answer.versions_file(expect)
-        command = [self._program, "-o", "json", *client_options(self._module.params), *options, *words, self._name]
-        code, out, err = self._module.run_command(command, data=versions, environ_update={"LC_ALL": "C"})
+        return self._run([*client_options(self._module.params), *options, *words, self._name], versions)
+
+    def _run(self, words: Iterable[str], data: str | None) -> dict[str, Any]:
+        command = [self._program, "-o", "json", *words]
+        code, out, err = self._module.run_command(command, data=data, environ_update={"LC_ALL": "C"})
         for warning in answer.warnings(err):
-            self._module.warn(warning)
+            self._warn_once(warning)
         (result,) = answer.read_results(code, out, err)
         return result
+
+    def _warn_once(self, warning: str) -> None:
+        if warning not in self._warned:
+            self._warned.add(warning)
+            self._module.warn(warning)
 
 
 def work_on(module: Any, work: Callable[[Any, Card], None]) -> None:

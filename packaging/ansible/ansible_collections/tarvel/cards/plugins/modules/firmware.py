@@ -4,6 +4,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Mapping
 from typing import Any
 
 from ansible_collections.tarvel.cards.plugins.module_utils.answer import versions_of
@@ -27,6 +28,12 @@ options:
       - Components, and the version that each shall have.
     type: dict
     required: true
+  key:
+    description:
+      - A public key, on the host that runs the task. An archive that its holder has not signed is refused before any card
+        is asked, as a card of the hardened build refuses it; also in check mode, and if the card has the versions already.
+      - On that host C(usign) has to be installed, or Debian's C(signify-openbsd), which checks the signature.
+    type: path
   state:
     description:
       - The expected versions are C(present).
@@ -64,6 +71,15 @@ EXAMPLES = r"""
       kernel: KERN-6.2.0
       application: APPL-2.6.0
   delegate_to: localhost
+
+- name: Have it there only if its maker has signed it
+  tarvel.cards.firmware:
+    card: "{{ inventory_hostname }}"
+    src: /srv/firmware/release.tar.gz
+    key: /srv/firmware/maker.pub
+    expect:
+      kernel: KERN-6.2.0
+  delegate_to: localhost
 """
 
 RETURN = r"""
@@ -90,26 +106,44 @@ rc:
   returned: failure
   type: int
   sample: 7
+signed_by:
+  description: The key whose holder has signed the archive.
+  returned: if there is a I(key)
+  type: str
 """
+
+
+def given(params: Mapping[str, Any], *names: str) -> list[str]:
+    """The options of the client for those that are given."""
+    return [f"--{name.replace('_', '-')}={params[name]}" for name in names if params[name] is not None]
+
+
+def signature(params: Mapping[str, Any], card: Card) -> dict[str, Any]:
+    """Who has signed the archive, if that was asked."""
+    if params["key"] is None:
+        return {}
+    checked = card.look_at_file("firmware", "check", *given(params, "key", "max_size"), params["src"])
+    return {"signed_by": checked["signed_by"]}
 
 
 def work(module: Any, card: Card) -> None:
     params = module.params
     expect = params["expect"]
+    signed = signature(params, card)
     before = versions_of(card.read("versions")) if module._diff else {}
-    given = [name for name in ("patience", "max_size") if params[name] is not None]
-    words = [f"--{name.replace('_', '-')}={params[name]}" for name in given]
+    words = given(params, "patience", "max_size")
     result = card.change("firmware", "upgrade", "--expect=/dev/stdin", *words, params["src"], expect=expect)
     if module._diff:
         # It ended well, so what the card has now is what was expected.
         card.show_diff({component: before.get(component) for component in expect}, expect)
-    card.end(result)
+    card.end(result, **signed)
 
 
 def main() -> None:
     options = {
         "src": {"type": "path", "required": True},
         "expect": {"type": "dict", "required": True},
+        "key": {"type": "path"},
         "state": {"type": "str", "choices": ["present"], "default": "present"},
         "patience": {"type": "int"},
         "max_size": {"type": "int"},
