@@ -5,7 +5,8 @@
 from typing import Any
 
 import pytest
-from ansible_collections.tarvel.cards.plugins.modules import firmware, ip, time
+from ansible_collections.tarvel.cards.plugins.module_utils.settings import settings_words
+from ansible_collections.tarvel.cards.plugins.modules import firmware, ip, ip_rescue, time
 from fake_module import BAD, GOOD, FakeModule, ended
 
 
@@ -19,7 +20,8 @@ from fake_module import BAD, GOOD, FakeModule, ended
     ],
 )
 def test_a_configuration_is_one_option(mode: str, address: str | None, gateway: str | None, option: str) -> None:
-    assert ip.configuration({"mode": mode, "address": address, "gateway": gateway}) == option
+    params = {"interface": "VemkEth1", "mode": mode, "address": address, "gateway": gateway, "wait": 9}
+    assert settings_words(params) == ["--if=VemkEth1", option, "--wait=9"]
 
 
 def test_an_address_is_for_static_only() -> None:
@@ -87,3 +89,29 @@ def test_what_is_not_signed_reaches_no_card() -> None:
     module = FakeModule({**FIRMWARE, "key": "/k"}, {**BAD, "code": 10, "category": "bad-archive"})
     end = ended(module, firmware.work)
     assert (end["failed"], end["changed"], end["rc"], len(module.commands)) == (True, False, 10, 1)
+
+
+FORMER: dict[str, Any] = {"interface": None, "mode": None, "address": None, "gateway": None, "wait": None, "to": None}
+PLAN = {**GOOD, "frame": "00", "interface": "VemkEth1", "now": "Dhcp", "reachable": False, "wanted": "Disabled"}
+RESCUED = {**PLAN, "changed": True, "state": "rescued"}
+
+
+def test_a_lost_card_is_sent_what_was_rehearsed() -> None:
+    module = FakeModule({**FORMER, "to": 2, "wait": 9}, PLAN, RESCUED)
+    end = ended(module, ip_rescue.work)
+    assert (end["changed"], end["left_alone"], end["answer"]["state"]) == (True, False, "rescued")
+    words = ["ip", "rescue", "--wait=9", "--to=2", "card1"]
+    assert [command[3:] for command in module.commands] == [["--dry-run", *words], words]
+
+
+@pytest.mark.parametrize("check", [False, True])
+@pytest.mark.parametrize(
+    ("force", "now", "alone"), [(False, "Dhcp", True), (True, "Dhcp", False), (True, "Disabled", True)]
+)
+def test_a_card_that_is_well_is_left_alone(force: bool, now: str, alone: bool, check: bool) -> None:
+    plan = {**PLAN, "reachable": True, "now": now}
+    module = FakeModule({**FORMER, "force": force}, plan, {**RESCUED, "now": now}, check=check, diff=True)
+    end = ended(module, ip_rescue.work)
+    assert (end["changed"], end["left_alone"]) == (not alone, alone)
+    assert (end["diff"]["before"] == end["diff"]["after"]) is alone
+    assert len(module.commands) == (1 if check or alone else 2)

@@ -64,7 +64,7 @@ def test_every_module_declares_what_it_supports(ansible: Ansible) -> None:
     for page in told.values():
         assert page["doc"]["attributes"]["check_mode"]["support"] == "full"
     with_diff = [name for name, page in told.items() if page["doc"]["attributes"]["diff_mode"]["support"] == "full"]
-    assert with_diff == ["tarvel.cards.firmware", "tarvel.cards.ip", "tarvel.cards.time"]
+    assert with_diff == [f"tarvel.cards.{name}" for name in ("firmware", "ip", "ip_rescue", "time")]
 
 
 def test_the_inventory_is_documented(ansible: Ansible) -> None:

@@ -72,3 +72,19 @@ options:
     type: bool
     default: true
 """
+
+    SETTINGS = r"""
+options:
+  address:
+    description:
+      - The static address with its netmask, as C(10.0.0.11/24) or C(10.0.0.11/255.255.255.0).
+    type: str
+  gateway:
+    description:
+      - The gateway of a static address. None, if not given.
+    type: str
+  wait:
+    description:
+      - How many seconds the card may take to be back. C(tarvelctl)'s own default, if not given.
+    type: int
+"""

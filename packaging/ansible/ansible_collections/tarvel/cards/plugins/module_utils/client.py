@@ -18,10 +18,8 @@ CLIENT: dict[str, Any] = {
     "timeout": {"type": "float"},
     "retries": {"type": "int"},
 }
-CHANGE: dict[str, Any] = {
-    "force": {"type": "bool", "default": False},
-    "trust_groups": {"type": "bool", "default": False},
-}
+FORCE: dict[str, Any] = {"force": {"type": "bool", "default": False}}
+CHANGE: dict[str, Any] = {**FORCE, "trust_groups": {"type": "bool", "default": False}}
 PROBE: dict[str, Any] = {"probe": {"type": "bool", "default": True}}
 PERMISSIONS = {"force": "--force", "trust_groups": "--trust-groups", "no_rollback": "--yes"}
 
@@ -61,8 +59,13 @@ class Card:
 
     def change(self, *words: str, expect: Mapping[str, Any] | None = None) -> dict[str, Any]:
         """What a command tells that changes the card; in check mode, what it would send."""
-        rehearsal = ["--dry-run"] if self._module.check_mode else []
-        return self._ask([*permissions(self._module.params), *rehearsal], words, expect)
+        if self._module.check_mode:
+            return self.rehearse(*words, expect=expect)
+        return self._ask(permissions(self._module.params), words, expect)
+
+    def rehearse(self, *words: str, expect: Mapping[str, Any] | None = None) -> dict[str, Any]:
+        """What a command would send, in check mode or not."""
+        return self._ask([*permissions(self._module.params), "--dry-run"], words, expect)
 
     def changed(self, result: Mapping[str, Any]) -> bool:
         """Whether the card is another one now, or nobody knows; in check mode, whether something would be sent."""
@@ -74,7 +77,8 @@ class Card:
     def end(self, result: Mapping[str, Any], **more: Any) -> None:
         """Ends the module well."""
         shown = {"diff": self._diff} if self._diff else {}
-        self._module.exit_json(changed=self.changed(result), hint=result["hint"], answer=result, **shown, **more)
+        told = {"changed": self.changed(result), "hint": result["hint"], "answer": result}
+        self._module.exit_json(**{**told, **shown, **more})
 
     def _ask(self, options: list[str], words: tuple[str, ...], expect: Mapping[str, Any] | None) -> dict[str, Any]:
         versions = None if expect is None else answer.versions_file(expect)

@@ -7,6 +7,11 @@ from __future__ import annotations
 from typing import Any
 
 from ansible_collections.tarvel.cards.plugins.module_utils.client import CHANGE, PROBE, Card, run
+from ansible_collections.tarvel.cards.plugins.module_utils.settings import (
+    SETTINGS,
+    STATIC_HAS_ADDRESS,
+    settings_words,
+)
 
 DOCUMENTATION = r"""
 module: ip
@@ -34,18 +39,6 @@ options:
     type: str
     choices: [static, dhcp, disabled]
     required: true
-  address:
-    description:
-      - The static address with its netmask, as C(10.0.0.11/24) or C(10.0.0.11/255.255.255.0).
-    type: str
-  gateway:
-    description:
-      - The gateway of a static address. None, if not given.
-    type: str
-  wait:
-    description:
-      - How many seconds the card may take to be back. C(tarvelctl)'s own default, if not given.
-    type: int
   force:
     description:
       - Go on where another card could be meant (exit status 11), and give the card an address that somebody has, or that
@@ -62,6 +55,7 @@ extends_documentation_fragment:
   - tarvel.cards.client
   - tarvel.cards.client.change
   - tarvel.cards.client.probe
+  - tarvel.cards.client.settings
 attributes:
   check_mode:
     support: full
@@ -118,34 +112,18 @@ rc:
 """
 
 
-def configuration(params: dict[str, Any]) -> str:
-    if params["mode"] != "static":
-        return f"--{params['mode']}"
-    gateway = f",{params['gateway']}" if params["gateway"] else ""
-    return f"--static={params['address']}{gateway}"
-
-
 def work(module: Any, card: Card) -> None:
-    params = module.params
-    if params["mode"] != "static" and (params["address"] or params["gateway"]):
-        raise ValueError(f"mode: {params['mode']} takes neither address nor gateway")
-    patience = [] if params["wait"] is None else [f"--wait={params['wait']}"]
-    result = card.change("ip", "set", f"--if={params['interface']}", configuration(params), *patience)
+    result = card.change("ip", "set", *settings_words(module.params))
     if module._diff:
-        card.show_diff({params["interface"]: result["now"]}, {params["interface"]: result["wanted"]})
+        interface = module.params["interface"]
+        card.show_diff({interface: result["now"]}, {interface: result["wanted"]})
     card.end(result)
 
 
 def main() -> None:
-    options = {
-        "interface": {"type": "str", "choices": ["VemkEth1", "VemkEth2"], "required": True},
-        "mode": {"type": "str", "choices": ["static", "dhcp", "disabled"], "required": True},
-        "address": {"type": "str"},
-        "gateway": {"type": "str"},
-        "wait": {"type": "int"},
-        "no_rollback": {"type": "bool", "default": False},
-    }
-    run(work, {**CHANGE, **PROBE, **options}, required_if=[("mode", "static", ("address",))])
+    required = {name: {**SETTINGS[name], "required": True} for name in ("interface", "mode")}
+    own = {"no_rollback": {"type": "bool", "default": False}}
+    run(work, {**CHANGE, **PROBE, **SETTINGS, **required, **own}, required_if=STATIC_HAS_ADDRESS)
 
 
 if __name__ == "__main__":
