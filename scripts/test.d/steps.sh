@@ -96,6 +96,12 @@ long_system_tests() {
     on_lans "$1" -m long tests/system
 }
 
+# As people build them, and installed in a Debian of their own.
+packages_in_debian() {
+    scripts/package
+    tools/try_packages | sed 's/^/note: /'
+}
+
 plant_faults_of_byte_order() {
     scripts/target setup powerpc-gnu
     tools/mutate --big-endian
