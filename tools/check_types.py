@@ -17,6 +17,7 @@ from check_style import tracked_files
 # Where the modules of a folder are looked for, as the programs there arrange it for themselves. The longest name counts.
 SEARCH_PATHS: dict[str, list[str]] = {
     "bench/count": ["bench/count", "sim", "tests/system"],
+    "bench/fleet": ["bench/fleet", "sim"],
     "bench/measure": ["bench/measure", "sim", "tests/system"],
     "packaging/ansible": ["packaging/ansible"],
     "scripts": ["sim"],

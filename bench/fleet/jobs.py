@@ -1,0 +1,93 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""What the client is asked to do with a fleet."""
+
+import io
+import os
+import tarfile
+from collections.abc import Callable, Sequence
+from concurrent.futures import ThreadPoolExecutor
+from dataclasses import dataclass
+from ipaddress import ip_network
+from pathlib import Path
+
+import paths  # noqa: F401
+from client import Client, Run
+from tarvelsim import Card, Lan, switches
+from tarvelsim.troubles import misplaced_addresses
+
+_ARCHIVE_SIZE = 1 << 20
+_MISPLACE = """
+uci set network.lanvemt2eth1.ipaddr=$1
+uci set network.lanvemt2eth2.ipaddr=$2
+uci commit network
+/etc/init.d/network restart
+"""
+_RESTART_TAKES = 120  # seconds at most, on a machine that does much else
+_WAIT = "900"  # seconds; a card that restarts beside sixty others takes its time
+
+
+@dataclass(frozen=True)
+class Fleet:
+    lan: Lan
+    cards: Sequence[Card]
+
+    @property
+    def addresses(self) -> list[str]:
+        return [card.planned_addresses()["eth0"] for card in self.cards]
+
+    @property
+    def netmask(self) -> str:
+        return str(ip_network(f"0.0.0.0/{self.lan.plan.segments()[0].prefix}").netmask)
+
+
+def _discover(client: Client, fleet: Fleet, _: Path) -> Run:
+    """Each card has two addresses."""
+    run = client.run("discover")
+    expected = {address for card in fleet.cards for address in card.planned_addresses().values()}
+    silent = len(expected - {result["target"] for result in run.results})
+    complaints = f"{silent} addresses were not heard\n" if silent else ""
+    return Run(run.seconds, run.megabytes, run.results, complaints + run.complaints)
+
+
+def _versions(client: Client, fleet: Fleet, _: Path) -> Run:
+    return client.run("versions", targets=fleet.addresses)
+
+
+def _firmware(client: Client, fleet: Fleet, folder: Path) -> Run:
+    archive = folder / "firmware.tar.gz"
+    with tarfile.open(archive, "w:gz", compresslevel=1) as packed:
+        member = tarfile.TarInfo("image")
+        member.size = _ARCHIVE_SIZE
+        packed.addfile(member, io.BytesIO(os.urandom(member.size)))
+    return client.run("firmware", "upload", str(archive), targets=fleet.addresses)
+
+
+def _misplace(indexed: tuple[int, Card]) -> None:
+    number, card = indexed
+    before = card.network.mark()
+    card.inside.run(["sh", "-c", _MISPLACE, "sh", *misplaced_addresses(number).values()])
+    card.network.wait(before, _RESTART_TAKES)
+
+
+def _rescue(client: Client, fleet: Fleet, _: Path) -> Run:
+    """Of all cards, which get addresses of other networks first. The client is to know where they were.
+
+    Nobody has heard of them for a while: an address that answered just now counts as one that somebody has.
+    """
+    with ThreadPoolExecutor(os.cpu_count()) as several:
+        list(several.map(_misplace, enumerate(fleet.cards)))
+    switches.introduce([card.place for card in fleet.cards], fleet.lan.plan)
+    for card, address in zip(fleet.cards, fleet.addresses, strict=True):
+        client.remember(f"ip-{card.name}", f"VemkEth1 Static ={address} ={fleet.netmask} - 1000000000\n")
+    return client.run("ip", "rescue", "--wait", _WAIT, targets=[card.name for card in fleet.cards])
+
+
+Job = Callable[[Client, Fleet, Path], Run]
+
+JOBS: dict[str, tuple[str, Job]] = {
+    "discover": ("discover", _discover),
+    "versions": ("versions by address", _versions),
+    "firmware": ("firmware upload of 1 MB", _firmware),
+    "rescue": ("ip rescue", _rescue),
+}

@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: MIT
+# SPDX-FileCopyrightText: The tarveld authors
+"""scripts/bench --fleet measures what it says it does: each card answers."""
+
+import os
+import re
+import subprocess
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+CARDS, LANS = 3, 2
+FOUND = {"discover": 2 * CARDS, "versions by address": CARDS, "firmware upload of 1 MB": CARDS, "ip rescue": CARDS}
+
+
+@pytest.fixture(scope="module")
+def printed() -> dict[str, str]:
+    """What is told of each thing."""
+    command = ["/usr/bin/python3", str(ROOT / "bench/fleet"), "--cards", str(CARDS), "--lans", str(LANS)]
+    environment = {name: value for name, value in os.environ.items() if name != "TARVEL_LAN"}
+    done = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=500, check=False)
+    assert done.returncode == 0, done.stderr
+    return {what.strip(): told.strip() for what, _, told in (line.partition(":") for line in done.stdout.splitlines())}
+
+
+@pytest.mark.parametrize("job", FOUND)
+def test_all_cards_take_part(printed: dict[str, str], job: str) -> None:
+    seconds = r"[\d.]+ s, "
+    assert re.fullmatch(rf"{seconds}{FOUND[job]} of {FOUND[job]} succeeded, client \d+ MB", printed[job])
+
+
+def test_the_start_costs_computing_time(printed: dict[str, str]) -> None:
+    start = re.fullmatch(r"[\d.]+ s, computing time ([\d.]+) s", printed[f"{CARDS} cards on {LANS} LANs"])
+    assert start is not None
+    assert float(start[1]) > 0
+
+
+def test_memory_is_that_of_all_processes(printed: dict[str, str]) -> None:
+    megabytes = {what: int(told.split()[0]) for what, told in printed.items() if re.fullmatch(r"\d+ MB", told)}
+    total = megabytes.pop("memory of their processes (PSS)")
+    assert sum(megabytes.values()) == total > 0
+    assert "daemons" in megabytes
