@@ -34,6 +34,7 @@ def main() -> None:
         if not directory:
             break
         with socket.socket(fileno=connections[0]) as connection:
+            connection.set_inheritable(False)  # the daemon of a new card starts while it is open
             answer = _make_card(directory.decode(), connection, home)
         requests.send(answer.encode())
     _outlive_the_cards()

@@ -4,7 +4,7 @@
 
 from pathlib import Path
 
-from support.descriptors import descriptors
+from support.descriptors import wait_descriptors
 from support.documents import reboot_card, time_reference
 from support.peers import TcpPeer, UdpPeer
 from support.processes import processes_running
@@ -27,7 +27,7 @@ def test_process_in_the_background_has_no_socket_of_the_daemon(
 ) -> None:
     tcp.ask(request(2))
     pid = left_running(scratch_card, udp)
-    assert sorted(descriptors(pid)) == [0, 1, 2]
+    wait_descriptors(pid, [0, 1, 2])
 
 
 def test_daemon_restarts_while_a_process_is_left_in_the_background(scratch_card: Card, udp: UdpPeer) -> None:
@@ -51,6 +51,6 @@ def test_script_that_runs_has_no_lock_and_no_connection(scratch_card: Card, tcp:
     tcp.send(request(Command.TIME_SET, time_reference("Ntp")))
     scratch_card.records.wait_call("ntpd")
     (pid,) = processes_running(scratch_card, "/etc/init.d/ntpd")
-    assert sorted(descriptors(pid)) == [0, 1, 2]
+    wait_descriptors(pid, [0, 1, 2])
     scratch_card.inside.release()
     assert tcp.receive().header.status == Status.SUCCESS

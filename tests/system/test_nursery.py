@@ -5,6 +5,7 @@
 from pathlib import Path
 
 import pytest
+from support.descriptors import descriptors
 from support.processes import processes_running
 from tarvelsim import Card, Lan, SimError
 from tarvelsim.waiting import wait_for
@@ -13,6 +14,11 @@ from tarvelsim.waiting import wait_for
 def parent_of(card: Card) -> int:
     status = Path(f"/proc/{card.init_pid}/status").read_text(encoding="ascii")
     return int(status.split("PPid:")[1].split()[0])
+
+
+def descriptors_of_daemon(card: Card) -> int:
+    assert card.daemon.pid is not None
+    return len(descriptors(card.daemon.pid))
 
 
 def test_all_cards_come_from_one_process(lan: Lan, card: Card) -> None:
@@ -33,6 +39,14 @@ def test_card_that_has_stopped_is_gone_with_all_of_its_processes(lan: Lan) -> No
         assert daemon.exists()
     assert not daemon.exists()
     assert not second.running
+
+
+def test_daemon_of_a_new_card_has_nothing_of_the_process_that_made_it(lan: Lan) -> None:
+    with lan.card("second") as second:
+        of_the_first = descriptors_of_daemon(second)
+        second.daemon.stop()
+        second.daemon.start()
+        assert of_the_first == descriptors_of_daemon(second)
 
 
 def test_network_daemon_that_has_nothing_left_to_do_only_sleeps(scratch_card: Card) -> None:

@@ -3,6 +3,7 @@
 """A look at the descriptors of another process."""
 
 import array
+import contextlib
 import ctypes
 import fcntl
 import os
@@ -22,9 +23,17 @@ _LOOKS = 50  # in a row; to log something takes a part of one
 
 
 def descriptors(pid: int) -> dict[int, str]:
-    """What each descriptor stands for."""
-    folder = Path(f"/proc/{pid}/fd")
-    return {int(entry.name): os.readlink(entry) for entry in folder.iterdir()}
+    """What each descriptor stands for. One that is closed at this moment may be missing."""
+    found = {}
+    for entry in Path(f"/proc/{pid}/fd").iterdir():
+        with contextlib.suppress(FileNotFoundError):
+            found[int(entry.name)] = os.readlink(entry)
+    return found
+
+
+def wait_descriptors(pid: int, expected: list[int]) -> None:
+    """What a program has open for a moment itself, to write down that it was called, is no inheritance."""
+    wait_for(lambda: sorted(descriptors(pid)) == expected, PATIENCE, lambda: f"{pid} has {descriptors(pid)}")
 
 
 def is_closed_on_exec(pid: int, descriptor: int) -> bool:
