@@ -33,12 +33,13 @@ class Watch:
         self._console = len(card.records.console())
 
     def _fence(self) -> None:
-        """Returns when everything before is in the log. The question is asked again: a network restart may eat it."""
-        command = next_unknown_command()
-        text = f"Unknown command ID: 0x{command:x}"
-        self._fences.add(f"warning {text}")
+        """Returns when everything before is in the log. A network restart may eat a question, so another one follows; not
+        the same, or the answer to the first would be taken for the end while the second is still on its way."""
 
         def is_logged() -> bool:
+            command = next_unknown_command()
+            text = f"Unknown command ID: 0x{command:x}"
+            self._fences.add(f"warning {text}")
             self._udp.send(request(command), to=BROADCAST)
             with contextlib.suppress(WaitTimeout):
                 self._card.records.wait_log(text, timeout=UNTIL_ASKED_AGAIN)
