@@ -19,6 +19,12 @@ KEYS = "/etc/tarveld/keys"
 REFUSED_IF_HARDENED = Status.FAILURE if IS_HARDENED else Status.SUCCESS
 
 
+@pytest.fixture(scope="module", autouse=True)
+def card_as_new(only_card: Card) -> None:
+    """All of its log is looked at, and other files of tests leave theirs."""
+    only_card.reset()
+
+
 @pytest.fixture
 def maker(tmp_path: Path) -> Maker:
     return Maker(tmp_path, "maker")
