@@ -46,7 +46,7 @@ make_tar() {
 emulated_on_lans() {
     TARVELD="qemu-ppc $1/tarveld" TARVEL_SIM_BIN="$root/build/target-host/sim/bin" PYTHONPATH="$root/tools/target" \
         /usr/bin/python3 -m pytest -p no:cacheprovider -p emulated -q --timeout 600 --timeout-method thread \
-        -d --tx "$(nproc)*popen//python=$root/sim/lan /usr/bin/python3" --dist loadfile "${@:2}"
+        --tx "$(nproc)*popen//python=$root/sim/lan /usr/bin/python3" --dist loadfile "${@:2}"
 }
 
 build_host_sim() {

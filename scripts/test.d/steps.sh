@@ -62,7 +62,7 @@ on_lan() {
 
 # The same on several LANs, since the tests mostly wait: the next that has nothing to do takes the next file.
 on_lans() {
-    TARVELD=build/$1/tarveld /usr/bin/python3 "${pytest[@]}" -d --dist loadfile \
+    TARVELD=build/$1/tarveld /usr/bin/python3 "${pytest[@]}" --dist loadfile \
         --tx "$((2 * jobs))*popen//python=${python_on_lan[*]}" "${@:2}"
 }
 
