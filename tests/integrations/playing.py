@@ -4,10 +4,13 @@
 
 import json
 import os
+import shlex
 import subprocess
 from collections.abc import Iterable, Mapping
 from pathlib import Path
 from typing import Any
+
+from programs import ProgramError, program
 
 ROOT = Path(__file__).resolve().parents[2]
 COLLECTIONS = ROOT / "packaging/ansible"
@@ -19,7 +22,8 @@ CLIENT = (Path(os.environ["TARVELD"].split()[-1]).parent / "tarvelctl").resolve(
 class Played(dict[tuple[str, str], dict[str, Any]]):
     """What became of each task, by its name and the host: the result of the module, and the `outcome` of the task."""
 
-    def __init__(self, lines: Iterable[str]) -> None:
+    def __init__(self, lines: Iterable[str], said: str) -> None:
+        self.said = said  # by Ansible itself
         for line in lines:
             played = json.loads(line)
             self[played["task"], played["host"]] = {**played["result"], "outcome": played["outcome"]}
@@ -66,7 +70,7 @@ class Ansible:
     ) -> str:
         """What the program prints; its standard error is only shown where it ends with another status."""
         ended = subprocess.run(
-            command,
+            [program(command[0]), *command[1:]],
             stdin=subprocess.DEVNULL,
             capture_output=True,
             text=True,
@@ -74,7 +78,9 @@ class Ansible:
             cwd=cwd or self.folder,
             check=False,
         )
-        assert ended.returncode == code, f"{command} ended with {ended.returncode}: {ended.stdout}{ended.stderr}"
+        if ended.returncode != code:
+            told = f"{ended.stdout}{ended.stderr}"
+            raise ProgramError(f"{shlex.join(command)} ended with {ended.returncode} instead of {code}: {told}")
         return ended.stdout if code == 0 else ended.stdout + ended.stderr
 
     def play(self, tasks: Iterable[Mapping[str, Any]]) -> Played:
@@ -86,8 +92,8 @@ class Ansible:
 
     def playbook(self, *words: str, code: int = 0) -> Played:
         self.record.unlink(missing_ok=True)
-        self.run("ansible-playbook", *words, code=code)
-        return Played(self.record.read_text(encoding="utf-8").splitlines())
+        said = self.run("ansible-playbook", *words, code=code)
+        return Played(self.record.read_text(encoding="utf-8").splitlines(), said)
 
 
 def task(name: str, module: str, /, **options: Any) -> dict[str, Any]:

@@ -4,28 +4,20 @@
 
 import json
 import re
-import shutil
 import subprocess
 import urllib.error
 import urllib.parse
 import urllib.request
-from collections.abc import Iterator
+from collections.abc import Iterator, Mapping
 from contextlib import contextmanager
 from pathlib import Path
 from typing import Any
 
-import pytest
+from programs import ProgramError, program
 from tarvelsim.waiting import wait_for
 
 _PATIENCE = 120
 _HOST = "127.0.0.1"
-
-
-def program(name: str) -> str:
-    found = shutil.which(name)
-    if found is None:
-        pytest.fail(f"there is no {name}; `scripts/test fleet` unpacks it")
-    return found
 
 
 def promtool(*words: str, input: str = "") -> tuple[int, str]:
@@ -48,7 +40,8 @@ def _serving(name: str, port: int, ready: str, *options: str, log: Path) -> Iter
         running = subprocess.Popen([program(name), f"--web.listen-address={_HOST}:{port}", *options], stderr=messages)
 
     def answers() -> bool:
-        assert running.poll() is None, log.read_text()
+        if running.poll() is not None:
+            raise ProgramError(f"{name} has ended: {log.read_text()}")
         try:
             return bool(get(f"{url}/{ready}"))
         except urllib.error.URLError:
@@ -72,19 +65,27 @@ def node_exporter(folder: Path, log: Path, port: int = 19100) -> Iterator[str]:
 
 class Prometheus:
     def __init__(self, url: str) -> None:
-        self._url = url
+        self.url = url
 
     def query(self, text: str) -> dict[str, float]:
         """Values by their labels, without those of the scrape."""
-        answer = json.loads(get(f"{self._url}/api/v1/query?{urllib.parse.urlencode({'query': text})}"))
-        assert answer["status"] == "success"
+        answer = json.loads(get(f"{self.url}/api/v1/query?{urllib.parse.urlencode({'query': text})}"))
+        if answer["status"] != "success":
+            raise ProgramError(f"Prometheus refuses {text}: {answer}")
         rows: list[dict[str, Any]] = answer["data"]["result"]
         return {_named(row["metric"]): float(row["value"][1]) for row in rows}
 
     def rules(self) -> dict[str, str]:
         """The health of each alert rule."""
-        groups = json.loads(get(f"{self._url}/api/v1/rules"))["data"]["groups"]
+        groups = json.loads(get(f"{self.url}/api/v1/rules"))["data"]["groups"]
         return {rule["name"]: rule["health"] for group in groups for rule in group["rules"]}
+
+    def wait_until(self, query: str, expected: Mapping[str, float], patience: float) -> None:
+        wait_for(
+            lambda: self.query(query) == expected,
+            patience,
+            lambda: f"Prometheus tells {self.query(query)} of {query} instead of {expected}",
+        )
 
     def wait_for(self, query: str) -> dict[str, float]:
         return wait_for(lambda: self.query(query) or None, _PATIENCE, lambda: f"nothing came of {query}")

@@ -2,19 +2,19 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The dissector on what really travelled between clients and a simulated card."""
 
-import subprocess
 from collections.abc import Iterator
 from pathlib import Path
 
 import pytest
 import tarvelsim
 from dissection import Dissection
+from programs import ProgramError
+from recording import recorded
 from support.daemon import COMMAND
 from support.peers import BROADCAST, TcpPeer, UdpPeer
-from tarvelsim.waiting import wait_for
 from wire import golden, request
 
-_LAST = request(0x7EEE, sequence=0x7EEEEEEE)
+_UNKNOWN = request(0x7EEE, sequence=0x7EEEEEEE)
 
 
 def _play(card: tarvelsim.Card, lan: tarvelsim.Lan) -> None:
@@ -25,18 +25,7 @@ def _play(card: tarvelsim.Card, lan: tarvelsim.Lan) -> None:
     udp = UdpPeer("lan0", lan.address("lan0"), address)
     for exchange in golden.UDP:
         udp.ask(exchange.request, to=BROADCAST)
-    udp.ask(_LAST)
-
-
-def _record(path: Path, card: tarvelsim.Card, lan: tarvelsim.Lan) -> None:
-    command = ["dumpcap", "-q", "-i", "lan0", "-f", "port 50003", "-w", str(path)]
-    with subprocess.Popen(command, stderr=subprocess.PIPE, text=True) as recorder:
-        assert recorder.stderr is not None
-        while "File: " not in recorder.stderr.readline():
-            assert recorder.poll() is None, "dumpcap does not record"
-        _play(card, lan)
-        wait_for(lambda: path.read_bytes().count(_LAST[12:16]) == 2, 30, lambda: "the last exchange was not recorded")
-        recorder.terminate()
+    udp.ask(_UNKNOWN)
 
 
 @pytest.fixture(scope="module")
@@ -46,7 +35,8 @@ def live(tmp_path_factory: pytest.TempPathFactory) -> Iterator[Dissection]:
         for program in ("network", "reboot"):
             card.inside.fail(program, 0)
         path = tmp_path_factory.mktemp("capture") / "live.pcap"
-        _record(path, card, lan)
+        with recorded(path, ["lan0"]):
+            _play(card, lan)
         yield Dissection(path)
 
 
@@ -67,3 +57,8 @@ def test_every_reply_knows_its_request(live: Dissection) -> None:
 
 def test_nothing_was_wrong_but_the_unknown_command(live: Dissection) -> None:
     assert live.complaints() == ["unknown command"]
+
+
+def test_a_device_that_is_not_there_is_told(tmp_path: Path) -> None:
+    with pytest.raises(ProgramError, match="does not record: .*lan77"), recorded(tmp_path / "none.pcap", ["lan77"]):
+        pytest.fail("there is nothing to record")
