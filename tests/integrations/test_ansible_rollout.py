@@ -86,3 +86,9 @@ def test_check_mode_tells_what_would_be_done(ansible: Ansible, cards: list[tarve
     changed = {host: result["changed"] for (name, host), result in told.items() if name == INSTALL}
     assert changed == {"card1": True, "card2": True, "card3": True, "card4": False}
     assert kernels(cards) == [OLD, OLD, OLD, NEW]
+
+
+def test_slow_cards_get_their_time(ansible: Ansible) -> None:
+    played = roll_out(ansible, "--limit", "card1", "-e", "rollout_timeout=77.5")
+    for step in (INSTALL, LOOK):
+        assert played[step, "card1"]["invocation"]["module_args"]["timeout"] == 77.5
