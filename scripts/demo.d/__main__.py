@@ -12,7 +12,8 @@ sys.path.insert(0, str(ROOT / "sim"))
 import tarvelsim  # noqa: E402
 
 from card_log import shortened  # noqa: E402
-from client import Client, DemoError  # noqa: E402
+from client import Client  # noqa: E402
+from commands import DemoError, check  # noqa: E402
 from firmware import pack_firmware  # noqa: E402
 from narrator import chapter, say, show  # noqa: E402
 
@@ -24,11 +25,6 @@ NEW_VERSIONS = {"kernel": "KERN-6.2.0", "application": "APPL-2.6.0"}
 def show_versions(client: Client) -> None:
     chapter("What runs on the card?")
     client.versions()
-
-
-def check(true: bool, otherwise: str) -> None:
-    if not true:
-        raise DemoError(otherwise)
 
 
 def set_time(client: Client, card: tarvelsim.Card) -> None:
@@ -81,7 +77,7 @@ def reboot(client: Client, card: tarvelsim.Card) -> None:
 
 def show_log(card: tarvelsim.Card) -> None:
     chapter("What the card logged")
-    show(shortened(str(line) for line in card.records.log_lines(ident=None)))
+    show(list(shortened(str(line) for line in card.records.log_lines(ident=None))))
 
 
 def tour() -> None:

@@ -2,19 +2,13 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """The operator's side: each operation is one run of tarvelctl, shown with its command line and its output."""
 
-import shlex
-import subprocess
 from collections.abc import Sequence
 from pathlib import Path
 
-from narrator import show
+from commands import run_shown
 
 _ACCEPTED = 0
 _REFUSED = 3
-
-
-class DemoError(Exception):
-    """Something did not go as it should; the text says what."""
 
 
 class Client:
@@ -50,16 +44,4 @@ class Client:
         self._run(["reboot", "--wait"])
 
     def _run(self, words: Sequence[str], expected: int = _ACCEPTED) -> None:
-        command = ["tarvelctl", *words, self._card]
-        show([f"$ {shlex.join(command)}"])
-        done = subprocess.run(
-            [self._tarvelctl, *words, self._card],
-            stdin=subprocess.DEVNULL,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT,
-            text=True,
-            check=False,
-        )
-        show(done.stdout.splitlines())
-        if done.returncode != expected:
-            raise DemoError(f"{shlex.join(command)} ended with {done.returncode} instead of {expected}")
+        run_shown([self._tarvelctl, *words, self._card], expected=expected)

@@ -4,7 +4,7 @@
 
 import os
 import sys
-from collections.abc import Iterable
+from collections.abc import Sequence
 
 _PLAIN = not sys.stdout.isatty() or "NO_COLOR" in os.environ
 
@@ -17,7 +17,8 @@ def say(sentence: str) -> None:
     print(sentence, flush=True)
 
 
-def show(lines: Iterable[str]) -> None:
-    """What somebody else said: the card, or a program."""
-    for line in lines:
+def show(lines: Sequence[str], most: int | None = None) -> None:
+    """What somebody else said: the card, or a program. Of many lines only the first ones, and how many there are more."""
+    shown = lines if most is None or len(lines) <= most + 1 else [*lines[:most], f"... {len(lines) - most} more lines"]
+    for line in shown:
         print(f"    {line}", flush=True)
