@@ -8,9 +8,20 @@ import sys
 from pathlib import Path
 
 _ROOT = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(_ROOT / "tests/system"), str(_ROOT / "sim"), str(_ROOT / "packaging/ansible")]
+_FOLDERS = ("tests/system", "sim", "packaging/ansible")
+sys.path[:0] = [str(_ROOT / folder) for folder in _FOLDERS]
 
+import pytest  # noqa: E402
+from support import long_tests  # noqa: E402
 from support.daemon import COMMAND  # noqa: E402
 
 # For tarvelsim, which looks for the card's other programs next to the daemon.
 os.environ["TARVELD"] = shlex.join(COMMAND)
+
+
+def pytest_configure(config: pytest.Config) -> None:
+    long_tests.declare(config)
+
+
+def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item]) -> None:
+    long_tests.leave_out(config, items)

@@ -9,6 +9,7 @@ import tempfile
 from collections.abc import Callable, Iterator
 
 import pytest
+from support import long_tests
 from support.bench import Bench
 from support.daemon import COMMAND, IS_EMULATED, IS_HARDENED, ROOT
 
@@ -26,14 +27,11 @@ os.environ["TARVELD"] = shlex.join(COMMAND)
 def pytest_configure(config: pytest.Config) -> None:
     config.addinivalue_line("markers", "needs_native: looks at the daemon's system calls, so it cannot be emulated")
     config.addinivalue_line("markers", "as_designed(row): the hardened build deviates, as that row of SECURITY.md says")
-    config.addinivalue_line("markers", "long: takes minutes; run with -m long only")
+    long_tests.declare(config)
 
 
 def pytest_collection_modifyitems(config: pytest.Config, items: list[pytest.Item]) -> None:
-    if "long" not in config.getoption("markexpr"):
-        short = [item for item in items if not item.get_closest_marker("long")]
-        config.hook.pytest_deselected(items=[item for item in items if item not in short])
-        items[:] = short
+    long_tests.leave_out(config, items)
     for item in items:
         if IS_EMULATED and item.get_closest_marker("needs_native"):
             item.add_marker(pytest.mark.skip(reason=f"system calls of {COMMAND[0]} are not the daemon's"))
