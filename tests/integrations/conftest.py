@@ -8,7 +8,7 @@ import sys
 from pathlib import Path
 
 _ROOT = Path(__file__).resolve().parents[2]
-_FOLDERS = ("tests/system", "sim", "packaging/ansible")
+_FOLDERS = ("tests/system", "sim", "packaging/ansible", "scripts/demo.d/fleet", "scripts/demo.d")
 sys.path[:0] = [str(_ROOT / folder) for folder in _FOLDERS]
 
 import pytest  # noqa: E402
