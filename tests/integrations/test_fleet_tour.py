@@ -10,10 +10,15 @@ from pathlib import Path
 import listing
 import pytest
 from commands import DemoError
+from folding import folded
 from monitoring import Monitoring, monitored
 from playing import Ansible
+from programs import ProgramError
+from recording import recorded
+from rollout import Rollout
 from sites import GROUPS, Site, running_site
 from tarvelsim import WaitTimeout
+from traffic import check_upgrades, show_exchange
 
 OLD, NEW = "KERN-6.1.0", "KERN-7.0.0"
 
@@ -80,3 +85,50 @@ def test_prometheus_tells_what_the_cards_have(site: Site, capsys: pytest.Capture
         assert f'{{version="{OLD}"}} => 3 @' in said
         with pytest.raises(WaitTimeout, match="tells .*4.* instead of .*5"):
             Monitoring(replace(site, patience=0), monitoring.server).expect_up(5)
+
+
+def test_the_roll_out_stops_and_goes_on_and_the_traffic_says_so(site: Site, capsys: pytest.CaptureFixture[str]) -> None:
+    rollout = Rollout(site)
+    rest = rollout.stop_at_broken_card()
+    assert rest == {"card2", "card3", "card4"}
+    assert rollout.kernels() == {OLD: 3, NEW: 1}
+    assert "    fatal: card2: not-as-expected while" in capsys.readouterr().out
+    rollout.mend()
+    capture = site.folder / "rollout.pcapng"
+    with recorded(capture, ["lan0", "lan1"]):
+        rollout.go_on(rest)
+    assert rollout.kernels() == {NEW: 4}
+    check_upgrades(site, capture, rest)
+    show_exchange(site, capture, "card2")
+    assert "firmware upgrade: success" in capsys.readouterr().out
+    for wrong in (rest - {"card4"}, rest | {"card1"}):
+        with pytest.raises(DemoError, match="firmware went to"):
+            check_upgrades(site, capture, wrong)
+    with pytest.raises(DemoError, match=r"changed were \[\] instead of"):
+        rollout.go_on(rest)
+
+
+def test_a_roll_out_that_does_not_stop_ends_the_tour(site: Site) -> None:
+    for card in site.cards:
+        card.inside.write("/etc/pnr/kernel", f"{NEW}\n")
+    with pytest.raises(ProgramError, match="ended with 0 instead of 2"):
+        Rollout(site).stop_at_broken_card()
+
+
+def test_a_roll_out_that_cannot_go_on_ends_the_tour(site: Site) -> None:
+    site.cards[0].inside.fail("fwupgrade")
+    with pytest.raises(ProgramError, match="ended with 2 instead of 0"):
+        Rollout(site).go_on({"card1"})
+
+
+def test_hosts_that_fared_alike_are_one_line() -> None:
+    many = [f"ok: [card{number} -> localhost]" for number in range(10, 17)]
+    lines = [
+        *("PLAY [all] *****", "", "TASK [Install] ***", "changed: [card10 -> localhost]", "changed: [card9]"),
+        'fatal: [card3 -> localhost]: FAILED! => {"changed": false, "msg": "card3: silent"}',
+        *("TASK [Look] ***", *many, "PLAY RECAP ***", "card1 : ok=2"),
+    ]
+    assert folded(lines) == [
+        *("PLAY [all]", "TASK [Install]", "fatal: card3: silent", "changed: card9, card10"),
+        *("TASK [Look]", "ok: 7 cards"),
+    ]
