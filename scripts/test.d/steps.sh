@@ -123,7 +123,7 @@ integrations() {
     # shellcheck source=scripts/test.d/prometheus.sh
     . scripts/test.d/prometheus.sh
     need_prometheus
-    on_lan release tests/integrations
+    on_lan release "$@" tests/integrations
 }
 
 # Built, and tried in folders of their own: nothing of them is installed on this machine.

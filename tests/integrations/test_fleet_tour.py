@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: MIT
 # SPDX-FileCopyrightText: The tarveld authors
-"""The tour of a fleet, part by part on a few cards: what it shows holds, and what does not hold ends it."""
+"""`scripts/demo fleet`, part by part on a few cards: what it shows holds, and what does not hold ends it."""
 
+import os
 import re
+import subprocess
 from collections.abc import Iterator
 from dataclasses import replace
 from pathlib import Path
@@ -12,7 +14,7 @@ import pytest
 from commands import DemoError
 from folding import folded
 from monitoring import Monitoring, monitored
-from playing import Ansible
+from playing import INTERPRETER, ROOT, Ansible
 from programs import ProgramError
 from recording import recorded
 from rollout import Rollout
@@ -21,6 +23,7 @@ from tarvelsim import WaitTimeout
 from traffic import check_upgrades, show_exchange
 
 OLD, NEW = "KERN-6.1.0", "KERN-7.0.0"
+TOUR = ROOT / "scripts/demo.d/fleet"
 
 
 @pytest.fixture(scope="module")
@@ -132,3 +135,36 @@ def test_hosts_that_fared_alike_are_one_line() -> None:
         *("PLAY [all]", "TASK [Install]", "fatal: card3: silent", "changed: card9, card10"),
         *("TASK [Look]", "ok: 7 cards"),
     ]
+
+
+def run(*command: str, **more: str) -> "subprocess.CompletedProcess[str]":
+    """As from outside of every LAN."""
+    environment = {name: value for name, value in os.environ.items() if name != "TARVEL_LAN"} | more
+    return subprocess.run(command, cwd=ROOT, env=environment, capture_output=True, text=True, check=False)
+
+
+def test_missing_programs_are_named_with_their_packages_before_anything_starts(tmp_path: Path) -> None:
+    (tmp_path / "tshark").symlink_to("/bin/true")
+    told = run(INTERPRETER, str(TOUR), PATH=str(tmp_path))
+    assert (told.returncode, told.stdout) == (1, "")
+    assert "prometheus-node-exporter (Debian package prometheus-node-exporter)" in told.stderr
+    assert "ansible-playbook (Debian package ansible-core)" in told.stderr
+    assert "tshark (" not in told.stderr
+
+
+@pytest.mark.parametrize("words", [["fleet", "--cards", "2"], ["fleets"], ["fleet", "--card"]])
+def test_what_cannot_be_shown_is_a_usage_error(words: list[str]) -> None:
+    told = run("scripts/demo", *words)
+    assert (told.returncode, "usage: scripts/demo" in told.stderr) == (2, True), told
+
+
+@pytest.mark.long
+def test_the_whole_tour_with_fifty_cards(tmp_path: Path) -> None:
+    """Its caller's folder is where the page comes to be."""
+    page = tmp_path / "page.html"
+    told = run("scripts/demo", "fleet", "--report", str(page))
+    assert told.returncode == 0, told.stdout + told.stderr
+    assert "{} => 50 @" in told.stdout
+    assert f'{{version="{NEW}"}} => 50 @' in told.stdout
+    assert "45 cards were sent firmware" in told.stdout
+    assert "Fleet report: 50 cards" in page.read_text()
