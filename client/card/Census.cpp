@@ -7,7 +7,6 @@
 #include "client/engine/Parallel.h"
 #include "client/model/Contains.h"
 #include "client/model/Remedy.h"
-#include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -97,7 +96,7 @@ std::vector<std::string> Census::hearersOf(const std::string& address) const
     return interfaces;
 }
 
-Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& known) const
+Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& known, const HostInterfaces& here) const
 {
     const std::string& address = endpoint.address;
     // Whatever way a connection takes, it may end at either.
@@ -113,7 +112,8 @@ Census::Verdict Census::judge(const Endpoint& endpoint, const std::set<Sender>& 
         return {severalPlaces(address, hearers)};
     }
     // Who answers where no connection leads is another than the one that a connection reaches.
-    const auto way = std::ranges::find_if(hearers, [&](const std::string& one) { return isInNetworkOf(one, address); });
+    const auto way =
+        std::ranges::find_if(hearers, [&](const std::string& one) { return here.isInNetworkOf(one, address); });
     if (way != hearers.end()) {
         return {std::nullopt, *way};
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/engine/Task.h"
+#include "client/wire/HostInterfaces.h"
 #include "client/wire/Network.h"
 
 #include <functional>
@@ -37,7 +38,8 @@ public:
         std::string interface = {};           // where the address answered, and is reached; empty: nowhere
     };
     // The senders that are known to be the card that is meant are no others.
-    [[nodiscard]] Verdict judge(const Endpoint& endpoint, const std::set<Sender>& known) const;
+    [[nodiscard]] Verdict judge(const Endpoint& endpoint, const std::set<Sender>& known,
+                                const HostInterfaces& here) const;
 
 private:
     Task<void> listen(Network& network, const std::vector<BroadcastSocket>& sockets, const Request& probe,

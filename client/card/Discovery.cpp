@@ -2,8 +2,6 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/card/Discovery.h"
 
-#include "client/wire/HostInterfaces.h"
-
 #include <array>
 
 namespace
@@ -18,9 +16,9 @@ constexpr auto unusedCommand = static_cast<CommandId>(0x7FF0);
 
 } // namespace
 
-FoundCard cardAt(const std::string& address, const std::string& interface)
+FoundCard cardAt(const std::string& address, const std::string& interface, const HostInterfaces& here)
 {
-    return {address, interface, isOnLink(interface, address)};
+    return {address, interface, here.isOnLink(interface, address)};
 }
 
 std::pair<Request, Request> Discovery::makeProbes()
@@ -51,23 +49,24 @@ Task<void> Discovery::run(std::size_t enough)
 
 Task<void> Discovery::listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough)
 {
+    const HostInterfaces here; // for all who answer in this round
     Listening listening(deadline);
     while (enough == 0 || heard.size() < enough) {
         const std::optional<Datagram> datagram = co_await network.receive(sockets, listening);
         if (!datagram) {
             co_return;
         }
-        note(*datagram);
+        note(*datagram, here);
     }
 }
 
-void Discovery::note(const Datagram& datagram)
+void Discovery::note(const Datagram& datagram, const HostInterfaces& here)
 {
     if (!replyIn(datagram, probes.first) && !replyIn(datagram, probes.second)) {
         return;
     }
     // Each card answers up to six probes.
     if (heard.insert({datagram.interface, datagram.address}).second) {
-        reportCard(cardAt(datagram.address, datagram.interface));
+        reportCard(cardAt(datagram.address, datagram.interface, here));
     }
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/engine/EventLoop.h"
+#include "client/wire/HostInterfaces.h"
 #include "client/wire/Network.h"
 
 #include <functional>
@@ -18,7 +19,7 @@ struct FoundCard {
 };
 
 // One that answered from this address.
-[[nodiscard]] FoundCard cardAt(const std::string& address, const std::string& interface);
+[[nodiscard]] FoundCard cardAt(const std::string& address, const std::string& interface, const HostInterfaces& here);
 
 // Two probes find cards without knowing their names. A datagram with a command no card knows: each answers to our
 // address. An IP configuration get without a text: each refuses it in a broadcast, so that even a card whose address
@@ -39,7 +40,7 @@ public:
 
 private:
     Task<void> listen(const std::vector<BroadcastSocket>& sockets, TimePoint deadline, std::size_t enough);
-    void note(const Datagram& datagram);
+    void note(const Datagram& datagram, const HostInterfaces& here);
 
     Network& network;
     Report reportCard;

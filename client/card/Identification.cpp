@@ -48,9 +48,10 @@ Task<std::vector<Identified>> Identification::run(std::vector<Target> targets)
         cards[index].target = std::move(targets[index]);
         cards[index].asOf = now;
     }
+    const HostInterfaces here;          // for the answers of all
     constexpr std::size_t atOnce = 256; // of those whose last address is looked at, in one time-out for all
     co_await inParallel(network.eventLoop(), cards.size(), atOnce,
-                        [&](std::size_t index) { return identify(cards[index], lookup); });
+                        [&](std::size_t index) { return identify(cards[index], lookup, here); });
     compare(cards);
     // Behind the comparison: for targets that are refused by now nobody needs to be probed.
     if (way == Way::overTcp && caution.probe && network.admitsProbes()) {
@@ -122,7 +123,7 @@ std::vector<std::string> Identification::namesToAsk(const std::vector<Target>& t
     return names;
 }
 
-Task<void> Identification::identify(Identified& card, Lookup& lookup) const
+Task<void> Identification::identify(Identified& card, Lookup& lookup, const HostInterfaces& here) const
 {
     if (!asksFor(card.target)) {
         co_return;
@@ -140,7 +141,7 @@ Task<void> Identification::identify(Identified& card, Lookup& lookup) const
         }
         Target noted = card.target;
         card.isSlow = lookup.isSlow(card.target.name);
-        hear(card, std::move(answers));
+        hear(card, std::move(answers), here);
         co_await confirm(card, std::move(noted));
     } catch (const Failure& failure) {
         refuse(card, failure);
@@ -157,11 +158,11 @@ void Identification::refuse(Identified& card, const Failure& why)
     }
 }
 
-void Identification::hear(Identified& card, std::vector<CardReply> answers) const
+void Identification::hear(Identified& card, std::vector<CardReply> answers, const HostInterfaces& here) const
 {
-    preferReachable(answers);
+    preferReachable(answers, here);
     try {
-        takeAnswers(card, answers);
+        takeAnswers(card, answers, here);
     } catch (const Failure& failure) {
         refuse(card, failure);
     }
@@ -185,7 +186,8 @@ Task<void> Identification::takeSilence(Identified& card, Lookup& lookup) const
         fmt::format("not heard by its name; the groups file says that it is at {}", target.endpoint->address));
 }
 
-void Identification::takeAnswers(Identified& card, const std::vector<CardReply>& answers) const
+void Identification::takeAnswers(Identified& card, const std::vector<CardReply>& answers,
+                                 const HostInterfaces& here) const
 {
     for (const CardReply& answer : answers) {
         card.heardAt.insert({answer.address, answer.interface});
@@ -203,7 +205,7 @@ void Identification::takeAnswers(Identified& card, const std::vector<CardReply>&
         throw Failure(staleNote(card.target, answers));
     }
     if (way == Way::overTcp) {
-        card.target.endpoint = settledEndpoint(card.target, answers);
+        card.target.endpoint = settledEndpoint(card.target, answers, here);
     }
 }
 
@@ -222,7 +224,7 @@ Task<void> Identification::confirm(Identified& card, Target noted) const
     noted.heard = card.target.heard;
     const std::optional<CardReply> answer = co_await confirmNote(network, std::move(noted));
     if (answer) {
-        takeAnswers(card, {*answer});
+        takeAnswers(card, {*answer}, HostInterfaces()); // it was waited for
     }
 }
 

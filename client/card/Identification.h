@@ -58,7 +58,7 @@ public:
     // is refused.
     void compare(std::vector<Identified>& cards) const;
     // The answers to the name of a card, of which there are some.
-    void hear(Identified& card, std::vector<CardReply> answers) const;
+    void hear(Identified& card, std::vector<CardReply> answers, const HostInterfaces& here = {}) const;
     // An address that may be that of two cards is refused, and any other is reached where it answered.
     void check(std::vector<Identified>& cards, const Census& census) const;
     // What slow cards, who were asked again behind the probe, answered beside the first time: whoever did is slow no
@@ -67,10 +67,10 @@ public:
 
 private:
     [[nodiscard]] bool asksFor(const Target& target) const;
-    Task<void> identify(Identified& card, Lookup& lookup) const;
+    Task<void> identify(Identified& card, Lookup& lookup, const HostInterfaces& here) const;
     Task<void> takeSilence(Identified& card, Lookup& lookup) const;
     static void refuse(Identified& card, const Failure& why);
-    void takeAnswers(Identified& card, const std::vector<CardReply>& answers) const;
+    void takeAnswers(Identified& card, const std::vector<CardReply>& answers, const HostInterfaces& here) const;
     [[nodiscard]] bool isNotedElsewhere(const Target& noted, const Identified& card) const;
     Task<void> confirm(Identified& card, Target noted) const;
     void compareNames(std::vector<Identified>& cards, Identified& one, Identified& other) const;

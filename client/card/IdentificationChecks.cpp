@@ -68,12 +68,13 @@ void Identification::check(std::vector<Identified>& cards, const Census& census)
 {
     // First: an address that turns out to be another card's must not make two targets one.
     disbelieve(cards, census);
+    const HostInterfaces here;
     std::vector<Census::Verdict> verdicts; // all before the first refusal: a refused target is none of the others
     for (const Identified& card : cards) {
         const std::optional<Endpoint>& endpoint = card.target.endpoint;
         // A forwarded port leads to where no probe of ours is heard.
         const bool isCovered = endpoint && endpoint->port == cardPort;
-        verdicts.push_back(isCovered ? census.judge(*endpoint, sendersOf(cards, card)) : Census::Verdict{});
+        verdicts.push_back(isCovered ? census.judge(*endpoint, sendersOf(cards, card), here) : Census::Verdict{});
     }
     for (std::size_t index = 0; index < cards.size(); ++index) {
         Identified& card = cards[index];

@@ -3,7 +3,6 @@
 #include "client/card/Identity.h"
 
 #include "client/model/Remedy.h"
-#include "client/wire/HostInterfaces.h"
 #include "client/wire/Phase.h"
 
 #include <algorithm>
@@ -65,23 +64,23 @@ IpConfiguration ipConfigurationIn(const CardReply& answer)
 
 // A connection to 0.0.0.0 would end at this host, and one to an address of another network at the host that has it
 // there.
-std::optional<Endpoint> wayTo(const CardReply& answer)
+std::optional<Endpoint> wayTo(const CardReply& answer, const HostInterfaces& here)
 {
-    if (answer.address == noAddress || !isInNetworkOf(answer.interface, answer.address)) {
+    if (answer.address == noAddress || !here.isInNetworkOf(answer.interface, answer.address)) {
         return std::nullopt;
     }
     return Endpoint{answer.address, cardPort, answer.interface};
 }
 
-void preferReachable(std::vector<CardReply>& answers)
+void preferReachable(std::vector<CardReply>& answers, const HostInterfaces& here)
 {
     std::stable_partition(answers.begin(), answers.end(),
-                          [](const CardReply& answer) { return wayTo(answer).has_value(); });
+                          [&](const CardReply& answer) { return wayTo(answer, here).has_value(); });
 }
 
-Endpoint endpointOf(const std::string& card, const CardReply& answer)
+Endpoint endpointOf(const std::string& card, const CardReply& answer, const HostInterfaces& here)
 {
-    std::optional<Endpoint> way = wayTo(answer);
+    std::optional<Endpoint> way = wayTo(answer, here);
     if (!way) {
         throw addressless(card, answer);
     }
@@ -89,15 +88,15 @@ Endpoint endpointOf(const std::string& card, const CardReply& answer)
 }
 
 // Where the card was heard rather than where its settings say that it is: the network need not follow them.
-Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers)
+Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers, const HostInterfaces& here)
 {
     for (const CardReply& answer : answers) {
-        const std::optional<Endpoint> way = wayTo(answer);
+        const std::optional<Endpoint> way = wayTo(answer, here);
         if (way && target.endpoint && target.endpoint->address == way->address) {
             return {way->address, target.endpoint->port, way->interface};
         }
     }
-    return endpointOf(target.name, answers.front());
+    return endpointOf(target.name, answers.front(), here);
 }
 
 // A card with two ports may answer on both from the address of one of them.

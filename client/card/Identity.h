@@ -5,6 +5,7 @@
 #include "client/card/Target.h"
 #include "client/engine/Task.h"
 #include "client/messages/IpConfiguration.h"
+#include "client/wire/HostInterfaces.h"
 #include "client/wire/Network.h"
 
 #include <functional>
@@ -38,16 +39,18 @@ Task<CardReply> queryCardUntil(Network& network, std::string card, std::function
 [[nodiscard]] IpConfiguration ipConfigurationIn(const CardReply& answer);
 
 // Where a card that gave this answer is reached over TCP: on the interface that it was heard on, if its address is in a
-// network of it. Nothing otherwise; the other one throws.
-[[nodiscard]] std::optional<Endpoint> wayTo(const CardReply& answer);
-[[nodiscard]] Endpoint endpointOf(const std::string& card, const CardReply& answer);
+// network of it. Nothing otherwise; the other one throws. Who asks for many answers hands over one look at the
+// interfaces; each call has one of its own otherwise.
+[[nodiscard]] std::optional<Endpoint> wayTo(const CardReply& answer, const HostInterfaces& here = {});
+[[nodiscard]] Endpoint endpointOf(const std::string& card, const CardReply& answer, const HostInterfaces& here = {});
 
 // The same for all answers to a target's name, of which there are some: a noted address that is among them keeps its
 // port.
-[[nodiscard]] Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers);
+[[nodiscard]] Endpoint settledEndpoint(const Target& target, const std::vector<CardReply>& answers,
+                                       const HostInterfaces& here);
 
 // Puts those that a way leads to first: a card may also answer from an address that does not fit its network here.
-void preferReachable(std::vector<CardReply>& answers);
+void preferReachable(std::vector<CardReply>& answers, const HostInterfaces& here);
 
 // The first answer, or another of that card that a way leads to. Fails only if this machine cannot ask.
 Task<CardReply> reachableAnswer(Network& network, std::string card, CardReply first);

@@ -5,7 +5,6 @@
 #include "client/card/Ambiguity.h"
 #include "client/card/Identity.h"
 #include "client/model/CalendarTime.h"
-#include "client/wire/HostInterfaces.h"
 
 #include <algorithm>
 #include <chrono>
@@ -57,8 +56,11 @@ const std::vector<CardReply>& Lookup::answersTo(const std::string& name)
 // The first answer need not be the one that a way leads to.
 void Lookup::remember(Asked& one, const CardReply& answer)
 {
-    const std::optional<Endpoint> way = wayTo(answer);
-    if (one.hasWay || (!way && one.answers.size() > 1)) {
+    if (one.hasWay) {
+        return;
+    }
+    const std::optional<Endpoint> way = wayTo(answer, latestLook);
+    if (!way && one.answers.size() > 1) {
         return;
     }
     one.hasWay = way.has_value();
@@ -101,6 +103,7 @@ std::optional<Failure> Lookup::unasked(const std::string& interface) const
 
 std::vector<std::string> Lookup::secondAnswers()
 {
+    latestLook = {};
     for (const BroadcastSocket& socket : sockets) {
         Listening ended(Clock::now());
         while (ended.takesOneMore(1)) {
@@ -126,7 +129,10 @@ Task<CardReply> Lookup::reachableAnswerOf(std::string name)
 {
     Asked& one = entryOf(name);
     CardReply answer = co_await reachableAnswer(network, std::move(name), one.answers.front());
-    remember(one, answer);
+    if (!one.hasWay) {
+        latestLook = {}; // it was waited for
+        remember(one, answer);
+    }
     save();
     co_return answer;
 }

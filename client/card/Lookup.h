@@ -7,6 +7,7 @@
 #include "client/card/SilentAddress.h"
 #include "client/engine/Signal.h"
 #include "client/engine/Task.h"
+#include "client/wire/HostInterfaces.h"
 #include "client/wire/Network.h"
 
 #include <cstddef>
@@ -57,6 +58,9 @@ public:
     // looked at one time-out is shared.
     Task<Silence> explainSilence(std::string name);
 
+    // This machine's interfaces as they were at the latest round of questions: one look for all who answer it.
+    [[nodiscard]] const HostInterfaces& interfaces() const { return latestLook; }
+
     // Names that another card answered, too, until now, each as a sentence that names the senders. Waits for nothing.
     std::vector<std::string> secondAnswers();
 
@@ -101,6 +105,7 @@ private:
     std::optional<TimePoint> explained; // until when it is looked what is where silent names were heard
     std::exception_ptr error;
     std::optional<Failure> notAsked; // why somebody was not
+    HostInterfaces latestLook;
     LastHeard lastHeard;
     bool isNews = false; // not saved yet
 };

@@ -58,6 +58,7 @@ Task<void> Lookup::askAll()
 
 Task<void> Lookup::askUnheard()
 {
+    latestLook = {};
     std::size_t inBurst = 0;
     for (Asked& one : asked) {
         if (inBurst == mostInBurst) {

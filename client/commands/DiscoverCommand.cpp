@@ -171,7 +171,7 @@ private:
             co_return;
         }
         findings.named.emplace_back(answer->interface, answer->address);
-        Result result = resultOf(cardAt(answer->address, answer->interface));
+        Result result = resultOf(cardAt(answer->address, answer->interface, lookup.interfaces()));
         result.add("name", name);
         print(context, result);
     }

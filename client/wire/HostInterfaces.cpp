@@ -2,11 +2,11 @@
 // SPDX-FileCopyrightText: The tarveld authors
 #include "client/wire/HostInterfaces.h"
 
+#include "client/model/Contains.h"
 #include "client/wire/Endpoint.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <functional>
 #include <ifaddrs.h>
 #include <memory>
 #include <net/if.h>
@@ -31,21 +31,9 @@ in_addr_t numberOf(const sockaddr* address)
     return reinterpret_cast<const sockaddr_in*>(address)->sin_addr.s_addr;
 }
 
-// Leaves out the loopback device and tunnels, behind which no card hears a broadcast.
-bool canBroadcastOnceUp(const ifaddrs& interface)
+in_addr_t numberOf(const std::string& address)
 {
-    return (interface.ifa_flags & IFF_BROADCAST) != 0 && interface.ifa_addr != nullptr &&
-           interface.ifa_addr->sa_family == AF_INET;
-}
-
-bool isUp(const ifaddrs& interface)
-{
-    return (interface.ifa_flags & IFF_UP) != 0;
-}
-
-bool canBroadcast(const ifaddrs& interface)
-{
-    return isUp(interface) && canBroadcastOnceUp(interface);
+    return socketAddress({address, 0}).sin_addr.s_addr;
 }
 
 // The list names a further address of an interface by a label of its own, if it has one: "eth0:1".
@@ -55,83 +43,121 @@ std::string nameOf(const ifaddrs& interface)
     return label.substr(0, label.find(':'));
 }
 
-in_addr_t numberOf(const std::string& address)
+void addOnce(std::vector<std::string>& names, const std::string& name)
 {
-    return socketAddress({address, 0}).sin_addr.s_addr;
-}
-
-bool reaches(const ifaddrs& interface, in_addr_t wanted)
-{
-    return isUp(interface) && interface.ifa_addr != nullptr && interface.ifa_addr->sa_family == AF_INET &&
-           interface.ifa_netmask != nullptr &&
-           ((numberOf(interface.ifa_addr) ^ wanted) & numberOf(interface.ifa_netmask)) == 0;
-}
-
-bool hasInterface(const std::function<bool(const ifaddrs&)>& isWanted)
-{
-    const InterfaceList list = listInterfaces();
-    for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
-        if (isWanted(*one)) {
-            return true;
-        }
+    if (!contains(names, name)) {
+        names.push_back(name);
     }
-    return false;
 }
 
-std::vector<std::string> namesOf(const std::function<bool(const ifaddrs&)>& isWanted)
+} // namespace
+
+HostInterfaces::HostInterfaces()
 {
     const InterfaceList list = listInterfaces();
-    std::vector<std::string> names;
     for (const ifaddrs* one = list.get(); one != nullptr; one = one->ifa_next) {
-        // The list has an interface once for each of its addresses.
-        if (isWanted(*one) && std::find(names.begin(), names.end(), nameOf(*one)) == names.end()) {
-            names.push_back(nameOf(*one));
+        if (one->ifa_addr == nullptr || one->ifa_addr->sa_family != AF_INET) {
+            continue;
+        }
+        const bool isUp = (one->ifa_flags & IFF_UP) != 0;
+        const bool hasBroadcast = (one->ifa_flags & IFF_BROADCAST) != 0;
+        const bool hasNetmask = one->ifa_netmask != nullptr;
+        entries.push_back({nameOf(*one), isUp, hasBroadcast, numberOf(one->ifa_addr),
+                           hasNetmask ? std::optional(numberOf(one->ifa_netmask)) : std::nullopt});
+    }
+}
+
+bool HostInterfaces::Entry::reaches(std::uint32_t wanted) const
+{
+    return isUp && netmask && ((address ^ wanted) & *netmask) == 0;
+}
+
+bool HostInterfaces::isOnLink(const std::string& interface, const std::string& address) const
+{
+    const in_addr_t wanted = numberOf(address);
+    return std::ranges::any_of(
+        entries, [&](const Entry& one) { return one.hasBroadcast && one.reaches(wanted) && one.name == interface; });
+}
+
+bool HostInterfaces::isOnLinkAnywhere(const std::string& address) const
+{
+    const in_addr_t wanted = numberOf(address);
+    return std::ranges::any_of(entries, [&](const Entry& one) { return one.hasBroadcast && one.reaches(wanted); });
+}
+
+bool HostInterfaces::isInNetworkOf(const std::string& interface, const std::string& address) const
+{
+    const in_addr_t wanted = numberOf(address);
+    return std::ranges::any_of(entries, [&](const Entry& one) { return one.reaches(wanted) && one.name == interface; });
+}
+
+bool HostInterfaces::isInAnyNetwork(const std::string& address) const
+{
+    const in_addr_t wanted = numberOf(address);
+    return std::ranges::any_of(entries, [&](const Entry& one) { return one.reaches(wanted); });
+}
+
+bool HostInterfaces::isOwnAddress(const std::string& address) const
+{
+    const in_addr_t wanted = numberOf(address);
+    return std::ranges::any_of(entries, [&](const Entry& one) { return one.address == wanted; });
+}
+
+std::vector<std::string> HostInterfaces::thatBroadcast() const
+{
+    std::vector<std::string> names;
+    for (const Entry& one : entries) {
+        if (one.isUp && one.hasBroadcast) {
+            addOnce(names, one.name);
         }
     }
     return names;
 }
 
-} // namespace
+std::vector<std::string> HostInterfaces::thatAreDown() const
+{
+    std::vector<std::string> names;
+    for (const Entry& one : entries) {
+        if (!one.isUp && one.hasBroadcast) {
+            addOnce(names, one.name);
+        }
+    }
+    return names;
+}
 
 std::vector<std::string> broadcastInterfaces()
 {
-    return namesOf(canBroadcast);
+    return HostInterfaces().thatBroadcast();
 }
 
 std::vector<std::string> interfacesThatAreDown()
 {
-    return namesOf([](const ifaddrs& one) { return !isUp(one) && canBroadcastOnceUp(one); });
+    return HostInterfaces().thatAreDown();
 }
 
 bool isOnLink(const std::string& interface, const std::string& address)
 {
-    return hasInterface([&](const ifaddrs& one) {
-        return interface == nameOf(one) && canBroadcast(one) && reaches(one, numberOf(address));
-    });
-}
-
-bool isInNetworkOf(const std::string& interface, const std::string& address)
-{
-    return hasInterface(
-        [&](const ifaddrs& one) { return interface == nameOf(one) && reaches(one, numberOf(address)); });
-}
-
-bool isInAnyNetwork(const std::string& address)
-{
-    return hasInterface([&](const ifaddrs& one) { return reaches(one, numberOf(address)); });
+    return HostInterfaces().isOnLink(interface, address);
 }
 
 bool isOnLinkAnywhere(const std::string& address)
 {
-    return hasInterface([&](const ifaddrs& one) { return canBroadcast(one) && reaches(one, numberOf(address)); });
+    return HostInterfaces().isOnLinkAnywhere(address);
+}
+
+bool isInNetworkOf(const std::string& interface, const std::string& address)
+{
+    return HostInterfaces().isInNetworkOf(interface, address);
+}
+
+bool isInAnyNetwork(const std::string& address)
+{
+    return HostInterfaces().isInAnyNetwork(address);
 }
 
 bool isOwnAddress(const std::string& address)
 {
-    return hasInterface([&](const ifaddrs& one) {
-        return one.ifa_addr != nullptr && one.ifa_addr->sa_family == AF_INET &&
-               numberOf(one.ifa_addr) == numberOf(address);
-    });
+    return HostInterfaces().isOwnAddress(address);
 }
 
 int bindToInterface(int socket, const std::string& interface)
