@@ -155,6 +155,15 @@ std::unique_ptr<Writer> writerOf(CommandLine& line)
                               [&](const std::vector<Result>& results) { return line.command->documentOf(results); });
 }
 
+// Also of a command that failed: what was lost may be why.
+void tellLosses(const Network& network, const Console& console)
+{
+    const std::optional<std::string> losses = network.losses();
+    if (losses) {
+        console.warning(*losses);
+    }
+}
+
 ExitCode runCommand(CommandLine& line)
 {
     const GlobalOptions& options = line.options;
@@ -172,7 +181,14 @@ ExitCode runCommand(CommandLine& line)
     const Inventory inventory = Inventory::load(options.groupsFile);
     Network network(loop, networkOptions(line, console), frameTrace(console));
     Context context{options, loop, console, *writer, network, inventory};
-    return line.command->run(context);
+    try {
+        const ExitCode code = line.command->run(context);
+        tellLosses(network, console);
+        return code;
+    } catch (...) {
+        tellLosses(network, console);
+        throw;
+    }
 }
 
 } // namespace

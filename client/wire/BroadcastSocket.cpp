@@ -4,6 +4,7 @@
 
 #include "client/wire/Endpoint.h"
 #include "client/wire/HostInterfaces.h"
+#include "client/wire/ReceiveBuffer.h"
 
 #include <array>
 #include <cerrno>
@@ -31,6 +32,7 @@ Descriptor openSocket(const std::string& name)
     if (!socket) {
         throw unusable(name, errno);
     }
+    enlargeReceiveBuffer(socket.get());
     const int on = 1;
     if (::setsockopt(socket.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == -1) {
         throw unusable(name, errno);
@@ -62,6 +64,13 @@ BroadcastSocket::BroadcastSocket(const Wire& newWire, std::string newInterface)
 {
     if (portOf(socket) == cardPort) { // the kernel may choose it, and every card would log each reply
         socket = openSocket(name);    // the first is still open meanwhile, so this one gets another
+    }
+}
+
+BroadcastSocket::~BroadcastSocket()
+{
+    if (socket) { // and was not handed on
+        wire->lost.add(socket.get());
     }
 }
 

@@ -27,6 +27,9 @@ public:
     // Throws a Failure: unreachable if there is no such interface, internal if this machine gives no socket for it. The
     // wire outlives the socket.
     BroadcastSocket(const Wire& newWire, std::string newInterface);
+    BroadcastSocket(BroadcastSocket&&) = default;
+    BroadcastSocket& operator=(BroadcastSocket&&) = delete;
+    ~BroadcastSocket(); // tells the wire what it lost
 
     // To all cards on the interface's network; false, with errno, if that is impossible. Throws NotSent for a request
     // that must not leave.

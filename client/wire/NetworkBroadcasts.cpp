@@ -126,8 +126,7 @@ std::optional<Failure> Network::leftOut() const
 
 bool Listening::takesOneMore(std::size_t sockets)
 {
-    constexpr std::size_t mostWaiting = 1000; // a socket's buffer of a usual size holds less than 300
-    return Clock::now() < end || ++late <= sockets * mostWaiting;
+    return Clock::now() < end || ++late <= sockets * mostDatagramsWaiting;
 }
 
 Task<std::optional<Datagram>> Network::receive(const std::vector<BroadcastSocket>& sockets, Listening& listening)

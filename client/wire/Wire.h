@@ -3,6 +3,7 @@
 #pragma once
 
 #include "client/engine/EventLoop.h"
+#include "client/wire/ReceiveBuffer.h"
 #include "client/wire/SendGate.h"
 
 #include <cstddef>
@@ -19,7 +20,8 @@ using FrameObserver = std::function<void(const std::string& peer, Direction, std
 struct Wire {
     EventLoop& loop;
     SendGate gate;
-    FrameObserver observer; // may be empty
+    FrameObserver observer;          // may be empty
+    mutable LostDatagrams lost = {}; // of the sockets that are closed
 
     void show(const std::string& peer, Direction direction, std::span<const std::byte> bytes) const
     {

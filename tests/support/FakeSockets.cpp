@@ -3,17 +3,23 @@
 // Sockets: the real call on the loopback device. What is sent to any other address is delivered to the same port on
 // the loopback address, so that a test can receive a broadcast and no test can send one; a connection likewise.
 
+#include "support/LossyKernel.h"
 #include "support/PortMapping.h"
 #include "support/Replaced.h"
 #include "support/SocketNames.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <array>
+#include <cstring>
+#include <linux/sock_diag.h>
 #include <sys/socket.h>
 
 namespace
 {
 
 const PortMapping* mapping = nullptr;
+const LossyKernel* lossy = nullptr;
 
 sockaddr_in onLoopback(const sockaddr_in& address)
 {
@@ -28,6 +34,15 @@ sockaddr_in onLoopback(const sockaddr_in& address)
 const sockaddr_in& inet(const sockaddr* address)
 {
     return *reinterpret_cast<const sockaddr_in*>(address); // the system has no other family
+}
+
+int tellLosses(void* value, socklen_t& length)
+{
+    std::array<std::uint32_t, SK_MEMINFO_VARS> numbers = {};
+    numbers.at(SK_MEMINFO_DROPS) = lossy->lost;
+    length = std::min(length, static_cast<socklen_t>(lossy->told * sizeof numbers.front()));
+    std::memcpy(value, numbers.data(), length);
+    return 0;
 }
 
 ssize_t receive(int descriptor, void* buffer, size_t size, int flags)
@@ -60,6 +75,16 @@ PortMapping::~PortMapping()
     mapping = nullptr;
 }
 
+LossyKernel::LossyKernel(std::uint32_t newLost, unsigned newTold) : lost(newLost), told(newTold)
+{
+    lossy = this;
+}
+
+LossyKernel::~LossyKernel()
+{
+    lossy = nullptr;
+}
+
 std::uint16_t PortMapping::actualOf(std::uint16_t port)
 {
     return mapping != nullptr && port == mapping->known ? mapping->actual : port;
@@ -79,6 +104,14 @@ extern "C" int fake_setsockopt(int descriptor, int level, int option, const void
 {
     return replaced("setsockopt", describeOption(level, option, value, length), -1,
                     [&] { return ::setsockopt(descriptor, level, option, value, length); });
+}
+
+extern "C" int fake_getsockopt(int descriptor, int level, int option, void* value, socklen_t* length)
+{
+    return replaced("getsockopt", std::to_string(level) + "/" + std::to_string(option), -1, [&] {
+        const bool isToldLosses = lossy != nullptr && level == SOL_SOCKET && option == SO_MEMINFO;
+        return isToldLosses ? tellLosses(value, *length) : ::getsockopt(descriptor, level, option, value, length);
+    });
 }
 
 extern "C" int fake_bind(int descriptor, const sockaddr* address, socklen_t length)
@@ -153,3 +186,4 @@ extern "C" int fake_inet_aton(const char* text, in_addr* address)
 
 // The other names of these calls.
 extern "C" [[gnu::alias("fake_setsockopt")]] int fake_setsockopt64(int, int level, int option, const void*, socklen_t);
+extern "C" [[gnu::alias("fake_getsockopt")]] int fake_getsockopt64(int, int level, int option, void*, socklen_t*);

@@ -18,12 +18,14 @@ struct Option {
     const char* name;
 };
 
-constexpr std::array<Option, 11> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
+constexpr std::array<Option, 13> options{{{SOL_SOCKET, SO_REUSEADDR, "SO_REUSEADDR"},
                                           {SOL_SOCKET, SO_BROADCAST, "SO_BROADCAST"},
                                           {SOL_SOCKET, SO_DONTROUTE, "SO_DONTROUTE"},
                                           {SOL_SOCKET, SO_KEEPALIVE, "SO_KEEPALIVE"},
                                           {SOL_SOCKET, SO_BINDTODEVICE, "SO_BINDTODEVICE"},
                                           {SOL_SOCKET, SO_RCVTIMEO, "SO_RCVTIMEO"},
+                                          {SOL_SOCKET, SO_RCVBUF, "SO_RCVBUF"},
+                                          {SOL_SOCKET, SO_RCVBUFFORCE, "SO_RCVBUFFORCE"},
                                           {IPPROTO_TCP, TCP_NODELAY, "TCP_NODELAY"},
                                           {IPPROTO_TCP, TCP_KEEPIDLE, "TCP_KEEPIDLE"},
                                           {IPPROTO_TCP, TCP_KEEPINTVL, "TCP_KEEPINTVL"},

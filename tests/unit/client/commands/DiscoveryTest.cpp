@@ -8,6 +8,7 @@
 #include "client/wire/Endpoint.h"
 #include "client/wire/Network.h"
 #include "support/FakeInterface.h"
+#include "support/LossyKernel.h"
 #include "support/PortMapping.h"
 #include "support/VirtualTime.h"
 
@@ -170,6 +171,42 @@ TEST_F(DiscoveryTest, LooksAtTheInterfacesAFewTimesForManyNames)
     EXPECT_EQ(run({"discover", "--names", "card[1-60]", "--expect", "60"}), 0) << err;
     EXPECT_TRUE(outHas("card60"));
     EXPECT_LT(callsTo("getifaddrs").size(), 20U);
+}
+
+// What is said of datagrams that did not fit, and how often.
+class LossTest : public ProgramFixture
+{
+protected:
+    [[nodiscard]] std::size_t warnings() const
+    {
+        std::size_t number = 0;
+        for (std::size_t at = err.find(warning); at != std::string::npos; at = err.find(warning, at + 1)) {
+            ++number;
+        }
+        return number;
+    }
+
+    const std::string warning = "warning: 7 datagrams were lost because a receive buffer was full";
+};
+
+TEST_F(LossTest, IsWarnedOfOnceBehindWhatWasHeard)
+{
+    const LossyKernel kernel(7);
+    EXPECT_EQ(run({"discover", "--timeout", "0.1"}), 0);
+    EXPECT_EQ(warnings(), 1U) << err;
+}
+
+TEST_F(LossTest, IsWarnedOfWhenACommandFails)
+{
+    const LossyKernel kernel(7);
+    EXPECT_EQ(runBare({"tarvelctl", "-i", "lo", "-i", "no-such-dev", "discover"}), 6);
+    EXPECT_EQ(warnings(), 1U) << err;
+}
+
+TEST_F(LossTest, IsNotWarnedOfWhenAllWasHeard)
+{
+    EXPECT_EQ(run({"discover", "--timeout", "0.1"}), 0);
+    EXPECT_FALSE(errHas("lost")) << err;
 }
 
 } // namespace
