@@ -2,6 +2,7 @@
 # SPDX-FileCopyrightText: The tarveld authors
 """What `logread` prints: the log and the daemon's output in one ring, of which the oldest lines fall out."""
 
+import os
 import threading
 from collections import deque
 from pathlib import Path
@@ -34,13 +35,13 @@ class Ring:
     def clear(self) -> None:
         """Empties it, as at a boot; what was printed until now is forgotten, too."""
         with self._lock:
-            self._console_read = self._console.stat().st_size if self._console.exists() else 0
+            self._console_read = self._console_size()
             self._lines.clear()
             self._size = 0
 
     def _take_console(self) -> None:
-        if not self._console.exists():
-            return
+        if self._console_size() == self._console_read:
+            return  # as nearly always: a look at the size costs a tenth of opening it
         with self._console.open("rb") as console:
             console.seek(self._console_read)
             printed = console.read()
@@ -48,6 +49,12 @@ class Ring:
         self._console_read += len(complete)
         for line in complete.splitlines(keepends=True):
             self._append(b"info tarveld: " + line)
+
+    def _console_size(self) -> int:
+        try:
+            return os.stat(self._console).st_size
+        except FileNotFoundError:
+            return 0
 
     def _append(self, line: bytes) -> None:
         self._lines.append(line)
