@@ -80,7 +80,21 @@ def _rescue(client: Client, fleet: Fleet, _: Path) -> Run:
     switches.introduce([card.place for card in fleet.cards], fleet.lan.plan)
     for card, address in zip(fleet.cards, fleet.addresses, strict=True):
         client.remember(f"ip-{card.name}", f"VemkEth1 Static ={address} ={fleet.netmask} - 1000000000\n")
-    return client.run("ip", "rescue", "--wait", _WAIT, targets=[card.name for card in fleet.cards])
+    return _together([_rescue_on(client, fleet, lan) for lan in range(fleet.lan.plan.lans)])
+
+
+def _rescue_on(client: Client, fleet: Fleet, lan: int) -> Run:
+    """Whoever knows where a card is asks there only: all cards of all networks would hear each broadcast otherwise."""
+    device = fleet.lan.plan.segments(lan)[0].client_device
+    names = [card.name for card in fleet.cards if card.place.lan == lan]
+    return client.run("-i", device, "ip", "rescue", "--wait", _WAIT, targets=names)
+
+
+def _together(runs: Sequence[Run]) -> Run:
+    """One after the other."""
+    results = [result for run in runs for result in run.results]
+    complaints = "".join(run.complaints for run in runs)
+    return Run(sum(run.seconds for run in runs), max(run.megabytes for run in runs), results, complaints)
 
 
 Job = Callable[[Client, Fleet, Path], Run]
