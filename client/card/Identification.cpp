@@ -12,6 +12,7 @@
 #include "client/wire/Phase.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fmt/core.h>
 #include <functional>
 #include <set>
@@ -73,12 +74,16 @@ Task<void> Identification::probe(std::vector<Identified>& cards, Lookup& lookup)
         questions = [&behindProbe] { return behindProbe.hearOut(); };
     }
     Census census;
+    const std::uint64_t lostBefore = network.lost().count();
     const std::optional<Failure> failure = co_await failureOf(census.take(network, questions));
     if (failure) {
         takeDeafness(cards, *failure);
     } else {
         hearAgain(cards, lookup, behindProbe);
         check(cards, census);
+        if (network.lost().count() > lostBefore) {
+            takeLoss(cards);
+        }
     }
     // Else one slow card would make all names old, which are then asked for again, and it again.
     const auto spent = Clock::now() - start;

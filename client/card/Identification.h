@@ -77,6 +77,7 @@ private:
     void object(Identified& card, std::string why) const;
     Task<void> probe(std::vector<Identified>& cards, Lookup& lookup) const;
     void takeDeafness(std::vector<Identified>& cards, const Failure& why) const;
+    static void takeLoss(std::vector<Identified>& cards);
 
     Network& network;
     Way way;

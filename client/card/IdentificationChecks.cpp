@@ -90,3 +90,13 @@ void Identification::check(std::vector<Identified>& cards, const Census& census)
     }
     markTwice(cards);
 }
+
+// One of them may have been a second card's.
+void Identification::takeLoss(std::vector<Identified>& cards)
+{
+    for (Identified& card : cards) {
+        if (std::exchange(card.checked, false)) {
+            card.warnings.emplace_back("whether two cards share its address was not checked: answers were lost");
+        }
+    }
+}

@@ -158,7 +158,7 @@ std::unique_ptr<Writer> writerOf(CommandLine& line)
 // Also of a command that failed: what was lost may be why.
 void tellLosses(const Network& network, const Console& console)
 {
-    const std::optional<std::string> losses = network.losses();
+    const std::optional<std::string> losses = network.lost().describe();
     if (losses) {
         console.warning(*losses);
     }

@@ -8,6 +8,7 @@
 #include "client/engine/EventLoop.h"
 #include "client/wire/Network.h"
 #include "support/FakeInterface.h"
+#include "support/LossyKernel.h"
 
 #include <cerrno>
 #include <chrono>
@@ -62,6 +63,16 @@ TEST_F(SlowCardTest, IsWaitedForBehindTheProbe)
     EXPECT_TRUE(one.checked);
     EXPECT_EQ(card.texts(probe).size(), 1U);
     EXPECT_EQ(card.texts(ipGet).size(), 2U);
+}
+
+TEST_F(SlowCardTest, IsNotCheckedIfAnswersToTheProbeWereLost)
+{
+    const LossyKernel kernel(1);
+    const Identified one = identified();
+    EXPECT_FALSE(one.refusal);
+    EXPECT_FALSE(one.checked);
+    EXPECT_EQ(one.warnings,
+              std::vector<std::string>{"whether two cards share its address was not checked: answers were lost"});
 }
 
 TEST_F(SlowCardTest, IsRefusedIfAnotherAnswersTheProbeFromItsAddress)
