@@ -80,7 +80,7 @@ def _rescue(client: Client, fleet: Fleet, _: Path) -> Run:
     switches.introduce([card.place for card in fleet.cards], fleet.lan.plan)
     for card, address in zip(fleet.cards, fleet.addresses, strict=True):
         client.remember(f"ip-{card.name}", f"VemkEth1 Static ={address} ={fleet.netmask} - 1000000000\n")
-    return _together([_rescue_on(client, fleet, lan) for lan in range(fleet.lan.plan.lans)])
+    return _together([_rescue_on(client, fleet, lan) for lan in sorted({card.place.lan for card in fleet.cards})])
 
 
 def _rescue_on(client: Client, fleet: Fleet, lan: int) -> Run:

@@ -10,7 +10,7 @@ from pathlib import Path
 import pytest
 
 ROOT = Path(__file__).resolve().parents[2]
-CARDS, LANS = 3, 2
+CARDS, LANS = 5, 4  # two on each, so that the last has none
 FOUND = {"discover": 2 * CARDS, "versions by address": CARDS, "firmware upload of 1 MB": CARDS, "ip rescue": CARDS}
 
 
