@@ -118,6 +118,12 @@ def test_a_roll_out_that_does_not_stop_ends_the_tour(site: Site) -> None:
         Rollout(site).stop_at_broken_card()
 
 
+def test_a_roll_out_that_stops_too_early_ends_the_tour(site: Site) -> None:
+    site.cards[0].inside.fail("fwupgrade")
+    with pytest.raises(DemoError, match="card2 was not reached: an earlier card has failed"):
+        Rollout(site).stop_at_broken_card()
+
+
 def test_a_roll_out_that_cannot_go_on_ends_the_tour(site: Site) -> None:
     site.cards[0].inside.fail("fwupgrade")
     with pytest.raises(ProgramError, match="ended with 2 instead of 0"):
@@ -129,10 +135,12 @@ def test_hosts_that_fared_alike_are_one_line() -> None:
     lines = [
         *("PLAY [all] *****", "", "TASK [Install] ***", "changed: [card10 -> localhost]", "changed: [card9]"),
         'fatal: [card3 -> localhost]: FAILED! => {"changed": false, "msg": "card3: silent"}',
+        'fatal: [card4]: FAILED! => {"changed": false}',
         *("TASK [Look] ***", *many, "PLAY RECAP ***", "card1 : ok=2"),
     ]
     assert folded(lines) == [
-        *("PLAY [all]", "TASK [Install]", "fatal: card3: silent", "changed: card9, card10"),
+        *("PLAY [all]", "TASK [Install]", "fatal: card3: silent", "fatal: card4: no reason told"),
+        "changed: card9, card10",
         *("TASK [Look]", "ok: 7 cards"),
     ]
 
@@ -150,6 +158,12 @@ def test_missing_programs_are_named_with_their_packages_before_anything_starts(t
     assert "prometheus-node-exporter (Debian package prometheus-node-exporter)" in told.stderr
     assert "ansible-playbook (Debian package ansible-core)" in told.stderr
     assert "tshark (" not in told.stderr
+
+
+def test_what_is_no_daemon_is_named_before_anything_starts(tmp_path: Path) -> None:
+    done = run(str(ROOT / "scripts/demo"), TARVELD=f"qemu-ppc {tmp_path}")
+    assert (done.returncode, done.stdout) == (1, "")
+    assert done.stderr == f'scripts/demo: TARVELD is "qemu-ppc {tmp_path}", which is no program\n'
 
 
 @pytest.mark.parametrize("words", [["fleet", "--cards", "2"], ["fleets"], ["fleet", "--card"]])

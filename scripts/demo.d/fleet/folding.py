@@ -34,5 +34,5 @@ def _summed(hosts: dict[str, list[str]]) -> Iterator[str]:
 
 
 def _reason(host: str, result: str | None) -> str:
-    message: str = json.loads(result)["msg"] if result else "no reason told"
+    message: str = json.loads(result or "{}").get("msg", "no reason told")
     return message if message.startswith(host) else f"{host}: {message}"

@@ -27,7 +27,7 @@ class Rollout:
     def __init__(self, site: Site) -> None:
         self._site = site
         self._names = {card.name for card in site.cards}
-        self._broken = site.cards[1]  # in the second wave, which is the first of several cards
+        self._broken = site.cards[1]  # behind the first, which is a wave of its own
         archive = pack_firmware(site.folder, {"kernel": _KERNEL})
         self._write("site.cards.yml", {"plugin": "tarvel.cards.discover", "groups_file": GROUPS, "interfaces": [DEVICE]})
         self._write(
@@ -63,8 +63,9 @@ class Rollout:
         self._broken.inside.fail("fwupgrade")
         say(f"One card at first, then a tenth of them, then all. Nobody knows that on {self._broken.name} no upgrade works.")
         played = self._play(_STOPPED)
-        broken = played[_INSTALL, self._broken.name]
         reached = played.hosts(_INSTALL)
+        check(self._broken.name in reached, f"{self._broken.name} was not reached: an earlier card has failed")
+        broken = played[_INSTALL, self._broken.name]
         check(broken.get("rc") == _VERIFICATION_FAILED, f"{self._broken.name} has not failed as it should: {broken}")
         check(reached < self._names, "the roll-out has not stopped: no card is left")
         done = self._done()
