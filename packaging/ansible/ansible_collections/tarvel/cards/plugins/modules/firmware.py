@@ -32,6 +32,7 @@ options:
     description:
       - A public key, on the host that runs the task. An archive that its holder has not signed is refused before any card
         is asked, as a card of the hardened build refuses it; also in check mode, and if the card has the versions already.
+      - The archive is read again to be sent, so nobody else may replace it while the task runs.
       - On that host C(usign) has to be installed, or Debian's C(signify-openbsd), which checks the signature.
     type: path
   state:
