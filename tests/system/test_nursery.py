@@ -17,6 +17,7 @@ def parent_of(card: Card) -> int:
 
 
 def descriptors_of_daemon(card: Card) -> int:
+    """How many it has, once it waits for clients: it takes no more then, and gives none back."""
     assert card.daemon.pid is not None
     return len(descriptors(card.daemon.pid))
 
