@@ -60,7 +60,7 @@ std::uint16_t portOf(const Descriptor& socket)
 } // namespace
 
 BroadcastSocket::BroadcastSocket(const Wire& newWire, std::string newInterface)
-    : wire(&newWire), name(std::move(newInterface)), socket(openSocket(name))
+    : wire(&newWire), lost(newWire.lost), name(std::move(newInterface)), socket(openSocket(name))
 {
     if (portOf(socket) == cardPort) { // the kernel may choose it, and every card would log each reply
         socket = openSocket(name);    // the first is still open meanwhile, so this one gets another
@@ -70,7 +70,7 @@ BroadcastSocket::BroadcastSocket(const Wire& newWire, std::string newInterface)
 BroadcastSocket::~BroadcastSocket()
 {
     if (socket) { // and was not handed on
-        wire->lost.add(socket.get());
+        lost->add(socket.get());
     }
 }
 

@@ -7,6 +7,7 @@
 #include "client/wire/Wire.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,11 +26,11 @@ class BroadcastSocket
 {
 public:
     // Throws a Failure: unreachable if there is no such interface, internal if this machine gives no socket for it. The
-    // wire outlives the socket.
+    // wire outlives the socket, but for its end.
     BroadcastSocket(const Wire& newWire, std::string newInterface);
     BroadcastSocket(BroadcastSocket&&) = default;
     BroadcastSocket& operator=(BroadcastSocket&&) = delete;
-    ~BroadcastSocket(); // tells the wire what it lost
+    ~BroadcastSocket(); // adds what it lost to what the wire tells
 
     // To all cards on the interface's network; false, with errno, if that is impossible. Throws NotSent for a request
     // that must not leave.
@@ -41,6 +42,7 @@ public:
 
 private:
     const Wire* wire;
+    std::shared_ptr<LostDatagrams> lost;
     std::string name;
     Descriptor socket;
 };

@@ -127,7 +127,7 @@ public:
     // Did the user say on which interfaces to broadcast?
     [[nodiscard]] bool isToldInterfaces() const { return !options.interfaces.empty(); }
     // What was lost by sockets that are closed by now, because more came than they held.
-    [[nodiscard]] const LostDatagrams& lost() const { return wire.lost; }
+    [[nodiscard]] const LostDatagrams& lost() const { return *wire.lost; }
     // May something be sent for its own sake? Not in a dry run.
     [[nodiscard]] bool admitsProbes() const { return wire.gate.admitsProbes(); }
     // When a step that begins now must have ended.

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -20,8 +21,9 @@ using FrameObserver = std::function<void(const std::string& peer, Direction, std
 struct Wire {
     EventLoop& loop;
     SendGate gate;
-    FrameObserver observer;          // may be empty
-    mutable LostDatagrams lost = {}; // of the sockets that are closed
+    FrameObserver observer; // may be empty
+    // Of the sockets that are closed, of which some close when this is gone.
+    std::shared_ptr<LostDatagrams> lost = std::make_shared<LostDatagrams>();
 
     void show(const std::string& peer, Direction direction, std::span<const std::byte> bytes) const
     {

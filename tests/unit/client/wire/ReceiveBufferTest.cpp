@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <linux/sock_diag.h>
+#include <memory>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -159,6 +160,19 @@ TEST_F(ReceiveBufferTest, NamesTheRemedyOnlyWhereItIsOne)
     if (hasWhatIsWanted(probed.get())) {
         EXPECT_TRUE(losses().value_or("").ends_with("may be missing")) << *losses();
     }
+}
+
+TEST_F(ReceiveBufferTest, CountsWhatASocketLostThatOutlivesItsWire)
+{
+    const LossyKernel kernel(7);
+    EventLoop loop;
+    auto wire = std::make_unique<Wire>(Wire{loop, SendGate(), {}});
+    const std::shared_ptr<LostDatagrams> lost = wire->lost;
+    std::optional<BroadcastSocket> socket(std::in_place, *wire, "lo");
+    wire.reset();
+    EXPECT_EQ(lost->count(), 0U);
+    socket.reset();
+    EXPECT_EQ(lost->count(), 7U);
 }
 
 TEST_F(ReceiveBufferTest, TellsNothingWhereTheKernelDoesNot)
