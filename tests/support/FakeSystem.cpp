@@ -56,9 +56,11 @@ std::optional<Redirection> redirectionOf(std::string_view command)
     return Redirection{std::string(behind.substr(start)), append};
 }
 
+// What a peer writes into a setting is part of a command, too, and may name any file: nothing is written to that.
 void deliver(const FakeSystem::Answer& answer, const std::string& command)
 {
-    if (const auto target = redirectionOf(command)) {
+    const auto target = redirectionOf(command);
+    if (target && isSandboxed(target->file.c_str())) {
         const auto mode = target->append ? std::ios::app : std::ios::trunc;
         std::ofstream(sandboxed(target->file.c_str()), std::ios::out | mode) << answer.output;
     }

@@ -117,14 +117,18 @@ void Sandbox::makeDirectory(std::string_view name) const
     std::filesystem::create_directories(path(name));
 }
 
+bool isSandboxed(const char* name)
+{
+    return current != nullptr ? current->holds(current->path(name)) : *name != '/';
+}
+
 std::string sandboxed(const char* name)
 {
-    const std::string path = current != nullptr ? current->path(name) : name;
-    if (current == nullptr ? path.starts_with('/') : !current->holds(path)) {
+    if (!isSandboxed(name)) {
         std::fprintf(stderr, "%s would be touched on this machine: %s\n", name,
                      current == nullptr ? "the test has no sandbox (use SystemTest)"
                                         : "it is in no folder of the card");
         std::abort();
     }
-    return path;
+    return current != nullptr ? current->path(name) : name;
 }

@@ -36,3 +36,6 @@ private:
 // For the fakes: the name to use instead of `name`. Ends the process if that is none in the sandbox of a test, because
 // then the call would reach this machine; relative names stay as they are.
 std::string sandboxed(const char* name);
+
+// Does the name lead to where a test may write?
+bool isSandboxed(const char* name);
