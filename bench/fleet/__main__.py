@@ -38,7 +38,9 @@ def _start(lan: Lan, count: int) -> Fleet:
     return Fleet(lan, cards)
 
 
-def _measure(names: list[str], cards: Fleet) -> None:
+def _measure(names: list[str], cards: Fleet) -> bool:
+    """Whether all cards took part in all of it; how long that took is not judged."""
+    is_whole = True
     with tempfile.TemporaryDirectory() as folder:
         client = Client(Path(folder))
         for name in names:
@@ -48,6 +50,8 @@ def _measure(names: list[str], cards: Fleet) -> None:
             _tell(what, f"{good}, client {run.megabytes:.0f} MB")
             for line in run.complaints.splitlines()[:3]:
                 _tell("", line)
+            is_whole = is_whole and run.is_whole
+    return is_whole
 
 
 def _parsed() -> argparse.Namespace:
@@ -69,8 +73,7 @@ def main() -> int:
     if "TARVEL_LAN" not in os.environ:
         return run_in_lan([namespaces.PYTHON, *sys.argv], Plan.for_fleet(arguments.cards, arguments.lans))
     cards = _start(Lan.current(), arguments.cards)
-    _measure([job for job in arguments.jobs or JOBS if job != "start"], cards)
-    return 0
+    return 0 if _measure([job for job in arguments.jobs or JOBS if job != "start"], cards) else 1
 
 
 if __name__ == "__main__":

@@ -29,6 +29,10 @@ class Run:
     def good(self) -> int:
         return sum(1 for result in self.results if result["ok"])
 
+    @property
+    def is_whole(self) -> bool:
+        return self.good == len(self.results) > 0 and not self.complaints
+
 
 class Client:
     """With a configuration and a state of its own."""

@@ -96,6 +96,11 @@ long_system_tests() {
     on_lans "$1" -m long tests/system
 }
 
+# Fails if a card does not take part; the seconds are printed.
+thousand_cards() {
+    scripts/bench --fleet | sed 's/^/note: /'
+}
+
 # As people build them, and installed in a Debian of their own.
 packages_in_debian() {
     scripts/package

@@ -14,12 +14,16 @@ CARDS, LANS = 5, 4  # two on each, so that the last has none
 FOUND = {"discover": 2 * CARDS, "versions by address": CARDS, "firmware upload of 1 MB": CARDS, "ip rescue": CARDS}
 
 
+def bench(*words: str, **more: str) -> "subprocess.CompletedProcess[str]":
+    command = ["/usr/bin/python3", str(ROOT / "bench/fleet"), *words]
+    environment = {name: value for name, value in os.environ.items() if name != "TARVEL_LAN"} | more
+    return subprocess.run(command, env=environment, capture_output=True, text=True, timeout=500, check=False)
+
+
 @pytest.fixture(scope="module")
 def printed() -> dict[str, str]:
     """What is told of each thing."""
-    command = ["/usr/bin/python3", str(ROOT / "bench/fleet"), "--cards", str(CARDS), "--lans", str(LANS)]
-    environment = {name: value for name, value in os.environ.items() if name != "TARVEL_LAN"}
-    done = subprocess.run(command, env=environment, capture_output=True, text=True, timeout=500, check=False)
+    done = bench("--cards", str(CARDS), "--lans", str(LANS))
     assert done.returncode == 0, done.stderr
     return {what.strip(): told.strip() for what, _, told in (line.partition(":") for line in done.stdout.splitlines())}
 
@@ -41,3 +45,13 @@ def test_memory_is_that_of_all_processes(printed: dict[str, str]) -> None:
     total = megabytes.pop("memory of their processes (PSS)")
     assert sum(megabytes.values()) == total > 0
     assert "daemons" in megabytes
+
+
+@pytest.mark.parametrize(("ok", "complaint", "status"), [("true", "", 0), ("false", "", 1), ("true", "echo lost >&2;", 1)])
+def test_a_card_that_does_not_take_part_is_a_failure(tmp_path: Path, ok: str, complaint: str, status: int) -> None:
+    client = tmp_path / "tarvelctl"
+    client.write_text(f"""#!/bin/sh\n{complaint} cat >/dev/null; echo '{{"results": [{{"ok": {ok}}}]}}'\n""")
+    client.chmod(0o755)
+    done = bench("--cards", "1", "--lans", "1", "versions", TARVELD_BUILD=str(tmp_path))
+    assert done.returncode == status, done.stderr
+    assert f"{1 if ok == 'true' else 0} of 1 succeeded" in done.stdout
