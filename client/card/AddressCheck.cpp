@@ -19,10 +19,10 @@ constexpr Seconds patience{1}; // chosen: a host tells its link-layer address wi
 
 Task<AddressFinding> AddressCheck::look(std::string card, std::string address, std::vector<std::string> present) const
 {
-    if (isOwnAddress(address)) {
+    if (HostInterfaces().isOwnAddress(address)) {
         co_return AddressFinding{"in use", fmt::format("{} is this machine's own address", address)};
     }
-    if (!isOnLinkAnywhere(address)) {
+    if (!HostInterfaces().isOnLinkAnywhere(address)) {
         co_return AddressFinding{
             "not checked",
             fmt::format("{} is in none of this machine's networks, so whether it is free was not checked", address)};

@@ -52,7 +52,10 @@ Failure severalNames(const std::string& doubt)
 Task<std::optional<CardReply>> confirmNote(Network& network, Target target)
 {
     const std::string& noted = target.endpoint->address;
-    const auto leadsThere = [&](const BroadcastSocket& socket) { return isInNetworkOf(socket.interface(), noted); };
+    const HostInterfaces here;
+    const auto leadsThere = [&](const BroadcastSocket& socket) {
+        return here.isInNetworkOf(socket.interface(), noted);
+    };
     if (std::ranges::none_of(network.openInterfaces(), leadsThere)) {
         co_return std::nullopt;
     }

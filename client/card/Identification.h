@@ -58,7 +58,7 @@ public:
     // is refused.
     void compare(std::vector<Identified>& cards) const;
     // The answers to the name of a card, of which there are some.
-    void hear(Identified& card, std::vector<CardReply> answers, const HostInterfaces& here = {}) const;
+    void hear(Identified& card, std::vector<CardReply> answers, const HostInterfaces& here) const;
     // An address that may be that of two cards is refused, and any other is reached where it answered.
     void check(std::vector<Identified>& cards, const Census& census) const;
     // What slow cards, who were asked again behind the probe, answered beside the first time: whoever did is slow no

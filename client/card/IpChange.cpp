@@ -23,8 +23,9 @@ constexpr Seconds shortestRollback{30}; // who gives up too early leaves a card 
 
 bool isOnLinkHere(const std::vector<BroadcastSocket>& sockets, const std::optional<std::string>& address)
 {
+    const HostInterfaces here;
     return address && std::ranges::any_of(sockets, [&](const BroadcastSocket& socket) {
-               return isOnLink(socket.interface(), *address);
+               return here.isOnLink(socket.interface(), *address);
            });
 }
 
@@ -89,7 +90,7 @@ Task<bool> IpChange::send(InterfaceConfig wanted, std::string interface, Seconds
 // Who asks for it when it is silent is told where it was reached last, and not where it was before the change.
 void IpChange::remember(const CardIp& answer)
 {
-    if (isInNetworkOf(answer.interface, answer.address)) {
+    if (HostInterfaces().isInNetworkOf(answer.interface, answer.address)) {
         lastHeard.note(card, {answer.address, secondsNow(), answer.interface});
     }
 }

@@ -143,8 +143,9 @@ std::string Lookup::interfaceOf(const LastHeard::Hearing& hearing) const
     if (!hearing.interface.empty()) {
         return hearing.interface;
     }
+    const HostInterfaces here;
     const auto isMeant = [&](const BroadcastSocket& socket) {
-        return isInNetworkOf(socket.interface(), hearing.address);
+        return here.isInNetworkOf(socket.interface(), hearing.address);
     };
     const auto found = std::ranges::find_if(sockets, isMeant);
     return std::ranges::count_if(sockets, isMeant) == 1 ? found->interface() : "";

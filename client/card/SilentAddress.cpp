@@ -71,13 +71,14 @@ Task<std::string> whatIsAt(Network& network, Endpoint endpoint, Asking asking, T
     if (!network.admitsProbes()) {
         co_return "was not looked at";
     }
-    if (!isInAnyNetwork(endpoint.address)) {
+    const HostInterfaces here;
+    if (!here.isInAnyNetwork(endpoint.address)) {
         co_return "is in none of this machine's networks now";
     }
     if (endpoint.interface.empty()) {
         co_return "was not looked at: on which network it was heard is not known";
     }
-    if (!isInNetworkOf(endpoint.interface, endpoint.address)) {
+    if (!here.isInNetworkOf(endpoint.interface, endpoint.address)) {
         co_return fmt::format("was not looked at: it is in no network of {} now", endpoint.interface);
     }
     if (Clock::now() >= deadline) {

@@ -32,7 +32,7 @@ Failure needsForce(const std::string& card, const std::string& address)
 // An address that this machine has no way to is none that works.
 std::optional<std::string> workingAddress(const Target& target)
 {
-    const bool works = target.heard && isOnLink(target.heard->interface, target.heard->address);
+    const bool works = target.heard && HostInterfaces().isOnLink(target.heard->interface, target.heard->address);
     return works ? std::optional(target.heard->address) : std::nullopt;
 }
 

@@ -43,13 +43,6 @@ std::string nameOf(const ifaddrs& interface)
     return label.substr(0, label.find(':'));
 }
 
-void addOnce(std::vector<std::string>& names, const std::string& name)
-{
-    if (!contains(names, name)) {
-        names.push_back(name);
-    }
-}
-
 } // namespace
 
 HostInterfaces::HostInterfaces()
@@ -105,59 +98,24 @@ bool HostInterfaces::isOwnAddress(const std::string& address) const
 
 std::vector<std::string> HostInterfaces::thatBroadcast() const
 {
-    std::vector<std::string> names;
-    for (const Entry& one : entries) {
-        if (one.isUp && one.hasBroadcast) {
-            addOnce(names, one.name);
-        }
-    }
-    return names;
+    return namesOf(true);
 }
 
 std::vector<std::string> HostInterfaces::thatAreDown() const
 {
+    return namesOf(false);
+}
+
+// Of those behind which cards may hear a broadcast, or could.
+std::vector<std::string> HostInterfaces::namesOf(bool thatAreUp) const
+{
     std::vector<std::string> names;
     for (const Entry& one : entries) {
-        if (!one.isUp && one.hasBroadcast) {
-            addOnce(names, one.name);
+        if (one.hasBroadcast && one.isUp == thatAreUp && !contains(names, one.name)) {
+            names.push_back(one.name);
         }
     }
     return names;
-}
-
-std::vector<std::string> broadcastInterfaces()
-{
-    return HostInterfaces().thatBroadcast();
-}
-
-std::vector<std::string> interfacesThatAreDown()
-{
-    return HostInterfaces().thatAreDown();
-}
-
-bool isOnLink(const std::string& interface, const std::string& address)
-{
-    return HostInterfaces().isOnLink(interface, address);
-}
-
-bool isOnLinkAnywhere(const std::string& address)
-{
-    return HostInterfaces().isOnLinkAnywhere(address);
-}
-
-bool isInNetworkOf(const std::string& interface, const std::string& address)
-{
-    return HostInterfaces().isInNetworkOf(interface, address);
-}
-
-bool isInAnyNetwork(const std::string& address)
-{
-    return HostInterfaces().isInAnyNetwork(address);
-}
-
-bool isOwnAddress(const std::string& address)
-{
-    return HostInterfaces().isOwnAddress(address);
 }
 
 int bindToInterface(int socket, const std::string& interface)

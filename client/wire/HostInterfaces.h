@@ -43,17 +43,10 @@ private:
         [[nodiscard]] bool reaches(std::uint32_t wanted) const;
     };
 
+    [[nodiscard]] std::vector<std::string> namesOf(bool thatAreUp) const;
+
     std::vector<Entry> entries;
 };
-
-// The same with a look of their own.
-[[nodiscard]] std::vector<std::string> broadcastInterfaces();
-[[nodiscard]] std::vector<std::string> interfacesThatAreDown();
-[[nodiscard]] bool isOnLink(const std::string& interface, const std::string& address);
-[[nodiscard]] bool isOnLinkAnywhere(const std::string& address);
-[[nodiscard]] bool isInNetworkOf(const std::string& interface, const std::string& address);
-[[nodiscard]] bool isInAnyNetwork(const std::string& address);
-[[nodiscard]] bool isOwnAddress(const std::string& address);
 
 // Lets a socket send and receive on that interface only, whatever the routes say; an errno, or 0.
 [[nodiscard]] int bindToInterface(int socket, const std::string& interface);

@@ -142,7 +142,8 @@ Task<Entry> watchTable(const Wire& wire, in_addr address, State enough, TimePoin
 // The link-layer addresses of those that answer in time.
 Task<std::set<std::string>> linkAddressesOf(const Wire& wire, std::vector<std::string> addresses, TimePoint deadline)
 {
-    std::erase_if(addresses, [](const std::string& address) { return !isOnLinkAnywhere(address); });
+    const HostInterfaces here;
+    std::erase_if(addresses, [&](const std::string& address) { return !here.isOnLinkAnywhere(address); });
     for (const std::string& address : addresses) {
         sendNothing(socketAddress({address, discardPort}));
     }
@@ -182,7 +183,7 @@ Neighbour neighbourIn(const Entry& entry, bool isKnown)
 Task<Neighbour> seekNeighbour(const Wire& wire, std::string address, std::vector<std::string> besides, Seconds time)
 {
     // Behind a router the kernel would look for the router, and find it.
-    if (!wire.gate.admitsProbes() || !isOnLinkAnywhere(address)) {
+    if (!wire.gate.admitsProbes() || !HostInterfaces().isOnLinkAnywhere(address)) {
         co_return unknown("it is in none of this machine's networks, or nothing may be sent");
     }
     const std::set<std::string> known = co_await linkAddressesOf(wire, std::move(besides), after(time));

@@ -57,7 +57,7 @@ std::vector<BroadcastSocket> Network::openAll() const
     Failure failure{ExitCode::unreachable, Category::noInterface, "opening a socket",
                     "no interface of this host is up and able to broadcast"};
     std::vector<BroadcastSocket> sockets;
-    for (const std::string& name : broadcastInterfaces()) {
+    for (const std::string& name : HostInterfaces().thatBroadcast()) {
         try {
             sockets.emplace_back(wire, name);
         } catch (const Failure& why) {
@@ -117,7 +117,8 @@ std::optional<Failure> Network::broadcast(const std::vector<BroadcastSocket>& so
 
 std::optional<Failure> Network::leftOut() const
 {
-    const std::vector<std::string> down = isToldInterfaces() ? std::vector<std::string>() : interfacesThatAreDown();
+    const std::vector<std::string> down =
+        isToldInterfaces() ? std::vector<std::string>() : HostInterfaces().thatAreDown();
     if (down.empty()) {
         return std::nullopt;
     }

@@ -210,11 +210,11 @@ TEST_F(IdentificationTest, TellsOfTwoCardsOfOneNameBeforeAnAddressThatIsMissing)
     const CardReply one{.reply = {}, .address = "0.0.0.0", .interface = "lan0"};
     Identified card = unheard("card1", "");
     card.target.endpoint.reset();
-    Identification(network, Way::overTcp, {}).hear(card, {one});
+    Identification(network, Way::overTcp, {}).hear(card, {one}, HostInterfaces());
     ASSERT_TRUE(card.refusal);
     EXPECT_EQ(card.refusal->code, ExitCode::unreachable);
     card.refusal.reset();
-    Identification(network, Way::overTcp, {}).hear(card, {one, one});
+    Identification(network, Way::overTcp, {}).hear(card, {one, one}, HostInterfaces());
     ASSERT_TRUE(card.refusal);
     EXPECT_EQ(card.refusal->code, ExitCode::ambiguous);
 }

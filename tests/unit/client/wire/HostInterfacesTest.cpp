@@ -19,68 +19,70 @@ protected:
 
 TEST_F(HostInterfacesTest, TheLoopbackDeviceHasANetworkAndIsNoLink)
 {
-    EXPECT_TRUE(isInNetworkOf("lo", "127.0.0.1"));
-    EXPECT_TRUE(isInNetworkOf("lo", "127.200.0.9"));
-    EXPECT_FALSE(isOnLink("lo", "127.0.0.1"));
-    EXPECT_FALSE(isOnLinkAnywhere("127.0.0.1"));
+    EXPECT_TRUE(HostInterfaces().isInNetworkOf("lo", "127.0.0.1"));
+    EXPECT_TRUE(HostInterfaces().isInNetworkOf("lo", "127.200.0.9"));
+    EXPECT_FALSE(HostInterfaces().isOnLink("lo", "127.0.0.1"));
+    EXPECT_FALSE(HostInterfaces().isOnLinkAnywhere("127.0.0.1"));
 }
 
 TEST_F(HostInterfacesTest, TheNetworkOfAnInterfaceIsThatOfItsAddressAndNetmask)
 {
-    for (const auto& isIn : {isInNetworkOf, isOnLink}) {
-        EXPECT_TRUE(isIn("lan0", "192.0.2.1"));
-        EXPECT_TRUE(isIn("lan0", "192.0.2.255"));
-        EXPECT_FALSE(isIn("lan0", "192.0.3.1"));
-        EXPECT_FALSE(isIn("lan0", "0.0.0.0"));
+    const HostInterfaces here;
+    for (const auto isIn : {&HostInterfaces::isInNetworkOf, &HostInterfaces::isOnLink}) {
+        EXPECT_TRUE((here.*isIn)("lan0", "192.0.2.1"));
+        EXPECT_TRUE((here.*isIn)("lan0", "192.0.2.255"));
+        EXPECT_FALSE((here.*isIn)("lan0", "192.0.3.1"));
+        EXPECT_FALSE((here.*isIn)("lan0", "0.0.0.0"));
     }
-    EXPECT_TRUE(isOnLinkAnywhere("192.0.2.7"));
-    EXPECT_FALSE(isOnLinkAnywhere("192.0.3.7"));
+    EXPECT_TRUE(HostInterfaces().isOnLinkAnywhere("192.0.2.7"));
+    EXPECT_FALSE(HostInterfaces().isOnLinkAnywhere("192.0.3.7"));
 }
 
 TEST_F(HostInterfacesTest, AnAddressIsOnlyInTheNetworkOfTheInterfaceThatIsAskedFor)
 {
-    for (const auto& isIn : {isInNetworkOf, isOnLink}) {
-        EXPECT_FALSE(isIn("lo", "192.0.2.7"));
-        EXPECT_FALSE(isIn("lan0", "127.0.0.1"));
-        EXPECT_FALSE(isIn("lan", "192.0.2.7"));
-        EXPECT_FALSE(isIn("", "192.0.2.7"));
+    const HostInterfaces here;
+    for (const auto isIn : {&HostInterfaces::isInNetworkOf, &HostInterfaces::isOnLink}) {
+        EXPECT_FALSE((here.*isIn)("lo", "192.0.2.7"));
+        EXPECT_FALSE((here.*isIn)("lan0", "127.0.0.1"));
+        EXPECT_FALSE((here.*isIn)("lan", "192.0.2.7"));
+        EXPECT_FALSE((here.*isIn)("", "192.0.2.7"));
     }
 }
 
 TEST_F(HostInterfacesTest, AFurtherAddressBelongsToTheInterfaceThatItsLabelBeginsWith)
 {
     const FakeInterface labelled("eth0:1", "198.51.100.1", "255.255.255.0");
-    EXPECT_EQ(broadcastInterfaces(), Texts{"eth0"});
-    EXPECT_TRUE(isInNetworkOf("eth0", "198.51.100.7"));
-    EXPECT_TRUE(isOnLink("eth0", "198.51.100.7"));
+    EXPECT_EQ(HostInterfaces().thatBroadcast(), Texts{"eth0"});
+    EXPECT_TRUE(HostInterfaces().isInNetworkOf("eth0", "198.51.100.7"));
+    EXPECT_TRUE(HostInterfaces().isOnLink("eth0", "198.51.100.7"));
 }
 
 TEST_F(HostInterfacesTest, BroadcastsLeaveTheLoopbackDeviceOut)
 {
-    EXPECT_EQ(broadcastInterfaces(), Texts{"lan0"});
+    EXPECT_EQ(HostInterfaces().thatBroadcast(), Texts{"lan0"});
 }
 
 TEST_F(HostInterfacesTest, AnInterfaceThatIsDownIsNoneOfThoseThatBroadcastsGoTo)
 {
-    EXPECT_EQ(interfacesThatAreDown(), Texts{});
+    EXPECT_EQ(HostInterfaces().thatAreDown(), Texts{});
     lan.isUp = false;
-    EXPECT_EQ(interfacesThatAreDown(), Texts{"lan0"});
-    EXPECT_EQ(broadcastInterfaces(), Texts{});
+    EXPECT_EQ(HostInterfaces().thatAreDown(), Texts{"lan0"});
+    EXPECT_EQ(HostInterfaces().thatBroadcast(), Texts{});
 }
 
 TEST_F(HostInterfacesTest, ThisMachinesAddressesAreThoseOfAllItsInterfaces)
 {
-    EXPECT_TRUE(isOwnAddress("127.0.0.1"));
-    EXPECT_TRUE(isOwnAddress("192.0.2.1"));
-    EXPECT_FALSE(isOwnAddress("192.0.2.2"));
+    EXPECT_TRUE(HostInterfaces().isOwnAddress("127.0.0.1"));
+    EXPECT_TRUE(HostInterfaces().isOwnAddress("192.0.2.1"));
+    EXPECT_FALSE(HostInterfaces().isOwnAddress("192.0.2.2"));
 }
 
 TEST_F(HostInterfacesTest, AMachineThatDoesNotTellHasNone)
 {
     failAlways("getifaddrs", ENOMEM);
-    EXPECT_TRUE(broadcastInterfaces().empty());
-    EXPECT_FALSE(isInNetworkOf("lan0", "192.0.2.7"));
-    EXPECT_FALSE(isOwnAddress("192.0.2.1"));
+    EXPECT_TRUE(HostInterfaces().thatBroadcast().empty());
+    EXPECT_FALSE(HostInterfaces().isInNetworkOf("lan0", "192.0.2.7"));
+    EXPECT_FALSE(HostInterfaces().isOwnAddress("192.0.2.1"));
 }
 
 } // namespace
