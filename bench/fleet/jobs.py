@@ -17,6 +17,8 @@ from tarvelsim import Card, Lan, switches
 from tarvelsim.troubles import misplaced_addresses
 
 _ARCHIVE_SIZE = 1 << 20
+_BATCH = 100
+_KERNEL = "KERN-9.9.9"  # no card has it from the factory
 _MISPLACE = """
 uci set network.lanvemt2eth1.ipaddr=$1
 uci set network.lanvemt2eth2.ipaddr=$2
@@ -54,13 +56,27 @@ def _versions(client: Client, fleet: Fleet, _: Path) -> Run:
     return client.run("versions", targets=fleet.addresses)
 
 
-def _firmware(client: Client, fleet: Fleet, folder: Path) -> Run:
+def _upload(client: Client, fleet: Fleet, folder: Path) -> Run:
+    return client.run("firmware", "upload", str(_archive(folder)), targets=fleet.addresses)
+
+
+def _upgrade(client: Client, fleet: Fleet, folder: Path) -> Run:
+    """Each card is to tell of the new version in the end."""
+    expected = folder / "expected"
+    expected.write_text(f"kernel {_KERNEL}\n", encoding="ascii")
+    words = ["firmware", "upgrade", "--batch", str(_BATCH), "--expect", str(expected), str(_archive(folder))]
+    return client.run(*words, targets=fleet.addresses)
+
+
+def _archive(folder: Path) -> Path:
+    """For the card's upgrade script, which takes what is below pnr/."""
     archive = folder / "firmware.tar.gz"
     with tarfile.open(archive, "w:gz", compresslevel=1) as packed:
-        member = tarfile.TarInfo("image")
-        member.size = _ARCHIVE_SIZE
-        packed.addfile(member, io.BytesIO(os.urandom(member.size)))
-    return client.run("firmware", "upload", str(archive), targets=fleet.addresses)
+        for name, content in (("pnr/kernel", f"{_KERNEL}\n".encode()), ("image", os.urandom(_ARCHIVE_SIZE))):
+            member = tarfile.TarInfo(name)
+            member.size = len(content)
+            packed.addfile(member, io.BytesIO(content))
+    return archive
 
 
 def _misplace(indexed: tuple[int, Card]) -> None:
@@ -102,6 +118,7 @@ Job = Callable[[Client, Fleet, Path], Run]
 JOBS: dict[str, tuple[str, Job]] = {
     "discover": ("discover", _discover),
     "versions": ("versions by address", _versions),
-    "firmware": ("firmware upload of 1 MB", _firmware),
+    "upload": ("firmware upload of 1 MB", _upload),
+    "upgrade": (f"firmware upgrade, {_BATCH} at a time", _upgrade),
     "rescue": ("ip rescue", _rescue),
 }
