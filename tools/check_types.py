@@ -38,7 +38,7 @@ SEARCH_PATHS: dict[str, list[str]] = {
     "tests/model": ["tests", "tests/system"],
     "tests/packages": ["tests/packages"],
     "tests/system": ["tests/system", "sim"],
-    "tests/tools": ["tests/tools", "tools", "tools/target", "tests", "tests/system", "sim", "bench/count"],
+    "tests/tools": ["tests/tools", "tools", "tools/target", "tests", "tests/system", "sim", "sim/card", "bench/count"],
     "tests/twin": ["tests", "tests/system", "sim"],
     "tests/vcard": ["tests/vcard", "tests/system", "sim", "bench/measure"],
     "tools": ["tools"],
