@@ -35,7 +35,7 @@ TEST_F(DiscoverCommandTest, TellsThatTooFewAnswered)
 
 TEST_F(DiscoverCommandTest, CountsNamesAndListsThoseThatDidNotAnswer)
 {
-    EXPECT_EQ(run({"-o", "csv", "--timeout", "0.3", "discover", "--expect", "2", "--names", "card[1-3]"}), 9);
+    EXPECT_EQ(run({"-o", "csv", "--timeout", "3", "discover", "--expect", "2", "--names", "card[1-3]"}), 9);
     EXPECT_EQ(out, "ok,code,category,changed,target,interface,reachable,name\n"
                    "yes,0,,no,127.0.0.1,lo,no,card1\n"
                    "no,9,too-few,no,,,,card2\n"
@@ -51,7 +51,7 @@ TEST_F(DiscoverCommandTest, EndsWithoutProbesWhenEnoughNamesAnswered)
 
 TEST_F(DiscoverCommandTest, TellsWhichNamesAreSilentIfNoneIsExpected)
 {
-    EXPECT_EQ(run({"--timeout", "0.1", "discover", "--names", "card[1-4]", "--exclude", "card3"}), 0);
+    EXPECT_EQ(run({"--timeout", "3", "discover", "--names", "card[1-4]", "--exclude", "card3"}), 0);
     EXPECT_TRUE(errHas("these names did not answer: card2,card4\n"));
 }
 

@@ -18,15 +18,15 @@ TEST_F(RebootCommandTest, ChangesNothingWhereTheCardFallsSilentBefore)
         card.answer(ipGet, {.hangsUp = true});
         return says(ipXml("127.0.0.1"));
     });
-    EXPECT_EQ(run({"--timeout", "0.3", "-o", "json", "reboot", "card1"}), 5);
+    EXPECT_EQ(run({"--timeout", "2", "-o", "json", "reboot", "card1"}), 5);
     EXPECT_TRUE(outHas("\"changed\": false"));
 }
 
 TEST_F(RebootCommandTest, TellsWhereASilentNameWasLastHeard)
 {
     sandbox.write("/tmp/state/tarvelctl/heard", "card2 127.0.0.1 1000000000\n");
-    EXPECT_EQ(
-        run({"--timeout", "0.1", "-o", "csv", "--columns", "target,category,last_address", "reboot", "card[2-3]"}), 5);
+    EXPECT_EQ(run({"--timeout", "3", "-o", "csv", "--columns", "target,category,last_address", "reboot", "card[2-3]"}),
+              5);
     EXPECT_EQ(out, "target,category,last_address\ncard2,not-heard,127.0.0.1\ncard3,not-found,\n");
     EXPECT_TRUE(errHas("card2: not-heard while looking for the card (127.0.0.1, "));
     EXPECT_TRUE(errHas("not heard; last at an address that answers as a card, but not by this name"));
@@ -60,7 +60,7 @@ TEST_F(RebootCommandTest, TakesAnInterfaceThatIsGivenTwiceForOne)
 
 TEST_F(RebootCommandTest, IsNotRepeated)
 {
-    EXPECT_NE(run({"--timeout", "0.5", "reboot", "card1"}), 0);
+    EXPECT_NE(run({"--timeout", "3", "reboot", "card1"}), 0);
     EXPECT_EQ(card.texts(reboot).size(), 1U);
 }
 
@@ -73,7 +73,7 @@ TEST_F(RebootCommandTest, TellsThatACardWithoutAnAnswerDidNotReboot)
 
 TEST_F(RebootCommandTest, DoesNotJudgeACardThatHadNoTimeToGoDown)
 {
-    EXPECT_EQ(run({"--timeout", "0.5", "reboot", "card1"}), 5);
+    EXPECT_EQ(run({"--timeout", "0.8", "reboot", "card1"}), 5);
     EXPECT_TRUE(errHas("a longer --timeout tells more"));
 }
 

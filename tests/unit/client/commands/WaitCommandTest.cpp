@@ -133,7 +133,7 @@ protected:
     Sight sight;
 
     EventLoop loop;
-    Network network{loop, {{Seconds(0.3), 2}, {"lo"}}};
+    Network network{loop, {{Seconds(3), 2}, {"lo"}}};
     CardWatch watch{loop, network, CardWatch::Question::versions, 1};
 };
 
