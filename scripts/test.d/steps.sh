@@ -35,7 +35,7 @@ build() {
 
 # Nearly all of their time is the client's, which waits for cards.
 unit_tests() {
-    ctest --preset "$1" -j "$((2 * jobs))" --no-tests=error
+    ctest --preset "$1" -j "$((4 * jobs))" --no-tests=error
 }
 
 check_hardening() {
